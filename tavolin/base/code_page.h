@@ -1,0 +1,28 @@
+// Code page 1252, with a character for all 256 codes: the five unassigned bytes 81, 8D, 8F, 90 and
+// 9D stand for the control characters of the same value. Raises nothing but std::bad_alloc.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tavolin {
+
+// The code of a character; nothing when the page does not have it.
+std::optional<std::uint8_t> AnsiCode(char32_t character);
+
+// The character of a code: AnsiCode(AnsiCharacter(c)) is c for every c.
+char32_t AnsiCharacter(std::uint8_t code);
+
+// One byte for each character; nothing when a character is not in the page or a byte is not UTF-8.
+std::optional<std::string> EncodeAnsi(std::string_view utf8);
+
+// The UTF-8 text of bytes of the page. Every byte has a character, so this never fails.
+std::string DecodeAnsi(std::string_view bytes);
+
+// A text as it goes into a text file: in the code page when all of it fits, else a UTF-8 byte-order
+// mark (EF BB BF) and the text's own bytes.
+std::string EncodeTextFile(std::string_view utf8);
+
+}  // namespace tavolin

@@ -1,0 +1,128 @@
+#include "tavolin/base/text_search.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "tavolin/base/text.h"
+
+namespace tavolin {
+namespace {
+
+// The text in a block of exactly its size, so that a sanitizer sees any read beyond it.
+class Exact {
+  public:
+    explicit Exact(const std::string& text) : size_(text.size()), bytes_(new char[size_]) {
+        text.copy(bytes_.get(), size_);
+    }
+    std::string_view View() const { return {bytes_.get(), size_}; }
+
+  private:
+    std::size_t size_;
+    std::unique_ptr<char[]> bytes_;
+};
+
+void ExpectFound(const std::string& needle, const std::string& text, bool expected) {
+    const TextSearcher searcher(needle);
+    const Exact exact(text);
+    ASSERT_EQ(searcher.FoundIn(exact.View()), expected) << needle << " in " << text;
+    ASSERT_EQ(searcher.FoundInPortable(exact.View()), expected) << needle << " in " << text;
+    // What stands behind the text must not count: here, the needle's end.
+    const Exact padded(
+        text + (needle + std::string(TextSearcher::kPadding, needle.empty() ? '-' : needle.back()))
+                   .substr(needle.size() / 2, TextSearcher::kPadding));
+    const std::string_view view = padded.View().substr(0, text.size());
+    for (const bool is_ascii : {false, IsAscii(text)}) {
+        ASSERT_EQ(searcher.FoundInPadded(view, is_ascii), expected) << needle << " in " << text;
+    }
+}
+
+bool NaivelyFound(const std::string& needle, const std::string& text) {
+    return Fold(text).find(Fold(needle)) != std::string::npos;
+}
+
+TEST(TextSearcherTest, FindsWithoutRegardToCase) {
+    const struct {
+        const char *needle, *text;
+        bool found;
+    } cases[] = {
+        {"", "", true},
+        {"", "x", true},
+        {"x", "", false},
+        {"WEISS", "edelweiss", true},
+        {"ß", "STRAẞE", true},
+        {"ẞe", "Straße", true},
+        {"milk", "MIL\u212A", true},
+        {"\u212A", "milk", true},
+        {"kkk", "\u212A", false},  // three bytes each
+        {"istanbul", "İSTANBUL", true},
+        {"ı", "I", false},
+        {"ångström", "\u212BNGSTRÖM", true},
+        {"ⱥⱥ", "xȺȺ", true},  // the text is shorter than the needle
+        {"ȺȺ", "xⱥⱥ", true},
+        {"ǆ", "ǅ", true},
+        {"@[", "`{", false},
+        {"😀", "a😀", true},
+        {"\xED\xA0\x80", "a\xED\xA0\x80", true},
+        {"\xA9", "é", false},     // inside a character
+        {"\xA9", "é\xA9", true},  // a byte of its own
+        {"\xA9x", "é\xA9Xé", true},
+        {"\xC3", "a\xC3", true},
+        {"\x80", "\xED\xA0\x80", false},
+    };
+    for (const auto& c : cases) ExpectFound(c.needle, c.text, c.found);
+    const TextSearcher zero(std::string(1, '\0'));
+    EXPECT_FALSE(zero.FoundIn(std::string_view("ab\0\0\0", 5).substr(0, 2)));
+    EXPECT_TRUE(zero.FoundIn(std::string("a\0b", 3)));
+}
+
+// Every length of needle and text around the sizes of the registers, every place.
+TEST(TextSearcherTest, FindsAtEveryPlaceOfEveryLength) {
+    for (std::size_t needle_size = 1; needle_size <= 20; needle_size += needle_size < 4 ? 1 : 5) {
+        const std::string needle = std::string("qWeRtYuIoPaSdFgHjKlZ").substr(0, needle_size);
+        for (std::size_t size = needle_size; size <= 70; ++size) {
+            for (std::size_t place = 0; place + needle_size <= size; ++place) {
+                std::string text(size, '-');
+                text.replace(place, needle_size, Fold(needle));
+                ExpectFound(needle, text, true);
+                text[place + size % needle_size] = '-';
+                ExpectFound(needle, text, false);
+            }
+        }
+    }
+}
+
+TEST(TextSearcherTest, AgreesWithSearchingTheFoldedText) {
+    const std::vector<std::string> pieces = {
+        "a", "A", "b",      "k", "K", "\u212A", "i",      "I",      "İ",
+        "ß", "ẞ", "ⱥ",      "Ⱥ", "é", "É",      "\u212B", "\u00C5", "å",
+        "ω", "Ω", "\u2126", "ǅ", "ǆ", "€",      "😀",      " ",      "\xED\xA0\x80"};
+    const std::vector<std::string> broken = {"\xC3", "\xE2", "\xE2\x84", "\xAA", "\xFF"};
+    std::mt19937 random(42);
+    int found = 0;
+    for (int i = 0; i < 300000; ++i) {
+        const std::size_t kinds = 2 + random() % (pieces.size() - 1);
+        const std::size_t first = random() % (pieces.size() - kinds + 1);
+        const auto make = [&](std::size_t count, bool may_break) {
+            std::string text;
+            while (count-- > 0) {
+                text += may_break && random() % 8 == 0 ? broken[random() % broken.size()]
+                                                       : pieces[first + random() % kinds];
+            }
+            return text;
+        };
+        const std::string needle = make(1 + random() % 4, false);
+        const std::string text = make(random() % (i % 10 == 0 ? 60 : 12), i % 2 == 0);
+        const bool expected = NaivelyFound(needle, text);
+        ExpectFound(needle, text, expected);
+        if (HasFatalFailure()) return;
+        found += expected;
+    }
+    EXPECT_GT(found, 30000);
+    EXPECT_LT(found, 270000);
+}
+
+}  // namespace
+}  // namespace tavolin
