@@ -1,0 +1,119 @@
+// The one exception type of the library.
+//
+//     try {
+//         engine.GetTable("Orders");
+//     } catch (const tavolin::Error& e) {
+//         if (e.number() == tavolin::CVLErrorNum::GetTableNotFoundError()) ...
+//     }
+//
+// Every public member reports a failure by throwing an Error and by nothing else. What still holds
+// afterwards is said at each member; unless it says otherwise, nothing has changed.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace tavolin {
+
+inline constexpr std::string_view kLineBreak = "\r\n";
+
+// A text made of the library's own words and of names, keys and values put into them. It is kept
+// twice: as it is, and with the line breaks inside the names turned into blanks, for the log file,
+// where a name must not be able to start a line. Character literals are words, strings are names.
+//
+//     Message("User: ", user_name, " Is Not The DataBase Owner")
+class Message {
+  public:
+    template <class... Pieces>
+    explicit Message(const Pieces&... pieces) {
+        (Add(pieces), ...);
+    }
+
+    const std::string& text() const { return text_; }
+    const std::string& one_line() const { return one_line_; }
+
+  private:
+    template <std::size_t N>
+    void Add(const char (&words)[N]) {
+        text_.append(words, N - 1);
+        one_line_.append(words, N - 1);
+    }
+    void Add(std::string_view name);
+
+    std::string text_;
+    std::string one_line_;
+};
+
+class Error : public std::exception {
+  public:
+    // A run-time error: a small number with the platform's text and no source yet.
+    explicit Error(std::int32_t run_time_number, std::string detail = {});
+    Error(std::int32_t number, std::string source, const Message& message);
+
+    // The library's number (see CVLErrorNum) or the run-time error's small one.
+    std::int32_t number() const { return number_; }
+    // The member that failed, as "CVLTableSet:Add Method".
+    const std::string& source() const { return source_; }
+    const std::string& description() const { return description_; }
+    // What was wrong and where, when more is known than the description says; else empty.
+    const std::string& detail() const { return detail_; }
+    const char* what() const noexcept override { return description_.c_str(); }
+
+    // The description as it stands in the log file.
+    const std::string& log_text() const { return log_text_; }
+    // True from the throw until the first trap it passes: that trap's member raised it itself, and
+    // the source that it stated stays.
+    bool fresh() const { return fresh_; }
+    void Settle() { fresh_ = false; }
+    void Resource(std::string_view source);
+    void AddDetail(std::string detail) { detail_ = std::move(detail); }
+
+  private:
+    std::int32_t number_;
+    std::string source_;
+    std::string description_;
+    std::string log_text_;
+    std::string detail_;
+    bool fresh_ = false;
+};
+
+// The run-time error numbers that the library raises itself.
+enum RunTimeError : std::int32_t {
+    kInvalidCall = 5,
+    kOverflow = 6,
+    kOutOfMemory = 7,
+    kSubscriptOutOfRange = 9,
+    kTypeMismatch = 13,
+    kInternalError = 51,
+    kBadFileName = 52,
+    kFileNotFound = 53,
+    kDeviceError = 57,
+    kFileExists = 58,
+    kDiskFull = 61,
+    kPermissionDenied = 70,
+    kPathAccessError = 75,
+    kPathNotFound = 76,
+    kObjectNotSet = 91,
+    kIncompatibleFormat = 321,
+    kDuplicateKey = 457,
+    kCorruptedFile = 31037,
+};
+
+// Stored state that cannot be believed. `what()` says what was wrong and where. It leaves the
+// library as run-time error 31037, or as 321 when a newer version wrote the state.
+class DamagedState : public std::exception {
+  public:
+    explicit DamagedState(std::string what, bool newer = false)
+        : what_(std::move(what)), newer_(newer) {}
+    const char* what() const noexcept override { return what_.c_str(); }
+    bool newer() const { return newer_; }
+
+  private:
+    std::string what_;
+    bool newer_;
+};
+
+}  // namespace tavolin

@@ -1,0 +1,38 @@
+// Every public member's body stands in one trap, which turns whatever goes wrong inside into an
+// Error with the member's name as its source:
+//
+//     return Trap("CVLDBUserSet:Add Method", [&] { ... });
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "tavolin/errors/error.h"
+
+namespace tavolin {
+
+// The English text for a run-time error number, or "ERROR" when it has none.
+std::string_view GetErrorMessage(std::int32_t number);
+
+// Turns the exception being handled into an Error: an Error as it is, anything else as the run-time
+// error that stands for it (std::bad_alloc is 7, a missing file 53, and so on).
+Error CurrentError();
+
+// Raises again with the text of GetErrorMessage, or with the given description where it has none.
+[[noreturn]] void RaiseError(Error error, std::string_view context);
+
+// A member's own refusal. It keeps `source` through that member's trap; the traps of the members
+// around it put their own names in its place.
+[[noreturn]] void Raise(std::int32_t number, std::string_view source, const Message& message);
+[[noreturn]] inline void RaiseRunTime(RunTimeError number) { throw Error(number); }
+
+template <class Body>
+decltype(auto) Trap(std::string_view context, Body&& body) {
+    try {
+        return body();
+    } catch (...) {
+        RaiseError(CurrentError(), context);
+    }
+}
+
+}  // namespace tavolin
