@@ -1,0 +1,23 @@
+// The file that holds one byte array: a database, or the owner registry. A descriptor of twelve
+// bytes (the type of the value, its dimensions and bounds), then the bytes of the array. The file
+// may be longer than its array: what is behind the array is the rest of an older, longer one.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace tavolin {
+
+// The array in the file. Raises DamagedState for a file that does not hold one whole array of
+// bytes, and the file errors of FileSystem.
+std::vector<std::uint8_t> ReadDatabaseFile(std::string_view path);
+
+// Makes the file hold the array, by FileSystem::Replace: after a failure the old file is as it was.
+// The bytes of a longer old file stay behind the array unless `cut_tail` says to drop them. An
+// array of 2^31 bytes or more is Error(kOverflow), raised before any file is touched.
+void WriteDatabaseFile(std::string_view path, std::span<const std::uint8_t> bytes,
+                       bool cut_tail = false);
+
+}  // namespace tavolin

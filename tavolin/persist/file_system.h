@@ -1,0 +1,137 @@
+// Every touch of the machine's files goes through here: the library asks FileSystem::Current(), a
+// test puts another one in its place.
+//
+//     FileSystem& files = FileSystem::Current();
+//     if (files.Exists("C:\\Data\\Stock.log")) files.Delete("C:\\Data\\Stock.log");
+//
+// A path is UTF-8 and may hold `\` and `/` as separators. Elsewhere in the library paths keep their
+// `\`; only here they become what the machine uses.
+//
+// Failures are std::filesystem::filesystem_error with the machine's code and the real path as
+// path1(); a path with a zero byte in it is an invalid argument.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace tavolin {
+
+using ByteView = std::span<const std::uint8_t>;
+
+enum class PathKind {
+    kFile,
+    kFolder,
+    kOther,     // a device, a pipe and the like
+    kMissing,   // the folder is there, the name in it is not
+    kNoFolder,  // the folder is missing as well
+    kUnknown,   // the machine would not say
+};
+
+enum class FileMode {
+    kRead,    // an existing file; others may read it as well
+    kUpdate,  // an existing file, to read and to write, contents kept
+    kWrite,   // created, or emptied
+    kAppend,  // created, or kept; every write goes to the end
+};
+
+// An open file. Closed at the latest when it is destroyed.
+class File {
+  public:
+    virtual ~File() = default;
+    virtual std::uint64_t Size() = 0;
+    // The number of bytes put into `target`: fewer than asked for near the end, 0 at the end.
+    virtual std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> target) = 0;
+    // The number of bytes taken, which may be fewer than given; never 0 for a non-empty view.
+    virtual std::size_t Write(ByteView bytes) = 0;
+    // Returns when the bytes are on the disk.
+    virtual void Flush() = 0;
+    // Reports what a late write could not do. No other member may be called afterwards.
+    virtual void Close() = 0;
+};
+
+// At most `limit` bytes from `offset` on; fewer when the file ends before.
+std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint64_t limit);
+
+class FileSystem {
+  public:
+    virtual ~FileSystem() = default;
+    // The one in use: the machine's own unless a ScopedFileSystem says otherwise.
+    static FileSystem& Current();
+
+    static constexpr std::uint64_t kToTheEnd = std::numeric_limits<std::uint64_t>::max();
+
+    // At most `limit` bytes of the file's start.
+    std::vector<std::uint8_t> ReadFile(std::string_view path, std::uint64_t limit = kToTheEnd);
+    // True for a file, a folder or anything else of that name that can be asked about.
+    bool Exists(std::string_view path);
+    bool FolderExists(std::string_view path);
+    std::uint64_t FileSize(std::string_view path);
+
+    // Puts the bytes behind the file's last one; a missing file is created. After a failure a first
+    // part of the bytes may have been written.
+    void Append(std::string_view path, ByteView bytes);
+    // Creates the file or replaces its contents, not in one step: after a failure the file may hold
+    // a first part of the bytes. Replace() is the safe way.
+    void Write(std::string_view path, ByteView bytes);
+    // Makes the file hold the chunks one after another and, when `keep_tail_from` is given, behind
+    // them the old file's bytes from that offset on. The bytes go to a sibling file in the same
+    // folder, are flushed to disk and take the old file's place in one step, so that after a
+    // failure, or a crash at any moment, the old file stands as it was; a failure leaves no sibling
+    // behind. Only the last step of all, which makes the exchange itself safe from a power cut, can
+    // fail with the new file already in place.
+    // An old file must be an ordinary one that may be written; it hands on its permission bits, and
+    // a link stays a link: the file that it leads to is replaced.
+    void Replace(std::string_view path, std::span<const ByteView> chunks,
+                 std::optional<std::uint64_t> keep_tail_from = {});
+
+    // The steps that the above are made of. Each is one request to the machine.
+    virtual PathKind Kind(std::string_view path) = 0;  // raises nothing but invalid paths
+    // False when either is missing.
+    virtual bool IsSameFile(std::string_view a, std::string_view b) = 0;
+    virtual std::unique_ptr<File> Open(std::string_view path, FileMode mode) = 0;
+    // A new file to write; the name must be free. With the permission bits of `like`, a file's
+    // path, unless that is empty; nobody who may not read that file can read the new one at any
+    // moment.
+    virtual std::unique_ptr<File> Create(std::string_view path, std::string_view like) = 0;
+    // Where the path leads when it names a link, else the path itself.
+    virtual std::string FollowLink(std::string_view path) = 0;
+    // A missing file is an error, and so is a folder.
+    virtual void Delete(std::string_view path) = 0;
+    // A file named `to` is replaced in one step.
+    virtual void Rename(std::string_view from, std::string_view to) = 0;
+    // Returns when the names in that folder ("" is the current one) are on the disk.
+    virtual void FlushFolder(std::string_view folder) = 0;
+    // An existing folder is not an error; a missing parent is.
+    virtual void CreateFolder(std::string_view path) = 0;
+};
+
+// Puts a file system in the place of the current one until the end of the scope.
+class ScopedFileSystem {
+  public:
+    explicit ScopedFileSystem(FileSystem& file_system);
+    ~ScopedFileSystem();
+    ScopedFileSystem(const ScopedFileSystem&) = delete;
+    ScopedFileSystem& operator=(const ScopedFileSystem&) = delete;
+
+  private:
+    FileSystem* previous_;
+};
+
+// What the machine calls that path.
+std::filesystem::path NativePath(std::string_view path);
+// The reverse: UTF-8, with the separators as they are.
+std::string PortablePath(const std::filesystem::path& path);
+
+// The machine's own file system; what FileSystem::Current() gives when nobody replaced it.
+FileSystem& MachineFileSystem();
+
+}  // namespace tavolin

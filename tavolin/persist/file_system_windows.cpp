@@ -1,0 +1,229 @@
+#ifdef _WIN32
+
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "tavolin/persist/file_system.h"
+#include "tavolin/persist/paths.h"
+
+namespace tavolin {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kMaxRequest = std::size_t{1} << 30;
+
+// The machine's codes in the numbers of <cerrno>, which the rest of the library knows.
+int PortableCode(DWORD code) {
+    switch (code) {
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND:
+        case ERROR_INVALID_DRIVE:
+            return ENOENT;
+        case ERROR_ACCESS_DENIED:
+            return EACCES;
+        case ERROR_SHARING_VIOLATION:
+        case ERROR_LOCK_VIOLATION:
+        case ERROR_NOT_READY:
+            return EBUSY;
+        case ERROR_WRITE_PROTECT:
+            return EROFS;
+        case ERROR_FILE_EXISTS:
+        case ERROR_ALREADY_EXISTS:
+            return EEXIST;
+        case ERROR_DISK_FULL:
+        case ERROR_HANDLE_DISK_FULL:
+            return ENOSPC;
+        case ERROR_INVALID_NAME:
+        case ERROR_BAD_PATHNAME:
+            return EINVAL;
+        case ERROR_FILENAME_EXCED_RANGE:
+            return ENAMETOOLONG;
+        case ERROR_NOT_ENOUGH_MEMORY:
+        case ERROR_OUTOFMEMORY:
+            return ENOMEM;
+        default:
+            return EIO;
+    }
+}
+
+[[noreturn]] void FailWith(const char* what, const fs::path& path, int code) {
+    throw fs::filesystem_error(what, path, std::error_code(code, std::generic_category()));
+}
+
+[[noreturn]] void Fail(const char* what, const fs::path& path) {
+    FailWith(what, path, PortableCode(::GetLastError()));
+}
+
+class WindowsFile final : public File {
+  public:
+    WindowsFile(HANDLE handle, fs::path path) : handle_(handle), path_(std::move(path)) {}
+    ~WindowsFile() override {
+        if (handle_ != INVALID_HANDLE_VALUE) ::CloseHandle(handle_);
+    }
+    WindowsFile(const WindowsFile&) = delete;
+    WindowsFile& operator=(const WindowsFile&) = delete;
+
+    std::uint64_t Size() override {
+        LARGE_INTEGER size{};
+        if (!::GetFileSizeEx(handle_, &size)) Fail("cannot ask about the file", path_);
+        return static_cast<std::uint64_t>(size.QuadPart);
+    }
+
+    std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> target) override {
+        OVERLAPPED place{};
+        place.Offset = static_cast<DWORD>(offset);
+        place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        DWORD count = 0;
+        const auto wanted = static_cast<DWORD>(std::min(target.size(), kMaxRequest));
+        if (!::ReadFile(handle_, target.data(), wanted, &count, &place) &&
+            ::GetLastError() != ERROR_HANDLE_EOF) {
+            Fail("cannot read", path_);
+        }
+        return count;
+    }
+
+    std::size_t Write(ByteView bytes) override {
+        DWORD count = 0;
+        const auto given = static_cast<DWORD>(std::min(bytes.size(), kMaxRequest));
+        if (!::WriteFile(handle_, bytes.data(), given, &count, nullptr))
+            Fail("cannot write", path_);
+        if (count == 0 && given != 0) FailWith("cannot write", path_, ENOSPC);
+        return count;
+    }
+
+    void Flush() override {
+        if (!::FlushFileBuffers(handle_)) Fail("cannot flush", path_);
+    }
+
+    void Close() override {
+        if (!::CloseHandle(std::exchange(handle_, INVALID_HANDLE_VALUE))) {
+            Fail("cannot close", path_);
+        }
+    }
+
+  private:
+    HANDLE handle_;
+    fs::path path_;
+};
+
+std::unique_ptr<File> OpenHandle(const fs::path& path, DWORD access, DWORD share, DWORD how) {
+    const HANDLE handle =
+        ::CreateFileW(path.c_str(), access, share, nullptr, how, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) Fail("cannot open", path);
+    return std::make_unique<WindowsFile>(handle, path);
+}
+
+class WindowsFileSystem final : public FileSystem {
+  public:
+    PathKind Kind(std::string_view path) override {
+        const DWORD attributes = ::GetFileAttributesW(NativePath(path).c_str());
+        if (attributes != INVALID_FILE_ATTRIBUTES) {
+            if (attributes & FILE_ATTRIBUTE_DIRECTORY) return PathKind::kFolder;
+            return attributes & FILE_ATTRIBUTE_DEVICE ? PathKind::kOther : PathKind::kFile;
+        }
+        switch (::GetLastError()) {
+            case ERROR_FILE_NOT_FOUND:
+                return PathKind::kMissing;
+            case ERROR_PATH_NOT_FOUND:
+            case ERROR_INVALID_DRIVE:
+                return PathKind::kNoFolder;
+            default:
+                return PathKind::kUnknown;
+        }
+    }
+
+    bool IsSameFile(std::string_view a, std::string_view b) override {
+        std::error_code error;
+        return fs::equivalent(NativePath(a), NativePath(b), error) && !error;
+    }
+
+    std::unique_ptr<File> Open(std::string_view path, FileMode mode) override {
+        const fs::path native = NativePath(path);
+        constexpr DWORD kShareReading = FILE_SHARE_READ | FILE_SHARE_DELETE;
+        switch (mode) {
+            case FileMode::kRead:
+                return OpenHandle(native, GENERIC_READ, kShareReading, OPEN_EXISTING);
+            case FileMode::kUpdate:
+                return OpenHandle(native, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ,
+                                  OPEN_EXISTING);
+            case FileMode::kWrite:
+                return OpenHandle(native, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
+            case FileMode::kAppend:
+                return OpenHandle(native, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                  OPEN_ALWAYS);
+        }
+        FailWith("cannot open", native, EINVAL);
+    }
+
+    // The rights of a file come from its folder here, which is the same one.
+    std::unique_ptr<File> Create(std::string_view path, std::string_view) override {
+        return OpenHandle(NativePath(path), GENERIC_WRITE, 0, CREATE_NEW);
+    }
+
+    std::string FollowLink(std::string_view path) override {
+        const fs::path native = NativePath(path);
+        std::error_code error;
+        if (!fs::is_symlink(native, error)) return std::string(path);
+        return PortablePath(fs::weakly_canonical(native));
+    }
+
+    void Delete(std::string_view path) override {
+        const fs::path native = NativePath(path);
+        if (!::DeleteFileW(native.c_str())) Fail("cannot delete", native);
+    }
+
+    void Rename(std::string_view from, std::string_view to) override {
+        const fs::path old_name = NativePath(from);
+        if (!::MoveFileExW(old_name.c_str(), NativePath(to).c_str(),
+                           MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+            Fail("cannot rename", old_name);
+        }
+    }
+
+    // Renaming writes the folder through.
+    void FlushFolder(std::string_view) override {}
+
+    void CreateFolder(std::string_view path) override {
+        const fs::path native = NativePath(path);
+        if (!::CreateDirectoryW(native.c_str(), nullptr) && !FolderExists(path)) {
+            Fail("cannot create the folder", native);
+        }
+    }
+};
+
+}  // namespace
+
+FileSystem& MachineFileSystem() {
+    static WindowsFileSystem files;
+    return files;
+}
+
+// What is not UTF-8 becomes a replacement character, which names no file, rather than an exception.
+fs::path NativePath(std::string_view path) {
+    if (path.find('\0') != std::string_view::npos) FailWith("not a path", fs::path(), EINVAL);
+    const int size = static_cast<int>(path.size());
+    std::wstring wide(path.size(), L'\0');
+    const int count = ::MultiByteToWideChar(CP_UTF8, 0, path.data(), size, wide.data(), size);
+    wide.resize(static_cast<std::size_t>(count));
+    return wide;
+}
+
+std::string PortablePath(const fs::path& path) {
+    const std::wstring& wide = path.native();
+    const int size = static_cast<int>(wide.size());
+    std::string text(wide.size() * 3, '\0');
+    const int count = ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, text.data(),
+                                            static_cast<int>(text.size()), nullptr, nullptr);
+    text.resize(static_cast<std::size_t>(count));
+    return text;
+}
+
+}  // namespace tavolin
+
+#endif

@@ -1,0 +1,38 @@
+// Paths as the library keeps them: UTF-8, with `\` between the names.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tavolin {
+
+// The extension of a database file, without the dot: "cdb".
+std::string_view DefaultExtension();
+
+// The path with `\` behind it unless its last character is one. An empty path stays empty: it means
+// the current folder, and must not turn into the root.
+std::string WithTrailingSeparator(std::string_view path);
+
+// WithTrailingSeparator(dir) followed by the name.
+std::string JoinPath(std::string_view dir, std::string_view name);
+
+struct PathParts {
+    std::string dir;   // with its separator; empty when the path has none
+    std::string name;  // empty when the path ends in a separator
+};
+// Splits behind the last `\` or `/`: dir + name is the path again.
+PathParts SplitPath(std::string_view path);
+
+// The folder of the component's own file, with `\` behind it: the shared library's, or the
+// executable's when the library is linked into it. The environment variable TAVOLIN_FOLDER, when it
+// is not empty, names another one; it is asked at every call.
+std::string LibraryFolder();
+
+// The file in which the owners of databases are registered: "RDX.dat" in LibraryFolder().
+std::string RegistryPath();
+
+// False exactly for an empty path and for a name missing from an existing folder. A missing folder,
+// or a file that may not be asked about, gives true. Raises nothing.
+bool FileExists(std::string_view path);
+
+}  // namespace tavolin
