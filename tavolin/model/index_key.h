@@ -1,0 +1,57 @@
+// How the members of the sets name an element: by its 1-based position or by its key.
+//
+//     set.Item(1);        // the first
+//     set.Item("Ann");    // the one with the key "Ann", in any letter case
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "tavolin/errors/error.h"
+
+namespace tavolin {
+
+// A view: what it was made from must outlive the call that it is passed to. A number is a position
+// by its type and a text a key, whatever it holds. A number outside 32 bits raises 6.
+class IndexKey {
+  public:
+    template <std::integral Number>
+    requires(!std::same_as<Number, bool> && !std::same_as<Number, char>) IndexKey(Number position)
+        : is_position_(true) {  // NOLINT: conversions are its purpose
+        if (std::cmp_less(position, std::numeric_limits<std::int32_t>::min()) ||
+            std::cmp_greater(position, std::numeric_limits<std::int32_t>::max())) {
+            throw Error(kOverflow);
+        }
+        position_ = static_cast<std::int32_t>(position);
+    }
+    IndexKey(std::string_view key) : key_(key) {}    // NOLINT
+    IndexKey(const std::string& key) : key_(key) {}  // NOLINT
+    IndexKey(const char* key) : key_(key) {}         // NOLINT
+
+    bool is_position() const { return is_position_; }
+    std::int32_t position() const { return position_; }
+    std::string_view key() const { return key_; }
+    // As it stands in messages: the key, or the position in decimal.
+    std::string Text() const {
+        return is_position_ ? std::to_string(position_) : std::string(key_);
+    }
+
+  private:
+    bool is_position_ = false;
+    std::int32_t position_ = 0;
+    std::string_view key_;
+};
+
+// An element's place among the others: before one, after one, or, with neither, at the end. Both,
+// or one that names nothing, raises 5.
+struct Placement {
+    std::optional<IndexKey> before = {};
+    std::optional<IndexKey> after = {};
+};
+
+}  // namespace tavolin

@@ -1,0 +1,60 @@
+// The owner registry: who owns which databases, kept in the file RDX.dat of the library's folder.
+//
+//     for (const auto& owner : engine.CVLDBOwnerSet()->NewEnum()) std::cout << owner->Key() <<
+//     '\n';
+//
+// No member asks for a right: anyone who holds the engine can read and change the registry. A call
+// that raises leaves the set as it was, unless it says otherwise.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "tavolin/base/event.h"
+#include "tavolin/model/index_key.h"
+#include "tavolin/model/object_collection.h"
+#include "tavolin/model/owner.h"
+
+namespace tavolin {
+
+class CVLDBOwnerSet {
+  public:
+    Event<std::shared_ptr<CVLDBOwner>> OnDBOwnerAdd;     // after the adding
+    Event<std::shared_ptr<CVLDBOwner>> OnDBOwnerRemove;  // after the removal
+
+    // True when no owner has that name or position.
+    bool CanAdd(IndexKey Key) const;
+
+    // Adds an owner without databases and returns him; a name that is listed raises
+    // GetOwnerAddError.
+    std::shared_ptr<CVLDBOwner> Add(std::string_view Key);
+
+    // None such raises GetDBOwnerNotFoundError.
+    std::shared_ptr<CVLDBOwner> Item(IndexKey vntIndexKey) const;
+    std::int32_t Count() const { return owners_->Count(); }
+    void Remove(IndexKey vntIndexKey);
+
+    Enumerator<CVLDBOwner> NewEnum() const { return Enumerator<CVLDBOwner>(owners_); }
+
+    // Drops the databases whose file is gone and the owners who have none left and, if anything was
+    // dropped, writes RDX.dat anew. Raises 53 when there is no RDX.dat to replace, and the
+    // machine's file errors; what was dropped in memory stays dropped then.
+    void Refresh();
+
+    // Library-internal: the stored form, and the registry file's byte array.
+    void WriteProperties(PropertyBagWriter& bag) const;
+    void ReadProperties(PropertyBagReader& bag);
+    std::vector<std::uint8_t> RegistryState() const;
+    void RegistryState(const std::vector<std::uint8_t>& state);
+
+  private:
+    using Owners = ObjectCollection<CVLDBOwner>;
+
+    bool Prune();
+
+    std::shared_ptr<Owners> owners_ = std::make_shared<Owners>();
+};
+
+}  // namespace tavolin

@@ -1,0 +1,525 @@
+#include "tavolin/model/record_arena.h"
+
+#include <bit>
+#include <cstring>
+#include <new>
+
+#include "tavolin/base/text.h"
+#include "tavolin/base/text_search.h"
+#include "tavolin/errors/error.h"
+#include "tavolin/model/attachment_set.h"
+#include "tavolin/model/order_list.h"
+#include "tavolin/model/record.h"
+#include "tavolin/model/session.h"
+#include "tavolin/persist/little_endian.h"
+
+namespace tavolin {
+namespace {
+
+constexpr std::size_t kUnit = 8;
+constexpr std::size_t kHeaderSize = 20;
+constexpr std::size_t kMaxInlineUnits = 0xFFFF;
+constexpr std::size_t kSlabUnits = std::size_t{1} << 17;
+constexpr std::size_t kFirstSlabUnits = 64;
+
+std::size_t UnitsFor(std::size_t bytes) { return (bytes + kUnit - 1) / kUnit; }
+
+// Blocks come in sizes of every unit up to 64 and then in eight steps for each doubling, so that a
+// block that was freed fits another record again.
+std::size_t SizeClass(std::size_t units) {
+    if (units <= 64) return units;
+    const auto log = static_cast<std::size_t>(std::bit_width(units - 1));  // at least 7
+    const std::size_t step = std::size_t{1} << (log - 4);
+    return 64 + (log - 7) * 8 + (units - (std::size_t{1} << (log - 1)) + step - 1) / step;
+}
+
+std::size_t RoundToClass(std::size_t units) {
+    if (units <= 64) return units;
+    const auto log = static_cast<std::size_t>(std::bit_width(units - 1));
+    const std::size_t step = std::size_t{1} << (log - 4);
+    return (units + step - 1) / step * step;
+}
+
+int WidthFor(std::size_t text_size) {
+    if (text_size <= 0xFF) return 0;
+    return text_size <= 0xFFFF ? 1 : 2;
+}
+
+std::uint16_t PackParts(const PrimaryKeyType& key) {
+    unsigned packed = 0;
+    unsigned shift = 0;
+    for (const std::uint8_t part : key.Parts()) {
+        packed |= (part == kNoField ? 15u : part) << shift;
+        shift += 4;
+    }
+    return static_cast<std::uint16_t>(packed);
+}
+
+// Calls body(field) for the fields of a packed key, in the order of the key.
+template <class Body>
+void ForEachPart(std::uint16_t parts, Body&& body) {
+    for (int shift = 0; shift < 16; shift += 4) {
+        const int field = (parts >> shift) & 15;
+        if (field != 15) body(field);
+    }
+}
+
+bool HoldsPart(std::uint16_t parts, int field) {
+    bool holds = false;
+    ForEachPart(parts, [&](int part) { holds = holds || part == field; });
+    return holds;
+}
+
+}  // namespace
+
+RecordArena::RecordArena(std::shared_ptr<Session> session) : session_(std::move(session)) {
+    free_.fill(kNoHandle);
+}
+
+RecordArena::~RecordArena() = default;
+
+void RecordArena::JoinSession(std::shared_ptr<Session> session) {
+    session_ = std::move(session);
+    for (auto& [record, extras] : extras_) {
+        if (extras.attachments) extras.attachments->JoinSession(session_);
+    }
+}
+
+std::uint32_t RecordArena::Payload::End(int field) const {
+    switch (width) {
+        case 0:
+            return ends[field];
+        case 1:
+            return LoadLittle<std::uint16_t>(ends + 2 * field);
+        default:
+            return LoadLittle<std::uint32_t>(ends + 4 * field);
+    }
+}
+
+RecordArena::Payload RecordArena::PayloadOf(RecordHandle record) const {
+    std::uint8_t* block = Block(record);
+    const std::uint8_t flags = At(record)->flags;
+    std::uint8_t* ends = block + kHeaderSize;
+    // A block of its own begins with its size.
+    if (flags & kMoved) ends = Block(LoadLittle<std::uint32_t>(ends)) + sizeof(std::uint32_t);
+    return {ends, flags & kWidthMask};
+}
+
+// --- blocks
+
+void RecordArena::AddSlab(std::size_t units) {
+    std::size_t size = kFirstSlabUnits;
+    if (!memory_blocks_.empty()) size = std::min(kSlabUnits, memory_ / kUnit * 3);
+    if (size < units) size = units;
+    const std::size_t spans = (size + kSlabUnits - 1) / kSlabUnits;
+    const std::uint64_t first = std::uint64_t{slabs_.size()} << kSlabShift;
+    if (first + size >= kNoHandle) throw std::bad_alloc();
+    slabs_.reserve(slabs_.size() + spans);
+    memory_blocks_.reserve(memory_blocks_.size() + 1);
+    std::unique_ptr<std::uint8_t[]> memory(new std::uint8_t[size * kUnit + TextSearcher::kPadding]);
+    for (std::size_t i = 0; i < spans; ++i) slabs_.push_back(memory.get() + i * kSlabUnits * kUnit);
+    memory_blocks_.push_back(std::move(memory));
+    memory_ += size * kUnit;
+    next_ = first;
+    end_ = first + size;
+}
+
+RecordHandle RecordArena::Allocate(std::size_t units) {
+    std::uint32_t& head = free_[SizeClass(units)];
+    if (head != kNoHandle) {
+        const RecordHandle block = head;
+        head = LoadLittle<std::uint32_t>(Block(block));
+        return block;
+    }
+    const std::size_t rounded = RoundToClass(units);
+    if (next_ + rounded > end_) AddSlab(rounded);
+    const auto block = static_cast<RecordHandle>(next_);
+    next_ += rounded;
+    return block;
+}
+
+void RecordArena::Free(RecordHandle block, std::size_t units) noexcept {
+    std::uint32_t& head = free_[SizeClass(units)];
+    StoreLittle(Block(block), head);
+    head = block;
+}
+
+// --- records
+
+void RecordArena::Fill(std::uint8_t* payload, int width, const FieldTexts& fields) {
+    std::uint8_t* text = payload + (kFieldCount << width);
+    std::uint32_t end = 0;
+    for (int i = 0; i < kFieldCount; ++i) {
+        const std::string_view value = fields[i];
+        if (!value.empty()) std::memcpy(text + end, value.data(), value.size());
+        end += static_cast<std::uint32_t>(value.size());
+        switch (width) {
+            case 0:
+                payload[i] = static_cast<std::uint8_t>(end);
+                break;
+            case 1:
+                StoreLittle(payload + 2 * i, static_cast<std::uint16_t>(end));
+                break;
+            default:
+                StoreLittle(payload + 4 * i, end);
+        }
+    }
+}
+
+namespace {
+
+struct Shape {
+    std::size_t text_size = 0;
+    bool ascii = true;
+    int width = 0;
+    std::size_t payload_size() const {
+        return (static_cast<std::size_t>(kFieldCount) << width) + text_size;
+    }
+};
+
+Shape ShapeOf(const FieldTexts& fields) {
+    Shape shape;
+    for (int i = 0; i < kFieldCount; ++i) {
+        shape.text_size += fields[i].size();
+        shape.ascii = shape.ascii && IsAscii(fields[i]);
+    }
+    if (shape.text_size > 0x7FFFFFFF) throw std::bad_alloc();
+    shape.width = WidthFor(shape.text_size);
+    return shape;
+}
+
+}  // namespace
+
+RecordHandle RecordArena::Create(std::int32_t n_key, const FieldTexts& fields,
+                                 const PrimaryKeyType& primary_key) {
+    const Shape shape = ShapeOf(fields);
+    const std::uint16_t parts = PackParts(primary_key);
+    std::string_view key;
+    std::string composed;
+    int part_count = 0;
+    ForEachPart(parts, [&](int field) {
+        if (part_count++ == 0) {
+            key = fields[field];
+            return;
+        }
+        if (part_count == 2) composed = key;
+        composed += fields[field];
+    });
+    if (part_count > 1) key = composed;
+
+    const std::size_t inline_units = UnitsFor(kHeaderSize + shape.payload_size());
+    const bool moved = inline_units > kMaxInlineUnits;
+    const std::size_t units = moved ? UnitsFor(kHeaderSize + sizeof(std::uint32_t)) : inline_units;
+    const RecordHandle record = Allocate(units);
+    Header* header = At(record);
+    *header = {0, HashFold(key), n_key, 0, static_cast<std::uint16_t>(units), parts, 0, 0};
+    header->flags = static_cast<std::uint8_t>(shape.width | (shape.ascii ? 0 : kNotAscii));
+    if (!moved) {
+        Fill(Block(record) + kHeaderSize, shape.width, fields);
+        return record;
+    }
+    try {
+        const std::size_t own_units = UnitsFor(sizeof(std::uint32_t) + shape.payload_size());
+        const RecordHandle own = Allocate(own_units);
+        StoreLittle(Block(own), static_cast<std::uint32_t>(own_units));
+        Fill(Block(own) + sizeof(std::uint32_t), shape.width, fields);
+        StoreLittle(Block(record) + kHeaderSize, own);
+        At(record)->flags |= kMoved;
+    } catch (...) {
+        Free(record, units);
+        throw;
+    }
+    return record;
+}
+
+void RecordArena::AddReference(RecordHandle record) noexcept {
+    // A count that has reached the top stays there: such a record is never destroyed.
+    if (At(record)->references != 0xFFFF) ++At(record)->references;
+}
+
+void RecordArena::Release(RecordHandle record) noexcept {
+    Header* header = At(record);
+    if (header->references != 0xFFFF && --header->references == 0) Destroy(record);
+}
+
+void RecordArena::Destroy(RecordHandle record) noexcept {
+    FreeMovedPayload(record);
+    if (HasOwnKey(record)) --own_keys_;
+    Extras dying;  // destroyed when the arena is whole again
+    if (At(record)->flags & kExtras) {
+        const auto found = extras_.find(record);
+        dying = std::move(found->second);
+        extras_.erase(found);
+    }
+    Free(record, At(record)->units);
+}
+
+void RecordArena::FreeMovedPayload(RecordHandle record) noexcept {
+    if ((At(record)->flags & kMoved) == 0) return;
+    const auto own = LoadLittle<std::uint32_t>(Block(record) + kHeaderSize);
+    Free(own, LoadLittle<std::uint32_t>(Block(own)));
+    At(record)->flags &= static_cast<std::uint8_t>(~kMoved);
+}
+
+std::string_view RecordArena::Field(RecordHandle record, int field) const {
+    const Payload payload = PayloadOf(record);
+    const std::uint32_t begin = field == 0 ? 0 : payload.End(field - 1);
+    return {payload.text() + begin, payload.End(field) - begin};
+}
+
+std::string_view RecordArena::AllFields(RecordHandle record) const {
+    const Payload payload = PayloadOf(record);
+    return {payload.text(), payload.End(kFieldCount - 1)};
+}
+
+void RecordArena::SetFields(RecordHandle record, const FieldTexts& values,
+                            const std::array<bool, kFieldCount>& changed) {
+    std::array<std::string_view, kFieldCount> merged;
+    bool touches_key = false;
+    for (int i = 0; i < kFieldCount; ++i) {
+        const auto at = static_cast<std::size_t>(i);
+        merged[at] = changed[at] ? values[i] : Field(record, i);
+        touches_key = touches_key || (changed[at] && HoldsPart(At(record)->parts, i));
+    }
+    const FieldTexts fields(merged);
+    const Shape shape = ShapeOf(fields);
+    // Built beside, because the new values may lie in the record itself.
+    std::string buffer(shape.payload_size(), '\0');
+    auto* bytes = reinterpret_cast<std::uint8_t*>(buffer.data());
+    Fill(bytes, shape.width, fields);
+    if (touches_key) TakeOwnKey(record);
+    PlacePayload(record, {bytes, buffer.size()});
+    std::uint8_t& flags = At(record)->flags;
+    flags = static_cast<std::uint8_t>((flags & ~(kWidthMask | kNotAscii)) | shape.width |
+                                      (shape.ascii ? 0 : kNotAscii));
+}
+
+// Puts the payload into the record's block, or else into one of its own.
+void RecordArena::PlacePayload(RecordHandle record, std::span<const std::uint8_t> payload) {
+    if (UnitsFor(kHeaderSize + payload.size()) <= At(record)->units) {
+        FreeMovedPayload(record);
+        std::memcpy(Block(record) + kHeaderSize, payload.data(), payload.size());
+        return;
+    }
+    const std::size_t units = UnitsFor(sizeof(std::uint32_t) + payload.size());
+    const RecordHandle own = Allocate(units);
+    FreeMovedPayload(record);
+    StoreLittle(Block(own), static_cast<std::uint32_t>(units));
+    std::memcpy(Block(own) + sizeof(std::uint32_t), payload.data(), payload.size());
+    StoreLittle(Block(record) + kHeaderSize, own);
+    At(record)->flags |= kMoved;
+}
+
+// --- keys
+
+std::string RecordArena::ComposeKey(RecordHandle record) const {
+    std::string key;
+    ForEachPart(At(record)->parts, [&](int field) { key += Field(record, field); });
+    return key;
+}
+
+std::string RecordArena::Key(RecordHandle record) const {
+    return HasOwnKey(record) ? FindExtras(record)->key : ComposeKey(record);
+}
+
+std::string RecordArena::FilingKey(RecordHandle record) const {
+    return HasOwnKey(record) ? FindExtras(record)->filing_key : ComposeKey(record);
+}
+
+bool RecordArena::FilingKeyEquals(RecordHandle record, std::string_view key) const {
+    if (HasOwnKey(record)) return EqualFold(FindExtras(record)->filing_key, key);
+    // Part by part, as long as the lengths agree, which for plain texts is all there is to it.
+    const std::uint16_t parts = At(record)->parts;
+    std::size_t size = 0;
+    ForEachPart(parts, [&](int field) { size += Field(record, field).size(); });
+    bool equal = size == key.size();
+    std::size_t at = 0;
+    ForEachPart(parts, [&](int field) {
+        if (!equal) return;
+        const std::string_view part = Field(record, field);
+        equal = EqualFold(key.substr(at, part.size()), part);
+        at += part.size();
+    });
+    if (equal || (IsAscii(record) && tavolin::IsAscii(key))) return equal;
+    return EqualFold(ComposeKey(record), key);
+}
+
+void RecordArena::SetKey(RecordHandle record, std::string_view key) {
+    std::string copy(key);
+    TakeOwnKey(record);
+    ExtrasOf(record).key = std::move(copy);
+}
+
+void RecordArena::RestoreKey(RecordHandle record, std::string_view key) {
+    SetKey(record, key);
+    ExtrasOf(record).filing_key = key;
+    At(record)->hash = HashFold(key);
+}
+
+// From here on the keys are kept beside the record.
+void RecordArena::TakeOwnKey(RecordHandle record) {
+    if (HasOwnKey(record)) return;
+    std::string key = ComposeKey(record);
+    std::string filing_key = key;
+    Extras& extras = ExtrasOf(record);
+    extras.key = std::move(key);
+    extras.filing_key = std::move(filing_key);
+    At(record)->flags |= kOwnKey;
+    ++own_keys_;
+}
+
+RecordArena::Extras& RecordArena::ExtrasOf(RecordHandle record) {
+    Extras& extras = extras_[record];
+    At(record)->flags |= kExtras;
+    return extras;
+}
+
+const RecordArena::Extras* RecordArena::FindExtras(RecordHandle record) const {
+    if ((At(record)->flags & kExtras) == 0) return nullptr;
+    return &extras_.find(record)->second;
+}
+
+// --- objects and what is kept beside
+
+std::shared_ptr<CVLRecord> RecordArena::Object(RecordHandle record) {
+    if (At(record)->flags & kHosted) {
+        if (auto object = objects_.find(record)->second.lock()) return object;
+    }
+    auto& place = objects_[record];
+    auto object = std::make_shared<CVLRecord>(shared_from_this(), record);
+    place = object;
+    At(record)->flags |= kHosted;
+    return object;
+}
+
+void RecordArena::Forget(RecordHandle record) noexcept {
+    const auto found = objects_.find(record);
+    if (found == objects_.end() || !found->second.expired()) return;
+    objects_.erase(found);
+    At(record)->flags &= static_cast<std::uint8_t>(~kHosted);
+}
+
+std::shared_ptr<CVLAttachmentSet> RecordArena::Attachments(RecordHandle record, bool make) {
+    const Extras* extras = FindExtras(record);
+    if (extras != nullptr && extras->attachments) return extras->attachments;
+    if (!make) return nullptr;
+    auto attachments = std::make_shared<CVLAttachmentSet>(session_);
+    ExtrasOf(record).attachments = attachments;
+    return attachments;
+}
+
+void RecordArena::Attachments(RecordHandle record, std::shared_ptr<CVLAttachmentSet> attachments) {
+    if (attachments) attachments->JoinSession(session_);
+    ExtrasOf(record).attachments = std::move(attachments);
+}
+
+bool RecordArena::HasAttachments(RecordHandle record) const {
+    const Extras* extras = FindExtras(record);
+    return extras != nullptr && extras->attachments && extras->attachments->Count() > 0;
+}
+
+std::shared_ptr<PropertyChangeEvent> RecordArena::ChangeEvent(RecordHandle record, bool make) {
+    const Extras* extras = FindExtras(record);
+    if (extras != nullptr && extras->change_event) return extras->change_event;
+    if (!make) return nullptr;
+    auto event = std::make_shared<PropertyChangeEvent>();
+    ExtrasOf(record).change_event = event;
+    return event;
+}
+
+// --- stored form
+
+std::size_t RecordArena::ImageSize(RecordHandle record) const {
+    const std::size_t size = kHeaderSize + PayloadOf(record).size();
+    return UnitsFor(size) <= kMaxInlineUnits ? UnitsFor(size) * kUnit
+                                             : UnitsFor(size + sizeof(std::uint32_t)) * kUnit;
+}
+
+void RecordArena::WriteImage(RecordHandle record, std::uint8_t* target) const {
+    const Header* header = At(record);
+    const Payload payload = PayloadOf(record);
+    const std::size_t units = UnitsFor(kHeaderSize + payload.size());
+    const bool large = units > kMaxInlineUnits;
+    StoreLittle(target, std::uint32_t{0});
+    StoreLittle(target + 4, header->hash);
+    StoreLittle(target + 8, static_cast<std::uint32_t>(header->n_key));
+    StoreLittle(target + 12, std::uint16_t{1});
+    StoreLittle(target + 14, static_cast<std::uint16_t>(large ? 0 : units));
+    StoreLittle(target + 16, header->parts);
+    target[18] = header->flags & (kWidthMask | kNotAscii);
+    target[19] = 0;
+    std::uint8_t* at = target + kHeaderSize;
+    if (large) {
+        StoreLittle(at, static_cast<std::uint32_t>(ImageSize(record) / kUnit));
+        at += sizeof(std::uint32_t);
+    }
+    std::memcpy(at, payload.ends, payload.size());
+    at += payload.size();
+    std::memset(at, 0, static_cast<std::size_t>(target + ImageSize(record) - at));
+}
+
+namespace {
+
+[[noreturn]] void RefuseImage(const char* what) {
+    throw DamagedState(std::string("record image: ") + what);
+}
+
+}  // namespace
+
+RecordHandle RecordArena::ReadImage(std::span<const std::uint8_t> images, std::size_t& taken) {
+    if (images.size() < 4 * kUnit) RefuseImage("cut off");
+    const std::uint8_t* image = images.data();
+    const std::uint16_t inline_units = LoadLittle<std::uint16_t>(image + 14);
+    const std::size_t prefix = inline_units == 0 ? sizeof(std::uint32_t) : 0;
+    const std::size_t units =
+        inline_units == 0 ? LoadLittle<std::uint32_t>(image + kHeaderSize) : inline_units;
+    if (units < 4 || units > images.size() / kUnit) RefuseImage("its size is beyond the array");
+    const std::uint8_t flags = image[18];
+    const std::uint16_t parts = LoadLittle<std::uint16_t>(image + 16);
+    if ((flags & ~(kWidthMask | kNotAscii)) != 0 || (flags & kWidthMask) == 3 || image[19] != 0) {
+        RefuseImage("unknown flags");
+    }
+    ForEachPart(parts, [](int field) {
+        if (field >= kFieldCount) RefuseImage("its key names a field that does not exist");
+    });
+    Payload payload{const_cast<std::uint8_t*>(image) + kHeaderSize + prefix, flags & kWidthMask};
+    const std::size_t room = units * kUnit - kHeaderSize - prefix;
+    const std::size_t ends_size = static_cast<std::size_t>(kFieldCount) << payload.width;
+    if (ends_size > room) RefuseImage("too short for its fields");
+    std::uint32_t last = 0;
+    for (int i = 0; i < kFieldCount; ++i) {
+        const std::uint32_t end = payload.End(i);
+        if (end < last) RefuseImage("its fields overlap");
+        last = end;
+    }
+    if (last > room - ends_size) RefuseImage("a field ends beyond it");
+
+    taken = units * kUnit;
+    RecordHandle record;
+    if (prefix == 0 && UnitsFor(kHeaderSize + payload.size()) == units) {
+        record = Allocate(units);
+        std::memcpy(Block(record), image, taken);
+        Header* header = At(record);
+        *header = {0,
+                   LoadLittle<std::uint32_t>(image + 4),
+                   static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image + 8)),
+                   0,
+                   static_cast<std::uint16_t>(units),
+                   parts,
+                   flags,
+                   0};
+        return record;
+    }
+    std::array<std::string_view, kFieldCount> fields;
+    std::uint32_t begin = 0;
+    for (int i = 0; i < kFieldCount; ++i) {
+        fields[static_cast<std::size_t>(i)] = {payload.text() + begin, payload.End(i) - begin};
+        begin = payload.End(i);
+    }
+    record = Create(static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image + 8)), fields, {});
+    At(record)->parts = parts;
+    At(record)->hash = LoadLittle<std::uint32_t>(image + 4);
+    return record;
+}
+
+}  // namespace tavolin

@@ -1,0 +1,191 @@
+// Where records live: one block of memory a record, under a 32-bit handle.
+//
+// A block is a header, the ends of the ten fields, and the fields' texts one after another, so that
+// "all fields" is one text already. It never moves, so a handle is good for as long as somebody
+// refers to the record: a set that it stands in, the result of a search, an object that a host
+// holds. A text that outgrows its block moves to one of its own. What few records have (a key of
+// their own, attachments, event handlers) is kept beside, made on first use.
+//
+// A record set and the results of searches in it share one arena.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "tavolin/base/event.h"
+#include "tavolin/model/field_texts.h"
+#include "tavolin/model/types.h"
+
+namespace tavolin {
+
+class CVLAttachmentSet;
+class CVLRecord;
+class Session;
+
+using RecordHandle = std::uint32_t;
+
+using PropertyChangeEvent = Event<std::shared_ptr<CVLRecord>, std::string, std::string>;
+
+class RecordArena : public std::enable_shared_from_this<RecordArena> {
+  public:
+    explicit RecordArena(std::shared_ptr<Session> session);
+    ~RecordArena();
+    RecordArena(const RecordArena&) = delete;
+    RecordArena& operator=(const RecordArena&) = delete;
+
+    const std::shared_ptr<Session>& session() const { return session_; }
+    void JoinSession(std::shared_ptr<Session> session);
+
+    // A new record that nobody refers to yet. Its key is made of the fields that `primary_key`
+    // names, all of them 0 to 9 or 99. Only memory can fail; nothing has been made then.
+    RecordHandle Create(std::int32_t n_key, const FieldTexts& fields,
+                        const PrimaryKeyType& primary_key);
+
+    // Counts who refers to a record. The last Release destroys it.
+    void AddReference(RecordHandle record) noexcept;
+    void Release(RecordHandle record) noexcept;
+
+    // Views hold until the record changes.
+    std::string_view Field(RecordHandle record, int field) const;
+    std::string_view AllFields(RecordHandle record) const;
+    // Every byte of every field is below 0x80.
+    bool IsAscii(RecordHandle record) const { return (At(record)->flags & kNotAscii) == 0; }
+
+    // Sets the fields that `changed` marks, all or none.
+    void SetFields(RecordHandle record, const FieldTexts& values,
+                   const std::array<bool, kFieldCount>& changed);
+
+    std::int32_t NumberKey(RecordHandle record) const { return At(record)->n_key; }
+    void NumberKey(RecordHandle record, std::int32_t n_key) { At(record)->n_key = n_key; }
+
+    // The record's key as the host sees and sets it.
+    std::string Key(RecordHandle record) const;
+    void SetKey(RecordHandle record, std::string_view key);
+    // For a record that is being loaded: it is filed under its own key.
+    void RestoreKey(RecordHandle record, std::string_view key);
+    // True when the key has been set, so that it may differ from the one that the record was filed
+    // under.
+    bool HasOwnKey(RecordHandle record) const { return (At(record)->flags & kOwnKey) != 0; }
+
+    bool AnyOwnKeys() const { return own_keys_ > 0; }
+
+    // The key that the record was filed under when it was made or loaded. It stays whatever becomes
+    // of the fields and the key.
+    std::string FilingKey(RecordHandle record) const;
+    std::uint32_t FilingHash(RecordHandle record) const { return At(record)->hash; }
+    bool FilingKeyEquals(RecordHandle record, std::string_view key) const;
+
+    // What the set that the arena was made for keeps in the record itself.
+    std::uint32_t Leaf(RecordHandle record) const { return At(record)->leaf; }
+    void SetLeaf(RecordHandle record, std::uint32_t leaf) { At(record)->leaf = leaf; }
+    bool Keyed(RecordHandle record) const { return (At(record)->flags & kKeyless) == 0; }
+    void DropKey(RecordHandle record) { At(record)->flags |= kKeyless; }
+
+    // The object that a host holds: the same one for as long as anyone holds it.
+    std::shared_ptr<CVLRecord> Object(RecordHandle record);
+    // The object is gone.
+    void Forget(RecordHandle record) noexcept;
+
+    // Nothing until one was given; Attachments(record, true) makes one.
+    std::shared_ptr<CVLAttachmentSet> Attachments(RecordHandle record, bool make);
+    void Attachments(RecordHandle record, std::shared_ptr<CVLAttachmentSet> attachments);
+    bool HasAttachments(RecordHandle record) const;
+
+    // The record's event; nothing unless somebody asked to have it made.
+    std::shared_ptr<PropertyChangeEvent> ChangeEvent(RecordHandle record, bool make);
+
+    // A record's stored form: its block with its fields behind it, a multiple of eight bytes. The
+    // layout is told in docs/file-format.md.
+    std::size_t ImageSize(RecordHandle record) const;
+    void WriteImage(RecordHandle record, std::uint8_t* target) const;
+    // Makes a record from the image at the front of `images` and says how many bytes it took.
+    // Raises DamagedState for what is no image.
+    RecordHandle ReadImage(std::span<const std::uint8_t> images, std::size_t& taken);
+
+    // The bytes that the arena has asked the machine for.
+    std::size_t memory() const { return memory_; }
+
+  private:
+    // The first bytes of a block.
+    struct Header {
+        std::uint32_t leaf;
+        std::uint32_t hash;  // of the folded filing key
+        std::int32_t n_key;
+        std::uint16_t references;
+        std::uint16_t units;  // of eight bytes, in the block
+        std::uint16_t parts;  // the fields of the key, four bits each, 15 for none
+        std::uint8_t flags;
+        std::uint8_t reserved;
+    };
+    static_assert(sizeof(Header) == 20);
+    // In Header::flags. Width, kNotAscii and kKeyless reach the disk: do not change.
+    enum Flag : std::uint8_t {
+        kWidthMask = 0x03,  // an end of a field takes 1 << width bytes
+        kNotAscii = 0x04,
+        kKeyless = 0x08,
+        kMoved = 0x10,  // the ends and the text are in a block of their own
+        kOwnKey = 0x20,
+        kExtras = 0x40,
+        kHosted = 0x80,  // a host holds the object
+    };
+    // The ends of the fields and the text behind them.
+    struct Payload {
+        std::uint8_t* ends;
+        int width;
+        std::uint32_t End(int field) const;
+        const char* text() const {
+            return reinterpret_cast<const char*>(ends + (kFieldCount << width));
+        }
+        std::size_t size() const {
+            return (static_cast<std::size_t>(kFieldCount) << width) + End(kFieldCount - 1);
+        }
+    };
+    struct Extras {
+        std::string filing_key;
+        std::string key;
+        std::shared_ptr<CVLAttachmentSet> attachments;
+        std::shared_ptr<PropertyChangeEvent> change_event;
+    };
+
+    std::uint8_t* Block(RecordHandle handle) const {
+        return slabs_[handle >> kSlabShift] + (std::size_t{handle & kSlabMask} << 3);
+    }
+    Header* At(RecordHandle record) const { return reinterpret_cast<Header*>(Block(record)); }
+    Payload PayloadOf(RecordHandle record) const;
+
+    RecordHandle Allocate(std::size_t units);
+    void Free(RecordHandle block, std::size_t units) noexcept;
+    void AddSlab(std::size_t units);
+
+    static void Fill(std::uint8_t* payload, int width, const FieldTexts& fields);
+    void PlacePayload(RecordHandle record, std::span<const std::uint8_t> payload);
+    void FreeMovedPayload(RecordHandle record) noexcept;
+    std::string ComposeKey(RecordHandle record) const;
+    Extras& ExtrasOf(RecordHandle record);
+    const Extras* FindExtras(RecordHandle record) const;
+    void TakeOwnKey(RecordHandle record);
+    void Destroy(RecordHandle record) noexcept;
+
+    static constexpr unsigned kSlabShift = 17;  // a slab spans 2^17 units, one MiB
+    static constexpr std::uint32_t kSlabMask = (1u << kSlabShift) - 1;
+
+    std::shared_ptr<Session> session_;
+    // Every MiB of the handles' range; a block larger than that spans several.
+    std::vector<std::uint8_t*> slabs_;
+    std::vector<std::unique_ptr<std::uint8_t[]>> memory_blocks_;
+    std::size_t memory_ = 0;
+    std::uint64_t next_ = 0;  // the free end of the newest slab, in units
+    std::uint64_t end_ = 0;
+    std::array<std::uint32_t, 320> free_;  // heads of the lists of free blocks, by size class
+    std::size_t own_keys_ = 0;
+    std::unordered_map<RecordHandle, Extras> extras_;
+    std::unordered_map<RecordHandle, std::weak_ptr<CVLRecord>> objects_;
+};
+
+}  // namespace tavolin

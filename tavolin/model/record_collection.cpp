@@ -1,0 +1,149 @@
+#include "tavolin/model/record_collection.h"
+
+#include "tavolin/base/text.h"
+#include "tavolin/errors/trap.h"
+#include "tavolin/model/record.h"
+
+namespace tavolin {
+
+RecordCollection::RecordCollection(std::shared_ptr<Session> session)
+    : arena_(std::make_shared<RecordArena>(std::move(session))),
+      records_(Store{.arena = arena_.get(), .places = {}, .keys = {}, .keyless = {}}) {}
+
+RecordCollection::RecordCollection(std::shared_ptr<RecordArena> arena,
+                                   std::span<const RecordHandle> records)
+    : arena_(std::move(arena)),
+      records_(
+          Store{.arena = arena_.get(), .guest = true, .places = {}, .keys = {}, .keyless = {}}) {
+    for (const RecordHandle record : records) records_.store().Welcome(record);
+    records_.Adopt(records);
+    for (const RecordHandle record : records) arena_->AddReference(record);
+}
+
+RecordCollection::~RecordCollection() {
+    // An arena that goes along takes all its records with it.
+    if (arena_.use_count() == 1) return;
+    ForEach([this](RecordHandle record) { arena_->Release(record); });
+}
+
+std::shared_ptr<CVLRecord> RecordCollection::Add(std::int32_t n_key, const FieldTexts& fields,
+                                                 const PrimaryKeyType& primary_key,
+                                                 std::shared_ptr<CVLAttachmentSet> attachments,
+                                                 const Placement& placement) {
+    const RecordHandle record = arena_->Create(n_key, fields, primary_key);
+    arena_->AddReference(record);
+    try {
+        auto object = arena_->Object(record);
+        if (attachments) arena_->Attachments(record, std::move(attachments));
+        File(record, placement);
+        return object;
+    } catch (...) {
+        arena_->Release(record);
+        throw;
+    }
+}
+
+void RecordCollection::AddExisting(RecordHandle record) {
+    File(record, {});
+    arena_->AddReference(record);
+}
+
+void RecordCollection::File(RecordHandle record, const Placement& placement) {
+    if (placement.before || placement.after) MakePlaces();
+    records_.store().Welcome(record);
+    try {
+        records_.Add(record, placement);
+    } catch (...) {
+        records_.store().Part(record);
+        throw;
+    }
+}
+
+void RecordCollection::Adopt(std::span<const RecordHandle> records) {
+    records_.Adopt(records);
+    for (const RecordHandle record : records) arena_->AddReference(record);
+}
+
+void RecordCollection::Remove(RecordHandle record) {
+    MakePlaces();
+    if (!records_.Remove(record)) return;
+    records_.store().Part(record);
+    arena_->Release(record);
+}
+
+void RecordCollection::MakePlaces() {
+    Store& store = records_.store();
+    if (!store.guest || store.places_made) return;
+    std::vector<RecordHandle> all;
+    all.reserve(records_.size());
+    ForEach([&](RecordHandle record) { all.push_back(record); });
+    for (const RecordHandle record : all) store.places.emplace(record, 0);
+    store.places_made = true;
+    records_.Arrange(all);
+}
+
+std::uint32_t RecordCollection::Store::Leaf(RecordHandle record) const {
+    return guest ? places.at(record) : arena->Leaf(record);
+}
+
+void RecordCollection::Store::SetLeaf(RecordHandle record, std::uint32_t leaf) {
+    if (!guest) {
+        arena->SetLeaf(record, leaf);
+    } else if (places_made) {
+        places.find(record)->second = leaf;
+    }
+}
+
+bool RecordCollection::Store::Keyed(RecordHandle record) const {
+    return guest ? !keyless.contains(record) : arena->Keyed(record);
+}
+
+std::uint32_t RecordCollection::Store::KeyHash(RecordHandle record) const {
+    const std::string* own = OwnKey(record);
+    return own != nullptr ? HashFold(*own) : arena->FilingHash(record);
+}
+
+bool RecordCollection::Store::KeyEquals(RecordHandle record, std::string_view key) const {
+    const std::string* own = OwnKey(record);
+    return own != nullptr ? EqualFold(*own, key) : arena->FilingKeyEquals(record, key);
+}
+
+bool RecordCollection::Store::SameKey(RecordHandle a, RecordHandle b) const {
+    return KeyEquals(a, KeyOf(b));
+}
+
+void RecordCollection::Store::DropKey(RecordHandle record) {
+    if (guest) {
+        keyless.insert(record);
+    } else {
+        arena->DropKey(record);
+    }
+}
+
+const std::string* RecordCollection::Store::OwnKey(RecordHandle record) const {
+    if (keys.empty()) return nullptr;
+    const auto found = keys.find(record);
+    return found == keys.end() ? nullptr : &found->second;
+}
+
+std::string RecordCollection::Store::KeyOf(RecordHandle record) const {
+    const std::string* own = OwnKey(record);
+    return own != nullptr ? *own : arena->FilingKey(record);
+}
+
+// Makes room for what is kept of a guest's record before it comes in, and takes note of its key as
+// it is now, which may change later without the record being filed anew.
+void RecordCollection::Store::Welcome(RecordHandle record) {
+    if (!guest) return;
+    if (arena->HasOwnKey(record)) keys.insert_or_assign(record, arena->Key(record));
+    if (places_made) places.emplace(record, 0);
+}
+
+void RecordCollection::Store::Part(RecordHandle record) {
+    if (!guest) return;
+    keys.erase(record);
+    places.erase(record);
+    keyless.erase(record);
+}
+
+}  // namespace tavolin

@@ -1,0 +1,97 @@
+// The records of one set: an order and keys over the records of an arena.
+//
+// A set's own records keep their place in themselves. A collection of a search's results is a guest
+// in the arena of the set that was searched: the same records stand in both, so the guest keeps
+// places and keys of its own, made when something first needs them.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "tavolin/model/index_key.h"
+#include "tavolin/model/keyed_collection.h"
+#include "tavolin/model/record_arena.h"
+
+namespace tavolin {
+
+class RecordCollection {
+  public:
+    // An empty collection in an arena of its own.
+    explicit RecordCollection(std::shared_ptr<Session> session);
+    // A guest that holds these records of another's arena, in this order.
+    RecordCollection(std::shared_ptr<RecordArena> arena, std::span<const RecordHandle> records);
+    ~RecordCollection();
+    RecordCollection(const RecordCollection&) = delete;
+    RecordCollection& operator=(const RecordCollection&) = delete;
+
+    RecordArena& arena() const { return *arena_; }
+    const std::shared_ptr<RecordArena>& shared_arena() const { return arena_; }
+
+    std::int32_t Count() const { return static_cast<std::int32_t>(records_.size()); }
+    RecordHandle Find(const IndexKey& which) const { return records_.Find(which); }
+    std::shared_ptr<CVLRecord> Object(RecordHandle record) const { return arena_->Object(record); }
+
+    // Makes a record and files it. Raises 457 when its key is taken and 5 for a place that is not
+    // there; nothing has changed then, nor when memory runs out.
+    std::shared_ptr<CVLRecord> Add(std::int32_t n_key, const FieldTexts& fields,
+                                   const PrimaryKeyType& primary_key,
+                                   std::shared_ptr<CVLAttachmentSet> attachments,
+                                   const Placement& placement);
+    // Files an existing record of this arena at the end, under its own key.
+    void AddExisting(RecordHandle record);
+    // Appends records that were just read from stored state; the keys are looked at later.
+    void Adopt(std::span<const RecordHandle> records);
+    void Remove(RecordHandle record);
+
+    template <class Body>
+    void ForEach(Body&& body) const {
+        records_.ForEach(body);
+    }
+
+  private:
+    // What a KeyedCollection asks; see keyed_collection.h.
+    struct Store {
+        RecordArena* arena = nullptr;
+        bool guest = false;
+        bool places_made = false;
+        std::unordered_map<RecordHandle, std::uint32_t> places;
+        std::unordered_map<RecordHandle, std::string> keys;  // where not the arena's filing key
+        std::unordered_set<RecordHandle> keyless;
+
+        std::uint32_t Leaf(RecordHandle record) const;
+        void SetLeaf(RecordHandle record, std::uint32_t leaf);
+        bool Keyed(RecordHandle record) const;
+        std::uint32_t KeyHash(RecordHandle record) const;
+        bool KeyEquals(RecordHandle record, std::string_view key) const;
+        bool SameKey(RecordHandle a, RecordHandle b) const;
+        void DropKey(RecordHandle record);
+
+        const std::string* OwnKey(RecordHandle record) const;
+        std::string KeyOf(RecordHandle record) const;
+        void Welcome(RecordHandle record);
+        void Part(RecordHandle record);
+    };
+    using Records = KeyedCollection<Store>;
+
+    void MakePlaces();
+    void File(RecordHandle record, const Placement& placement);
+
+    std::shared_ptr<RecordArena> arena_;
+    Records records_;
+
+  public:
+    // A walk that survives any change of the collection.
+    class Cursor : public Records::Cursor {
+      public:
+        explicit Cursor(const RecordCollection& collection)
+            : Records::Cursor(collection.records_) {}
+    };
+};
+
+}  // namespace tavolin

@@ -1,0 +1,184 @@
+#include "tavolin/model/record_set.h"
+
+#include "tavolin/base/text.h"
+#include "tavolin/errors/error_num.h"
+#include "tavolin/errors/trap.h"
+#include "tavolin/model/attachment_set.h"
+#include "tavolin/model/field_argument.h"
+#include "tavolin/model/navigation.h"
+#include "tavolin/model/permission.h"
+#include "tavolin/model/session.h"
+
+namespace tavolin {
+namespace {
+
+constexpr NavigationTexts kNavigation = {"CVLRecordSet",
+                                         "Record Not Found Error ",
+                                         CVLErrorNum::GetFirstRecordError(),
+                                         CVLErrorNum::GetLastRecordError(),
+                                         CVLErrorNum::GetPreviousRecordError(),
+                                         CVLErrorNum::GetNextRecordError()};
+
+void CheckParts(const PrimaryKeyType& key, const char* source) {
+    for (const std::uint8_t part : key.Parts()) {
+        if (part != kNoField) CheckedField(part, source);
+    }
+}
+
+}  // namespace
+
+CVLRecordSet::CVLRecordSet() : CVLRecordSet(Session::Current()) {}
+
+CVLRecordSet::CVLRecordSet(std::shared_ptr<Session> session)
+    : session_(std::move(session)), records_(std::make_shared<RecordCollection>(session_)) {}
+
+bool CVLRecordSet::CanAdd(IndexKey Key) const {
+    return Trap("CVLRecordSet:CanAdd Method", [&] {
+        if (!Key.is_position() && Key.key().empty()) return false;
+        return records_->Find(Key) == kNoHandle;
+    });
+}
+
+std::shared_ptr<CVLRecord> CVLRecordSet::Add(const PrimaryKeyType& Key, std::int32_t nKey,
+                                             const FieldTexts& props,
+                                             std::shared_ptr<CVLAttachmentSet> AttachmentSet,
+                                             const Placement& place) {
+    static constexpr const char* kSource = "CVLRecordSet:Add Method";
+    return Trap(kSource, [&] {
+        AskWrite(*session_, kSource);
+        CheckParts(Key, kSource);
+        std::shared_ptr<CVLRecord> record;
+        try {
+            record = records_->Add(nKey, props, Key, std::move(AttachmentSet), place);
+        } catch (const Error& error) {
+            if (error.number() != kDuplicateKey) throw;
+            Raise(CVLErrorNum::GetRecordAddError(), kSource,
+                  Message("The Record That Is Being Added Already Exists In DataBase!"));
+        }
+        OnRecordAdd.Fire(record);
+        return record;
+    });
+}
+
+std::shared_ptr<CVLRecord> CVLRecordSet::Update(const PrimaryKeyType& Key,
+                                                std::shared_ptr<CVLRecord> record,
+                                                const FieldTexts& props,
+                                                std::shared_ptr<CVLAttachmentSet> AttachmentSet) {
+    static constexpr const char* kSource = "CVLRecordSet:Update Method";
+    return Trap(kSource, [&] {
+        AskWrite(*session_, "CVLRecordSet:UpDate Method");
+        if (!record) RaiseRunTime(kObjectNotSet);
+        for (int field = 0; field < kFieldCount; ++field) {
+            const auto current = record->arena()->Field(record->handle(), field);
+            if (EqualFold(current, props[field])) continue;
+            if (Key.Holds(field)) {
+                Raise(CVLErrorNum::GetRecordUpDateError(), kSource,
+                      Message("Record Key Cannot Be UpDated!"));
+            }
+            record->prop(field, props[field]);
+        }
+        if (AttachmentSet) record->CVLAttachmentSet(std::move(AttachmentSet));
+        OnRecordUpDate.Fire(record);
+        return record;
+    });
+}
+
+RecordHandle CVLRecordSet::Existing(const IndexKey& which, const char* source) const {
+    const RecordHandle record = records_->Find(which);
+    if (record != kNoHandle) return record;
+    if (which.is_position()) {
+        Raise(CVLErrorNum::GetRecordNotFoundError(), source,
+              Message("No Record Is Found On This Range!"));
+    }
+    Raise(CVLErrorNum::GetDBNotSetError(), source, Message("DataBase Is Not Set!"));
+}
+
+std::shared_ptr<CVLRecord> CVLRecordSet::Item(IndexKey vntIndexKey) const {
+    return Trap("CVLRecordSet:Record Property Get", [&] {
+        static constexpr const char* kSource = "CVLRecordSet:Item Property Get";
+        AskRead(*session_, kSource);
+        return records_->Object(Existing(vntIndexKey, kSource));
+    });
+}
+
+void CVLRecordSet::Remove(IndexKey vntIndexKey) {
+    static constexpr const char* kSource = "CVLRecordSet:Remove Method";
+    Trap(kSource, [&] { TakeOut(vntIndexKey, kSource); });
+}
+
+void CVLRecordSet::Remove(const std::shared_ptr<CVLRecord>& record) {
+    static constexpr const char* kSource = "CVLRecordSet:Remove Method";
+    Trap(kSource, [&] {
+        AskDelete(*session_, kSource);
+        records_->Remove(record->handle());
+        OnRecordRemove.Fire(record);
+    });
+}
+
+std::shared_ptr<CVLRecord> CVLRecordSet::TakeOut(IndexKey which, const char* source) {
+    AskDelete(*session_, source);
+    auto record = records_->Object(Existing(which, source));
+    Remove(record);
+    return record;
+}
+
+void CVLRecordSet::AttachToRecord(const std::shared_ptr<CVLRecord>& record, std::int32_t attachNkey,
+                                  std::string_view attachFilePathName, attachmentEnum aType) {
+    Trap("CVLRecordSet:AttachToRecord Method", [&] {
+        if (!record) RaiseRunTime(kObjectNotSet);
+        record->Attach(attachNkey, attachFilePathName, aType);
+    });
+}
+
+void CVLRecordSet::AddExisting(const std::shared_ptr<CVLRecord>& record) {
+    Trap("CVLRecordSet:AddExisting Method", [&] { records_->AddExisting(record->handle()); });
+}
+
+void CVLRecordSet::ReplaceCollection(std::shared_ptr<RecordCollection> records) {
+    records_ = std::move(records);
+}
+
+bool CVLRecordSet::ValueOccursMoreThan(int field, std::string_view value, int limit) const {
+    int count = 0;
+    RecordCollection::Cursor cursor(*records_);
+    for (RecordHandle record; (record = cursor.Next()) != kNoHandle;) {
+        if (EqualFold(records_->arena().Field(record, field), value) && ++count > limit)
+            return true;
+    }
+    return false;
+}
+
+void CVLRecordSet::JoinSession(std::shared_ptr<Session> session) {
+    session_ = std::move(session);
+    records_->arena().JoinSession(session_);
+}
+
+std::shared_ptr<CVLRecord> CVLRecordSet::LastRecord() const {
+    return Navigation(*this, kNavigation).Last();
+}
+
+std::shared_ptr<CVLRecord> CVLRecordSet::FirstRecord() const {
+    return Navigation(*this, kNavigation).First();
+}
+
+std::shared_ptr<CVLRecord> CVLRecordSet::PreviousRecord(std::int32_t nKey) const {
+    return Navigation(*this, kNavigation).Previous(nKey);
+}
+
+std::shared_ptr<CVLRecord> CVLRecordSet::NextRecord(std::int32_t nKey) const {
+    return Navigation(*this, kNavigation).Next(nKey);
+}
+
+bool CVLRecordSet::PreviousRecordIsAvailable(std::int32_t nKey) const {
+    return Navigation(*this, kNavigation).PreviousIsAvailable(nKey);
+}
+
+bool CVLRecordSet::NextRecordIsAvailable(std::int32_t nKey) const {
+    return Navigation(*this, kNavigation).NextIsAvailable(nKey);
+}
+
+bool CVLRecordSet::FirstRecordIsAvailable() const {
+    return Navigation(*this, kNavigation).FirstIsAvailable();
+}
+
+}  // namespace tavolin

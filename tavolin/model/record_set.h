@@ -1,0 +1,163 @@
+// The records of a table, in an order, under their keys without regard to case.
+//
+//     auto records = engine.GetRecordSet("Customers");
+//     for (const auto& record : records->NewEnum()) std::cout << record->prop(1) << '\n';
+//     records->Item("7")->prop(2);
+//
+// Reading a record asks for a right to read, Add and Update for one to write, Remove for one to
+// delete; without it GetUserPermissionToRdError, -ToRWError or -ToDelError. Positions and counts
+// are 32-bit.
+#pragma once
+
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "tavolin/base/event.h"
+#include "tavolin/model/field_texts.h"
+#include "tavolin/model/index_key.h"
+#include "tavolin/model/record.h"
+#include "tavolin/model/record_collection.h"
+#include "tavolin/model/types.h"
+
+namespace tavolin {
+
+class PropertyBagReader;
+class PropertyBagWriter;
+class Session;
+
+// A host's walk along the very collection that it was made on, whatever takes that collection's
+// place. The removal of a record never makes it skip or repeat another.
+class RecordEnumerator {
+  public:
+    class Iterator;
+
+    explicit RecordEnumerator(std::shared_ptr<const RecordCollection> records)
+        : records_(std::move(records)), cursor_(*records_) {}
+
+    // The next record, or nothing at the end.
+    std::shared_ptr<CVLRecord> Next() {
+        const RecordHandle record = cursor_.Next();
+        return record == kNoHandle ? nullptr : records_->Object(record);
+    }
+    void Reset() { cursor_.Reset(); }
+
+    Iterator begin();
+    std::default_sentinel_t end() const { return {}; }
+
+  private:
+    std::shared_ptr<const RecordCollection> records_;
+    RecordCollection::Cursor cursor_;
+};
+
+class RecordEnumerator::Iterator {
+  public:
+    using value_type = std::shared_ptr<CVLRecord>;
+    using difference_type = std::ptrdiff_t;
+
+    explicit Iterator(RecordEnumerator* walk) : walk_(walk), record_(walk->Next()) {}
+    const value_type& operator*() const { return record_; }
+    Iterator& operator++() {
+        record_ = walk_->Next();
+        return *this;
+    }
+    void operator++(int) { ++*this; }
+    bool operator==(std::default_sentinel_t) const { return record_ == nullptr; }
+
+  private:
+    RecordEnumerator* walk_;
+    value_type record_;
+};
+
+inline RecordEnumerator::Iterator RecordEnumerator::begin() {
+    Reset();
+    return Iterator(this);
+}
+
+class CVLRecordSet {
+  public:
+    CVLRecordSet();
+    explicit CVLRecordSet(std::shared_ptr<Session> session);
+    CVLRecordSet(const CVLRecordSet&) = delete;
+    CVLRecordSet& operator=(const CVLRecordSet&) = delete;
+
+    Event<std::shared_ptr<CVLRecord>> OnRecordAdd;     // after the record was added
+    Event<std::shared_ptr<CVLRecord>> OnRecordUpDate;  // after the record was updated
+    Event<std::shared_ptr<CVLRecord>> OnRecordRemove;  // after the record was removed
+
+    // True when no record has that key or position; always false for an empty key.
+    bool CanAdd(IndexKey Key) const;
+
+    // Adds a record and returns it. Its key is made of the fields that `Key` names, in that order
+    // and without a separator: "ab" and "c" collide with "a" and "bc". It goes before or after the
+    // record named, else to the end. The record shares the attachment set given. A key that is
+    // taken raises GetRecordAddError, a place that is not there 5, a field above 9 in `Key`
+    // GetFieldOutOfRangeError; nothing has been added then.
+    std::shared_ptr<CVLRecord> Add(const PrimaryKeyType& Key, std::int32_t nKey,
+                                   const FieldTexts& props = {},
+                                   std::shared_ptr<CVLAttachmentSet> AttachmentSet = nullptr,
+                                   const Placement& place = {});
+
+    // Sets all ten fields of a record, those left out to the empty text. A field that differs in
+    // letter case alone keeps its text. The fields of `Key` must be given as they are, in any case:
+    // another value raises GetRecordUpDateError, the fields before it being changed already.
+    std::shared_ptr<CVLRecord> Update(const PrimaryKeyType& Key, std::shared_ptr<CVLRecord> record,
+                                      const FieldTexts& props = {},
+                                      std::shared_ptr<CVLAttachmentSet> AttachmentSet = nullptr);
+
+    // The record at a position or under a key. No such position raises GetRecordNotFoundError; no
+    // such key GetDBNotSetError.
+    std::shared_ptr<CVLRecord> Item(IndexKey vntIndexKey) const;
+    std::int32_t Count() const { return records_->Count(); }
+
+    // Takes a record out; raises as Item does.
+    void Remove(IndexKey vntIndexKey);
+
+    // Asks for no right.
+    RecordEnumerator NewEnum() const { return RecordEnumerator(records_); }
+
+    // All records as one byte array. Assigning replaces them, without events and rights, or raises
+    // and changes nothing.
+    std::vector<std::uint8_t> ObjectState() const;
+    void ObjectState(const std::vector<std::uint8_t>& state);
+
+    // Calls CVLRecord::Attach.
+    void AttachToRecord(const std::shared_ptr<CVLRecord>& record, std::int32_t attachNkey,
+                        std::string_view attachFilePathName, attachmentEnum aType);
+
+    // The record at the end, at the beginning, before or after a 1-based position; where there is
+    // none, GetLastRecordError, GetFirstRecordError, GetPreviousRecordError or GetNextRecordError.
+    // They read through Item and need its right.
+    std::shared_ptr<CVLRecord> LastRecord() const;
+    std::shared_ptr<CVLRecord> FirstRecord() const;
+    std::shared_ptr<CVLRecord> PreviousRecord(std::int32_t nKey) const;
+    std::shared_ptr<CVLRecord> NextRecord(std::int32_t nKey) const;
+    bool PreviousRecordIsAvailable(std::int32_t nKey) const;
+    bool NextRecordIsAvailable(std::int32_t nKey) const;
+    bool FirstRecordIsAvailable() const;
+
+    // Library-internal.
+
+    // Files a record that stands in the same arena, under its own key; no right, no event.
+    void AddExisting(const std::shared_ptr<CVLRecord>& record);
+    // Remove, for a record that is known to stand in the set.
+    void Remove(const std::shared_ptr<CVLRecord>& record);
+    std::shared_ptr<CVLRecord> TakeOut(IndexKey which, const char* source);
+    void ReplaceCollection(std::shared_ptr<RecordCollection> records);
+    const std::shared_ptr<RecordCollection>& Collection() const { return records_; }
+    // Whether more than `limit` records hold the value in that field, without regard to case.
+    bool ValueOccursMoreThan(int field, std::string_view value, int limit) const;
+    void WriteProperties(PropertyBagWriter& bag) const;
+    void ReadProperties(PropertyBagReader& bag);
+    void JoinSession(std::shared_ptr<Session> session);
+
+  private:
+    RecordHandle Existing(const IndexKey& which, const char* source) const;
+
+    std::shared_ptr<Session> session_;
+    std::shared_ptr<RecordCollection> records_;
+};
+
+}  // namespace tavolin

@@ -1,0 +1,101 @@
+// The stored form of a record set: the number of records, their images one behind the other, and
+// beside them what few records have.
+#include <utility>
+
+#include "tavolin/errors/trap.h"
+#include "tavolin/model/attachment_set.h"
+#include "tavolin/model/record_set.h"
+#include "tavolin/model/session.h"
+#include "tavolin/model/stored_collection.h"
+#include "tavolin/persist/property_bag.h"
+
+namespace tavolin {
+namespace {
+
+// The records that have a key of their own or attachments, and their positions.
+struct Special {
+    std::int32_t position;
+    RecordHandle record;
+};
+
+std::vector<Special> SpecialRecords(const RecordCollection& records) {
+    std::vector<Special> special;
+    std::int32_t position = 0;
+    records.ForEach([&](RecordHandle record) {
+        ++position;
+        const RecordArena& arena = records.arena();
+        if (arena.HasOwnKey(record) || arena.HasAttachments(record)) {
+            special.push_back({position, record});
+        }
+    });
+    return special;
+}
+
+void WriteSpecial(PropertyBagWriter& bag, RecordArena& arena, const Special& special) {
+    bag.Write("i", special.position);
+    if (arena.HasOwnKey(special.record)) bag.Write("k", arena.Key(special.record));
+    if (!arena.HasAttachments(special.record)) return;
+    const auto attachments = arena.Attachments(special.record, false);
+    bag.WriteObject("att", [&] { attachments->WriteProperties(bag); });
+}
+
+void ReadSpecial(PropertyBagReader& bag, RecordArena& arena,
+                 const std::vector<RecordHandle>& records) {
+    const std::int32_t position = bag.ReadInt("i");
+    if (position < 1 || std::cmp_greater(position, records.size())) {
+        bag.Refuse("i", "no such record");
+    }
+    const RecordHandle record = records[static_cast<std::size_t>(position - 1)];
+    if (bag.Has("k")) arena.RestoreKey(record, bag.ReadText("k"));
+    bag.ReadObject("att", [&] { arena.Attachments(record, true)->ReadProperties(bag); });
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> CVLRecordSet::ObjectState() const {
+    return Trap("CVLRecordSet:ObjectState Property Get",
+                [&] { return MakeState([&](PropertyBagWriter& bag) { WriteProperties(bag); }); });
+}
+
+void CVLRecordSet::ObjectState(const std::vector<std::uint8_t>& state) {
+    Trap("CVLRecordSet:ObjectState Property Let", [&] {
+        PropertyBagReader bag(state);
+        ReadProperties(bag);
+    });
+}
+
+void CVLRecordSet::WriteProperties(PropertyBagWriter& bag) const {
+    const RecordArena& arena = records_->arena();
+    bag.Write("RecordsCount", Count());
+    bag.BeginBlocks("Record");
+    records_->ForEach([&](RecordHandle record) {
+        arena.WriteImage(record, bag.Extend(arena.ImageSize(record)));
+    });
+    bag.EndBlocks();
+    const auto special = SpecialRecords(*records_);
+    bag.WriteSeries("RecordExtra", special.size(),
+                    [&](std::size_t i) { WriteSpecial(bag, records_->arena(), special[i - 1]); });
+}
+
+void CVLRecordSet::ReadProperties(PropertyBagReader& bag) {
+    const std::int32_t count = bag.ReadInt("RecordsCount");
+    auto images = bag.ReadBlocks("Record");
+    auto records = std::make_shared<RecordCollection>(session_);
+    RecordArena& arena = records->arena();
+    std::vector<RecordHandle> handles;
+    // An image has 32 bytes at least: the count is believed no further than that.
+    handles.reserve(std::min(static_cast<std::size_t>(std::max(count, 0)), images.size() / 32));
+    while (!images.empty()) {
+        std::size_t taken = 0;
+        handles.push_back(arena.ReadImage(images, taken));
+        images = images.subspan(taken);
+    }
+    if (std::cmp_not_equal(handles.size(), count)) {
+        bag.Refuse("RecordsCount", "another number of records is there");
+    }
+    bag.ReadSeries("RecordExtra", [&](std::size_t) { ReadSpecial(bag, arena, handles); });
+    records->Adopt(handles);
+    records_ = std::move(records);
+}
+
+}  // namespace tavolin

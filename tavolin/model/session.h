@@ -1,0 +1,87 @@
+// Who acts, and what he may do: the one thing that entities and sets know of the engine.
+//
+// An engine owns one Authority and writes it. Every tree of objects that it opens reads the
+// Authority through a Session of the tree's own, so that a tree which another has replaced can be
+// retired: its objects stay readable field by field and answer every change as for a user without
+// rights. Objects that a host makes itself read it through the engine's free session, until they
+// are given to a tree and take that tree's.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tavolin/model/types.h"
+
+namespace tavolin {
+
+class CVLDBUser;
+class CVLTableSet;
+
+struct Authority {
+    std::shared_ptr<CVLDBUser> user;
+    PermitStateEnum permission = Undefined;
+    std::shared_ptr<CVLTableSet> tables;
+};
+
+class Session {
+  public:
+    explicit Session(std::shared_ptr<Authority> authority) : authority_(std::move(authority)) {}
+
+    // The session of the newest living engine of this thread, or that of the engine whose member is
+    // running. Without any engine, a session in which nobody is logged on.
+    static std::shared_ptr<Session> Current();
+
+    PermitStateEnum Permission() const { return retired_ ? Undefined : authority_->permission; }
+    // The logged-on user's name as it stands in messages: "---" when nobody is logged on.
+    std::string UserName() const;
+    // The open database's tables, or nothing.
+    std::shared_ptr<CVLTableSet> Tables() const { return authority_->tables; }
+
+    bool IsOwner() const { return Permission() == Ownership; }
+    bool MayDelete() const { return IsOwner() || Permission() == ToDelete; }
+    bool MayWrite() const { return MayDelete() || Permission() == ToReadWrite; }
+    bool MayRead() const { return MayWrite() || Permission() == ToRead; }
+
+    void Retire() { retired_ = true; }
+
+    // The name of the open database's owner.
+    std::string owner;
+
+  private:
+    std::shared_ptr<Authority> authority_;
+    bool retired_ = false;
+};
+
+// Makes a session the current one until the end of the scope.
+class SessionScope {
+  public:
+    explicit SessionScope(const std::shared_ptr<Session>& session);
+    ~SessionScope();
+    SessionScope(const SessionScope&) = delete;
+    SessionScope& operator=(const SessionScope&) = delete;
+
+  private:
+    std::weak_ptr<Session> previous_;
+};
+
+// An engine's own place among the engines of its thread: from registration to the engine's end.
+void RegisterSession(const std::shared_ptr<Session>& session);
+void UnregisterSession(const std::shared_ptr<Session>& session);
+
+// Holds the permission state at a value for a moment; the end of the scope puts the old one back.
+class PermissionMoment {
+  public:
+    PermissionMoment(Authority& authority, PermitStateEnum state)
+        : authority_(authority), previous_(authority.permission) {
+        authority_.permission = state;
+    }
+    ~PermissionMoment() { authority_.permission = previous_; }
+    PermissionMoment(const PermissionMoment&) = delete;
+    PermissionMoment& operator=(const PermissionMoment&) = delete;
+
+  private:
+    Authority& authority_;
+    PermitStateEnum previous_;
+};
+
+}  // namespace tavolin

@@ -1,0 +1,194 @@
+// A table: ten fields with names and labels, a primary key of up to four of them, links from fields
+// to other tables, and its records.
+//
+//     auto customers = engine.CreateNewPrimaryTable("Customers", {"ID", "Name", "City"}, 0);
+//     customers->FieldLabel(1, "Full name");
+//     auto in_paris = customers->Find("paris", false, 2);
+//
+// Field numbers are unsigned 8-bit: outside 0 to 255 every member raises 6, and above 9
+// GetFieldOutOfRangeError unless it says otherwise.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tavolin/base/event.h"
+#include "tavolin/model/field_argument.h"
+#include "tavolin/model/field_texts.h"
+#include "tavolin/model/index_key.h"
+#include "tavolin/model/record_set.h"
+#include "tavolin/model/table_argument.h"
+#include "tavolin/model/types.h"
+
+namespace tavolin {
+
+class CVLTableSet;
+
+class CVLTable : public std::enable_shared_from_this<CVLTable> {
+  public:
+    // Library-internal: tables come from CVLTableSet::Add and from Find.
+    explicit CVLTable(std::shared_ptr<Session> session);
+    CVLTable(const CVLTable&) = delete;
+    CVLTable& operator=(const CVLTable&) = delete;
+
+    Event<std::string> OnFieldSetAsForeignKey;         // by Link, with the field's name
+    Event<std::shared_ptr<CVLRecord>> OnRecordAdd;     // after the record and its references
+    Event<std::shared_ptr<CVLRecord>> OnRecordUpDate;  // after the record and its references
+    Event<std::shared_ptr<CVLRecord>> OnRecordRemove;  // after the removal
+
+    // The table's name. Setting it on a table of a set files it under the new name there, and every
+    // link to it follows; a name that is taken in any letter case raises GetTableAddError, an empty
+    // one 5, and nothing has changed.
+    const std::string& Key() const { return key_; }
+    void Key(std::string_view name);
+
+    // Ten slots with the names of the tables that link to this one; empty where free. Above 9: 9.
+    const std::string& ReferencedTable(int TableNum) const;
+    void ReferencedTable(int TableNum, std::string_view name);
+    bool IsReferenced() const { return ReferenceCount() > 0; }
+
+    // The name of the table that a field links to, or empty. Above 9: 9.
+    const std::string& LinkedTable(int number0to9) const;
+    void LinkedTable(int number0to9, std::string_view name);
+
+    // How many fields are foreign keys.
+    std::uint8_t NumberOfLinkedTables() const;
+    bool FieldIsForeignKey(int fldNum0to9) const;
+    // isLinkedTable once another table links to it.
+    TableEnum SpecificType() const { return type_; }
+
+    const std::string& FieldLabel(int fldNum0to9) const;
+    void FieldLabel(int fldNum0to9, std::string_view label);
+    const std::string& FieldName(int fldNum0to9) const;
+    void FieldName(int fldNum0to9, std::string_view name);
+
+    // Never nothing. Setting nothing raises 91.
+    std::shared_ptr<tavolin::CVLRecordSet> CVLRecordSet() const { return records_; }
+    void CVLRecordSet(std::shared_ptr<tavolin::CVLRecordSet> records);
+
+    // The fields that make up the keys of records added from now on.
+    PrimaryKeyType PrimaryKey() const { return primary_key_; }
+    void PrimaryKey(const PrimaryKeyType& key);
+
+    // The number of records.
+    std::int32_t Count() const { return records_->Count(); }
+
+    // True when no record has that key; see CVLRecordSet::CanAdd.
+    bool CanAdd(IndexKey recordKey) const;
+
+    // Adds a record as CVLRecordSet::Add does, then, for every field that is a foreign key and
+    // whose value is not yet a key in the table it links to, a record there with that value in
+    // field 0 and the same nKey, and so on along chains of links. All linked tables are looked up
+    // in `useTableSet` first: a missing one raises GetTableNotFoundError before anything is added.
+    std::shared_ptr<CVLRecord> Add(const std::shared_ptr<CVLTableSet>& useTableSet,
+                                   std::int32_t nKey, const FieldTexts& props,
+                                   std::shared_ptr<CVLAttachmentSet> AttachmentsTable = nullptr,
+                                   const Placement& place = {});
+
+    // Updates a record as CVLRecordSet::Update does, then adds missing referenced records as Add
+    // does, with this table's type as their nKey.
+    std::shared_ptr<CVLRecord> Update(const std::shared_ptr<CVLTableSet>& useTableSet,
+                                      std::shared_ptr<CVLRecord> record, const FieldTexts& props,
+                                      std::shared_ptr<CVLAttachmentSet> AttachmentsTable = nullptr);
+
+    // Removes a record; raises as CVLRecordSet::Remove does. Records that refer to it stay.
+    void Remove(IndexKey RecordNumOrKey);
+
+    // Takes the links from this table to another away and returns the other. Asks for `Ownership`,
+    // else GetUserIsNotDBOwnerError. Records stay.
+    std::shared_ptr<CVLTable> Unlink(const TableArgument& LinkedTable);
+
+    // Makes a field a foreign key into a table and returns that table, which gets a record for
+    // every value of the field that is no key there yet, unless this table was linked to it before.
+    // Asks for a right to write, else GetUserPermissionToRWError. A field above 9 raises
+    // GetReferencedFldNotFoundError. After a failure in the middle the changes made so far stay.
+    std::shared_ptr<CVLTable> Link(int fldNum0to9, const TableArgument& toTable);
+
+    // CVLRecordSet::Item.
+    std::shared_ptr<CVLRecord> GetRecord(IndexKey RecordNumOrKey) const;
+
+    // 99 is no field; with all four left out the key is field 0.
+    PrimaryKeyType SetPrimaryKeyFields(int FieldNum = kNoField, int withFieldNum = kNoField,
+                                       int andFieldNum = kNoField, int plusFieldNum = kNoField);
+
+    // Adds an attachment with the record's nKey to a record and returns the record.
+    std::shared_ptr<CVLRecord> AttachToRecord(const RecordArgument& record,
+                                              std::string_view attachPathName,
+                                              attachmentEnum attachmentType = Miscellenius);
+
+    // A new table of this one's shape that holds the matches: the records that contain `Value` in
+    // the given field, or in all fields joined without a separator, ignoring case; or, when
+    // `ValueIsAKey`, the one with that key. The records are shared, not copied; adding to the
+    // result or removing from it changes the result only. An empty value matches every record.
+    std::shared_ptr<CVLTable> Find(std::string_view Value, bool ValueIsAKey = false,
+                                   int inFldNum0to9 = kNoField) const;
+
+    // Takes all links from and to this table away. Asks for `Ownership`. Links to tables that are
+    // gone are passed over.
+    void FreeFromInOutLinks();
+
+    // Deletes, depth first, every table of `useTableSet` that only this one's links refer to. Asks
+    // for `Ownership`. Tables that others refer to stay and lose the reference to this one.
+    void DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet);
+
+    // Library-internal.
+    void Remove(const std::shared_ptr<CVLRecord>& record);
+    void SetForeignKey(int field, bool is) { foreign_[static_cast<std::size_t>(field)] = is; }
+    void SetSpecificType(TableEnum type) { type_ = type; }
+    bool CascadeGuard() const { return cascade_guard_; }
+    void SetCascadeGuard(bool guard) { cascade_guard_ = guard; }
+    int ReferenceCount() const;
+    bool RefersTo(std::string_view table) const;
+    // The first field of that name, case counting; field 0 when there is none.
+    int FieldNumber(std::string_view name) const;
+    int FieldNumber(const FieldArgument& field) const;
+    bool IsResult() const { return is_result_; }
+    void JoinSet(CVLTableSet* set) { set_ = set; }
+    const CVLTableSet* set() const { return set_; }
+    void JoinSession(std::shared_ptr<Session> session);
+    void NameResult(std::string_view key) { key_ = key; }
+    void FollowRename(std::string_view old_name, std::string_view new_name);
+    void WriteProperties(PropertyBagWriter& bag) const;
+    void ReadProperties(PropertyBagReader& bag);
+
+  private:
+    using Names = std::array<std::string, kFieldCount>;
+    class Filling;
+    class Cascade;
+    struct FieldFilling {
+        int field;
+        std::shared_ptr<Filling> chain;
+    };
+
+    std::vector<FieldFilling> PlanFillings(const std::shared_ptr<CVLTableSet>& tables) const;
+    static void Fill(const std::vector<FieldFilling>& fillings, const CVLRecord& record,
+                     std::int32_t n_key);
+    std::shared_ptr<CVLTable> Resolve(const TableArgument& table) const;
+    void DropOldLink(int field, const std::string& new_target);
+    bool NoteReferenceFrom(std::string_view table);
+    void ClearReferencesTo(std::string_view table);
+    void ForgetLinksTo(std::string_view table);
+    void RecomputeType();
+    void FillFrom(int field, CVLTable& target);
+    std::vector<RecordHandle> Matches(std::string_view value, bool is_key, int field) const;
+
+    std::shared_ptr<Session> session_;
+    CVLTableSet* set_ = nullptr;  // the set that the table stands in; it clears this when it goes
+    std::string key_;
+    TableEnum type_ = isPrimaryTable;
+    PrimaryKeyType primary_key_;
+    Names labels_;
+    Names names_;
+    Names referenced_;
+    Names linked_;
+    std::array<bool, kFieldCount> foreign_{};
+    std::shared_ptr<tavolin::CVLRecordSet> records_;
+    bool cascade_guard_ = true;  // false while the table is being deleted
+    bool is_result_ = false;
+};
+
+}  // namespace tavolin

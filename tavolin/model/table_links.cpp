@@ -1,0 +1,310 @@
+// How tables hang together: linking and unlinking, the records that a reference brings along, and
+// the tables that a deletion takes along.
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "tavolin/base/text.h"
+#include "tavolin/errors/error_num.h"
+#include "tavolin/errors/trap.h"
+#include "tavolin/model/session.h"
+#include "tavolin/model/table.h"
+#include "tavolin/model/table_set.h"
+
+namespace tavolin {
+namespace {
+
+// The key that a record with this value in field 0 and nothing else gets in that table.
+std::string KeyOfOneField(const CVLTable& table, std::string_view value) {
+    std::string key;
+    for (const std::uint8_t part : table.PrimaryKey().Parts()) {
+        if (part == 0) key += value;
+    }
+    return key;
+}
+
+}  // namespace
+
+// Adds the one-field records that a value needs: one in the table that it refers to, when it is no
+// key there, and so on along the links of field 0, the only field that such a record has.
+class CVLTable::Filling {
+  public:
+    Filling(const std::shared_ptr<CVLTableSet>& tables, CVLTable& first) {
+        chain_.push_back(first.shared_from_this());
+        while (chain_.back()->foreign_[0]) {
+            auto next = tables->Item(chain_.back()->linked_[0]);
+            if (std::find(chain_.begin(), chain_.end(), next) != chain_.end()) break;
+            chain_.push_back(std::move(next));
+        }
+    }
+
+    void Fill(std::string_view value, std::int32_t n_key) const {
+        std::vector<std::shared_ptr<CVLRecord>> added;
+        for (const auto& table : chain_) {
+            if (!table->CanAdd(value)) break;
+            const std::string key = KeyOfOneField(*table, value);
+            if (table->records_->Collection()->Find(key) != kNoHandle) break;
+            added.push_back(table->records_->Add(table->primary_key_, n_key, {value}));
+        }
+        // A table tells of its record when the records that it refers to are there.
+        for (std::size_t i = added.size(); i-- > 0;) chain_[i]->OnRecordAdd.Fire(added[i]);
+    }
+
+  private:
+    std::vector<std::shared_ptr<CVLTable>> chain_;
+};
+
+std::shared_ptr<CVLRecord> CVLTable::Add(const std::shared_ptr<CVLTableSet>& useTableSet,
+                                         std::int32_t nKey, const FieldTexts& props,
+                                         std::shared_ptr<CVLAttachmentSet> AttachmentsTable,
+                                         const Placement& place) {
+    static constexpr const char* kSource = "CVLTable:Add Method";
+    return Trap(kSource, [&] {
+        const auto fillings = PlanFillings(useTableSet);
+        auto record = records_->Add(primary_key_, nKey, props, std::move(AttachmentsTable), place);
+        Fill(fillings, *record, nKey);
+        OnRecordAdd.Fire(record);
+        return record;
+    });
+}
+
+std::shared_ptr<CVLRecord> CVLTable::Update(const std::shared_ptr<CVLTableSet>& useTableSet,
+                                            std::shared_ptr<CVLRecord> record,
+                                            const FieldTexts& props,
+                                            std::shared_ptr<CVLAttachmentSet> AttachmentsTable) {
+    return Trap("CVLTable:UpDate Method", [&] {
+        const auto fillings = PlanFillings(useTableSet);
+        records_->Update(primary_key_, record, props, std::move(AttachmentsTable));
+        Fill(fillings, *record, type_);
+        OnRecordUpDate.Fire(record);
+        return record;
+    });
+}
+
+std::vector<CVLTable::FieldFilling> CVLTable::PlanFillings(
+    const std::shared_ptr<CVLTableSet>& tables) const {
+    std::vector<FieldFilling> fillings;
+    if (is_result_) return fillings;
+    for (int field = 0; field < kFieldCount; ++field) {
+        if (!foreign_[static_cast<std::size_t>(field)]) continue;
+        if (!tables) RaiseRunTime(kObjectNotSet);
+        const auto target = tables->Item(linked_[static_cast<std::size_t>(field)]);
+        fillings.push_back({field, std::make_shared<Filling>(tables, *target)});
+    }
+    return fillings;
+}
+
+void CVLTable::Fill(const std::vector<FieldFilling>& fillings, const CVLRecord& record,
+                    std::int32_t n_key) {
+    for (const FieldFilling& filling : fillings) {
+        const std::string value(record.arena()->Field(record.handle(), filling.field));
+        filling.chain->Fill(value, n_key);
+    }
+}
+
+std::shared_ptr<CVLTable> CVLTable::Resolve(const TableArgument& table) const {
+    if (table.is_table() && table.table()) return table.table();
+    const auto tables = session_->Tables();
+    if (table.is_table() || !tables) {
+        throw Error(CVLErrorNum::GetTableNotFoundError(), {}, Message("Table Not Found!"));
+    }
+    return tables->Item(table.which());
+}
+
+std::shared_ptr<CVLTable> CVLTable::Link(int fldNum0to9, const TableArgument& toTable) {
+    static constexpr const char* kSource = "CVLTable:Link Method";
+    return Trap(kSource, [&] {
+        if (!session_->MayWrite()) {
+            Raise(CVLErrorNum::GetUserPermissionToRWError(), kSource,
+                  Message("User: ", session_->UserName(),
+                          " Does Not Have Permission To Read/Write!"));
+        }
+        if (CheckedByte(fldNum0to9) >= kFieldCount) {
+            Raise(CVLErrorNum::GetReferencedFldNotFoundError(), kSource,
+                  Message("Referenced Field Not Found!"));
+        }
+        auto target = Resolve(toTable);
+        const auto field = static_cast<std::size_t>(fldNum0to9);
+        DropOldLink(fldNum0to9, target->key_);
+        foreign_[field] = true;
+        linked_[field] = target->key_;
+        if (target->NoteReferenceFrom(key_)) FillFrom(fldNum0to9, *target);
+        target->type_ = isLinkedTable;
+        OnFieldSetAsForeignKey.Fire(names_[field]);
+        return target;
+    });
+}
+
+// False when the reference is there already. Where all slots are taken it is not written down, and
+// counts as new each time.
+bool CVLTable::NoteReferenceFrom(std::string_view table) {
+    const auto same = [&](const std::string& name) { return EqualFold(name, table); };
+    if (std::any_of(referenced_.begin(), referenced_.end(), same)) return false;
+    const auto free = std::find(referenced_.begin(), referenced_.end(), std::string());
+    if (free != referenced_.end()) *free = table;
+    return true;
+}
+
+void CVLTable::DropOldLink(int field, const std::string& new_target) {
+    const auto at = static_cast<std::size_t>(field);
+    const std::string old_target = linked_[at];
+    if (old_target.empty() || EqualFold(old_target, new_target)) return;
+    linked_[at].clear();
+    const auto tables = session_->Tables();
+    if (RefersTo(old_target) || !tables) return;
+    const auto old_table = tables->Lookup(old_target);
+    if (!old_table) return;
+    old_table->ClearReferencesTo(key_);
+    old_table->RecomputeType();
+}
+
+void CVLTable::ClearReferencesTo(std::string_view table) {
+    for (std::string& name : referenced_) {
+        if (EqualFold(name, table)) name.clear();
+    }
+}
+
+void CVLTable::RecomputeType() { type_ = IsReferenced() ? isLinkedTable : isPrimaryTable; }
+
+void CVLTable::FillFrom(int field, CVLTable& target) {
+    const Filling filling(session_->Tables(), target);
+    const auto records = records_->Collection();
+    RecordCollection::Cursor cursor(*records);
+    for (RecordHandle record; (record = cursor.Next()) != kNoHandle;) {
+        const std::string_view value = records->arena().Field(record, field);
+        // Most values are keys already, and those need no copy.
+        if (target.CanAdd(value)) filling.Fill(std::string(value), 1);
+    }
+}
+
+std::shared_ptr<CVLTable> CVLTable::Unlink(const TableArgument& LinkedTable) {
+    static constexpr const char* kSource = "CVLTable:Unlink Method";
+    return Trap(kSource, [&] {
+        if (!session_->IsOwner()) {
+            Raise(CVLErrorNum::GetUserIsNotDBOwnerError(), kSource,
+                  Message("User: ", session_->UserName(),
+                          " Is Not The DataBase Owner!\r\n"
+                          "Thus Does Not Have The Right To Unlink A Field From A Table!"));
+        }
+        std::shared_ptr<CVLTable> target;
+        try {
+            target = Resolve(LinkedTable);
+        } catch (const Error& error) {
+            if (error.number() != CVLErrorNum::GetTableNotFoundError()) throw;
+            Raise(error.number(), kSource, Message("Table: ", LinkedTable.Text(), " Not Found!"));
+        }
+        target->ClearReferencesTo(key_);
+        ForgetLinksTo(target->key_);
+        target->RecomputeType();
+        return target;
+    });
+}
+
+void CVLTable::ForgetLinksTo(std::string_view table) {
+    for (std::size_t i = 0; i < kFieldCount; ++i) {
+        if (!EqualFold(linked_[i], table)) continue;
+        linked_[i].clear();
+        foreign_[i] = false;
+    }
+}
+
+void CVLTable::FreeFromInOutLinks() {
+    Trap("CVLTable:FreeFromInOutLinks Method", [&] {
+        const auto tables = session_->Tables();
+        if (!tables) return;
+        for (std::size_t i = 0; i < kFieldCount; ++i) {
+            if (linked_[i].empty()) continue;
+            const std::string name = linked_[i];
+            const auto target = tables->Lookup(name);
+            if (target) Unlink(target);
+            ForgetLinksTo(name);
+        }
+        // Not only those that the ten slots have room for.
+        for (const auto& referrer : tables->NewEnum()) {
+            if (referrer->RefersTo(key_)) referrer->Unlink(shared_from_this());
+        }
+        referenced_.fill({});
+        RecomputeType();
+    });
+}
+
+// The walk of DeleteLinks, without a call within a call for every table on the way down.
+class CVLTable::Cascade {
+  public:
+    explicit Cascade(std::shared_ptr<CVLTableSet> tables) : tables_(std::move(tables)) {}
+    ~Cascade() {
+        for (const Frame& frame : frames_) frame.table->cascade_guard_ = true;
+    }
+
+    void Run(const std::shared_ptr<CVLTable>& table) {
+        Enter(table);
+        while (!frames_.empty()) Step();
+    }
+
+  private:
+    struct Frame {
+        std::shared_ptr<CVLTable> table;
+        std::size_t field = 0;
+        std::shared_ptr<CVLTable> entered =
+            nullptr;  // the target whose own links are being deleted
+        bool only_referrer = false;
+    };
+
+    void Enter(const std::shared_ptr<CVLTable>& table) {
+        frames_.push_back({table});
+        table->cascade_guard_ = false;
+    }
+
+    void Step() {
+        Frame& frame = frames_.back();
+        if (frame.entered) {
+            Finish(frame);
+        } else if (frame.field == kFieldCount) {
+            frame.table->cascade_guard_ = true;
+            frames_.pop_back();
+        } else {
+            Visit(frame);
+        }
+    }
+
+    void Visit(Frame& frame) {
+        CVLTable& table = *frame.table;
+        const std::size_t field = frame.field++;
+        if (!table.foreign_[field]) return;
+        const auto target = tables_->Lookup(table.linked_[field]);
+        if (!target) return;
+        const int references = target->ReferenceCount();
+        if (target->cascade_guard_ && references < 2 && !OthersReferTo(*target, table)) {
+            frame.entered = target;
+            frame.only_referrer = references == 1;
+            Enter(target);
+        } else {
+            target->ClearReferencesTo(table.key_);
+        }
+    }
+
+    void Finish(Frame& frame) {
+        const auto target = std::exchange(frame.entered, nullptr);
+        frame.table->Unlink(target);
+        if (frame.only_referrer) tables_->Remove(target->key_);
+    }
+
+    bool OthersReferTo(const CVLTable& target, const CVLTable& table) const {
+        for (const auto& other : tables_->NewEnum()) {
+            if (other.get() != &table && other->RefersTo(target.key_)) return true;
+        }
+        return false;
+    }
+
+    std::shared_ptr<CVLTableSet> tables_;
+    std::vector<Frame> frames_;
+};
+
+void CVLTable::DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet) {
+    Trap("CVLTable:DeleteLinks Method", [&] {
+        if (!useTableSet) RaiseRunTime(kObjectNotSet);
+        Cascade(useTableSet).Run(shared_from_this());
+    });
+}
+
+}  // namespace tavolin

@@ -1,0 +1,176 @@
+#include "tavolin/model/table_set.h"
+
+#include "tavolin/errors/error_num.h"
+#include "tavolin/errors/trap.h"
+#include "tavolin/model/navigation.h"
+#include "tavolin/model/permission.h"
+#include "tavolin/model/session.h"
+#include "tavolin/model/stored_collection.h"
+
+namespace tavolin {
+namespace {
+
+constexpr NavigationTexts kNavigation = {"CVLTableSet",
+                                         "Table Not Found Error ",
+                                         CVLErrorNum::GetFirstTableError(),
+                                         CVLErrorNum::GetLastTableError(),
+                                         CVLErrorNum::GetPreviousTableError(),
+                                         CVLErrorNum::GetNextTableError()};
+
+[[noreturn]] void RaiseNotFound(const char* source) {
+    Raise(CVLErrorNum::GetTableNotFoundError(), source, Message("Table Not Found!"));
+}
+
+[[noreturn]] void RaiseTaken(const char* source) {
+    Raise(CVLErrorNum::GetTableAddError(), source,
+          Message("The Table That Is Being Added Already Exists In DataBase!"));
+}
+
+}  // namespace
+
+CVLTableSet::CVLTableSet() : CVLTableSet(Session::Current()) {}
+
+CVLTableSet::CVLTableSet(std::shared_ptr<Session> session) : session_(std::move(session)) {}
+
+CVLTableSet::~CVLTableSet() { Detach(); }
+
+void CVLTableSet::Detach() {
+    tables_->ForEach([this](const std::shared_ptr<CVLTable>& table) {
+        if (table->set() == this) table->JoinSet(nullptr);
+    });
+}
+
+bool CVLTableSet::CanAdd(IndexKey Key) const {
+    return Trap("CVLTableSet:CanAdd Method", [&] { return tables_->Find(Key) == nullptr; });
+}
+
+std::shared_ptr<CVLTable> CVLTableSet::Add(std::string_view Key, TableEnum TableType,
+                                           std::shared_ptr<CVLRecordSet> RecordSet,
+                                           const FieldTexts& FieldNames) {
+    static constexpr const char* kSource = "CVLTableSet:Add Method";
+    return Trap(kSource, [&] {
+        AskWrite(*session_, kSource);
+        if (Key.empty()) RaiseRunTime(kInvalidCall);
+        if (tables_->Contains(Key)) RaiseTaken(kSource);
+        auto table = std::make_shared<CVLTable>(session_);
+        table->Key(Key);
+        table->SetSpecificType(TableType);
+        if (RecordSet) table->CVLRecordSet(std::move(RecordSet));
+        for (int i = 0; i < kFieldCount; ++i) {
+            table->FieldName(i, FieldNames[i]);
+            table->FieldLabel(i, FieldNames[i]);
+        }
+        tables_->Add(Key, table);
+        table->JoinSet(this);
+        OnTableAdd.Fire(table);
+        return table;
+    });
+}
+
+std::shared_ptr<CVLTable> CVLTableSet::Update(IndexKey varKey, TableEnum TableType,
+                                              std::shared_ptr<CVLRecordSet> RecordSet,
+                                              const FieldTexts& FieldLabels) {
+    static constexpr const char* kSource = "CVLTableSet:Update Method";
+    return Trap(kSource, [&] {
+        AskWrite(*session_, "CVLTableSet:UpDate Method");
+        const auto table = tables_->Find(varKey);
+        if (!table) {
+            Raise(CVLErrorNum::GetTableUpDateError(), kSource, Message("Table Does Not Exist!"));
+        }
+        if (RecordSet) table->CVLRecordSet(std::move(RecordSet));
+        table->SetSpecificType(TableType);
+        for (int i = 0; i < kFieldCount; ++i) {
+            if (!FieldLabels[i].empty()) table->FieldLabel(i, FieldLabels[i]);
+        }
+        OnTableUpDate.Fire(table);
+        return table;
+    });
+}
+
+std::shared_ptr<CVLTable> CVLTableSet::Item(IndexKey vntIndexKey) const {
+    static constexpr const char* kSource = "CVLTableSet:Item Property Get";
+    return Trap(kSource, [&] {
+        AskRead(*session_, kSource);
+        auto table = tables_->Find(vntIndexKey);
+        if (!table) RaiseNotFound(kSource);
+        return table;
+    });
+}
+
+void CVLTableSet::AskToRemove() const {
+    if (session_->IsOwner()) return;
+    Raise(CVLErrorNum::GetUserIsNotDBOwnerError(), "CVLTableSet:Remove Method",
+          Message("User: ", session_->UserName(),
+                  " Is Not The DataBase Owner\r\n"
+                  "Thus Does Not Have The Right To Delete Tables!"));
+}
+
+void CVLTableSet::Remove(IndexKey vntIndexKey) {
+    static constexpr const char* kSource = "CVLTableSet:Remove Method";
+    Trap(kSource, [&] {
+        AskToRemove();
+        if (!tables_->Find(vntIndexKey)) RaiseNotFound(kSource);
+        const auto table = tables_->Remove(vntIndexKey);
+        if (table->set() == this) table->JoinSet(nullptr);
+        OnTableRemove.Fire(table);
+    });
+}
+
+void CVLTableSet::Rename(const CVLTable& table, std::string_view name, const char* source) {
+    if (name.empty()) RaiseRunTime(kInvalidCall);
+    const auto other = tables_->Find(name);
+    if (other && other.get() != &table) RaiseTaken(source);
+    const std::string old_name = table.Key();
+    if (tables_->Find(old_name).get() == &table) tables_->Rename(old_name, name);
+    tables_->ForEach(
+        [&](const std::shared_ptr<CVLTable>& each) { each->FollowRename(old_name, name); });
+}
+
+void CVLTableSet::JoinSession(std::shared_ptr<Session> session) {
+    session_ = std::move(session);
+    tables_->ForEach(
+        [this](const std::shared_ptr<CVLTable>& table) { table->JoinSession(session_); });
+}
+
+void CVLTableSet::WriteProperties(PropertyBagWriter& bag) const {
+    WriteCollection(bag, *tables_, "ListsCount", "List");
+}
+
+void CVLTableSet::ReadProperties(PropertyBagReader& bag) {
+    auto tables = ReadCollection<CVLTable>(
+        bag, "ListsCount", "List", [this] { return std::make_shared<CVLTable>(session_); },
+        [](const CVLTable& table) { return std::string_view(table.Key()); });
+    Detach();
+    tables_ = std::move(tables);
+    tables_->ForEach([this](const std::shared_ptr<CVLTable>& table) { table->JoinSet(this); });
+}
+
+std::shared_ptr<CVLTable> CVLTableSet::LastTable() const {
+    return Navigation(*this, kNavigation).Last();
+}
+
+std::shared_ptr<CVLTable> CVLTableSet::FirstTable() const {
+    return Navigation(*this, kNavigation).First();
+}
+
+std::shared_ptr<CVLTable> CVLTableSet::PreviousTable(std::int32_t nKey) const {
+    return Navigation(*this, kNavigation).Previous(nKey);
+}
+
+std::shared_ptr<CVLTable> CVLTableSet::NextTable(std::int32_t nKey) const {
+    return Navigation(*this, kNavigation).Next(nKey);
+}
+
+bool CVLTableSet::PreviousTableIsAvailable(std::int32_t nKey) const {
+    return Navigation(*this, kNavigation).PreviousIsAvailable(nKey);
+}
+
+bool CVLTableSet::NextTableIsAvailable(std::int32_t nKey) const {
+    return Navigation(*this, kNavigation).NextIsAvailable(nKey);
+}
+
+bool CVLTableSet::FirstTableIsAvailable() const {
+    return Navigation(*this, kNavigation).FirstIsAvailable();
+}
+
+}  // namespace tavolin

@@ -1,0 +1,92 @@
+// The tables of a database, in an order, under their names without regard to case.
+//
+//     auto tables = engine.CVLTableSet();
+//     for (const auto& table : tables->NewEnum()) std::cout << table->Key() << '\n';
+//
+// Item asks for a right to read, Add and Update for one to write, else GetUserPermissionToRdError
+// or -ToRWError; Remove asks for `Ownership`, else GetUserIsNotDBOwnerError. A call that raises
+// leaves the set as it was.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "tavolin/base/event.h"
+#include "tavolin/model/field_texts.h"
+#include "tavolin/model/index_key.h"
+#include "tavolin/model/object_collection.h"
+#include "tavolin/model/table.h"
+#include "tavolin/model/types.h"
+
+namespace tavolin {
+
+class CVLTableSet {
+  public:
+    CVLTableSet();
+    explicit CVLTableSet(std::shared_ptr<Session> session);
+    ~CVLTableSet();
+    CVLTableSet(const CVLTableSet&) = delete;
+    CVLTableSet& operator=(const CVLTableSet&) = delete;
+
+    Event<std::shared_ptr<CVLTable>> OnTableAdd;     // after the adding
+    Event<std::shared_ptr<CVLTable>> OnTableUpDate;  // after the update
+    Event<std::shared_ptr<CVLTable>> OnTableRemove;  // after the removal
+
+    // True when no table has that name or position.
+    bool CanAdd(IndexKey Key) const;
+
+    // Adds a table at the end and returns it; its labels start equal to its field names. A name
+    // that is taken raises GetTableAddError, an empty one 5.
+    std::shared_ptr<CVLTable> Add(std::string_view Key, TableEnum TableType,
+                                  std::shared_ptr<CVLRecordSet> RecordSet = nullptr,
+                                  const FieldTexts& FieldNames = {});
+
+    // Sets a table's type, isPrimaryTable when it is left out, its record set when one is given,
+    // and the labels that are not empty. None such raises GetTableUpDateError.
+    std::shared_ptr<CVLTable> Update(IndexKey varKey, TableEnum TableType = isPrimaryTable,
+                                     std::shared_ptr<CVLRecordSet> RecordSet = nullptr,
+                                     const FieldTexts& FieldLabels = {});
+
+    // The table at a position or of a name; none raises GetTableNotFoundError.
+    std::shared_ptr<CVLTable> Item(IndexKey vntIndexKey) const;
+    std::int32_t Count() const { return tables_->Count(); }
+
+    // None such raises GetTableNotFoundError. Links are left as they are.
+    void Remove(IndexKey vntIndexKey);
+
+    // Asks for no right.
+    Enumerator<CVLTable> NewEnum() const { return Enumerator<CVLTable>(tables_); }
+
+    // The table at the end, at the beginning, before or after a 1-based position; where there is
+    // none, GetLastTableError, GetFirstTableError, GetPreviousTableError or GetNextTableError. They
+    // read through Item and need its right.
+    std::shared_ptr<CVLTable> LastTable() const;
+    std::shared_ptr<CVLTable> FirstTable() const;
+    std::shared_ptr<CVLTable> PreviousTable(std::int32_t nKey) const;
+    std::shared_ptr<CVLTable> NextTable(std::int32_t nKey) const;
+    bool PreviousTableIsAvailable(std::int32_t nKey) const;
+    bool NextTableIsAvailable(std::int32_t nKey) const;
+    bool FirstTableIsAvailable() const;
+
+    // Library-internal.
+
+    // The table or nothing, without asking for a right.
+    std::shared_ptr<CVLTable> Lookup(IndexKey which) const { return tables_->Find(which); }
+    void Rename(const CVLTable& table, std::string_view name, const char* source);
+    // Raises what Remove raises without `Ownership`.
+    void AskToRemove() const;
+    void JoinSession(std::shared_ptr<Session> session);
+    void WriteProperties(PropertyBagWriter& bag) const;
+    void ReadProperties(PropertyBagReader& bag);
+
+  private:
+    using Tables = ObjectCollection<CVLTable>;
+
+    void Detach();
+
+    std::shared_ptr<Session> session_;
+    std::shared_ptr<Tables> tables_ = std::make_shared<Tables>();
+};
+
+}  // namespace tavolin

@@ -1,0 +1,214 @@
+#include "tavolin/model/order_list.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace tavolin {
+namespace {
+
+// A list with the leaves of its elements, beside the plain vector that it has to equal.
+struct Pair {
+    OrderList list;
+    std::vector<std::uint32_t> model;
+    std::vector<std::uint32_t> leaves;
+    std::uint64_t told = 0;
+
+    auto Setter() {
+        return [this](std::uint32_t handle, std::uint32_t leaf) {
+            if (handle >= leaves.size()) leaves.resize(handle + 1);
+            leaves[handle] = leaf;
+            ++told;
+        };
+    }
+    void Insert(std::size_t index, std::uint32_t handle) {
+        list.InsertAt(static_cast<std::uint32_t>(index + 1), handle, Setter());
+        model.insert(model.begin() + static_cast<std::ptrdiff_t>(index), handle);
+    }
+    void Remove(std::size_t index, bool by_handle) {
+        const std::uint32_t handle = model[index];
+        if (by_handle) {
+            EXPECT_TRUE(list.Remove(handle, leaves[handle], Setter()));
+        } else {
+            EXPECT_EQ(list.RemoveAt(static_cast<std::uint32_t>(index + 1), Setter()), handle);
+        }
+        model.erase(model.begin() + static_cast<std::ptrdiff_t>(index));
+        EXPECT_EQ(list.PositionOf(handle, leaves[handle]), 0u);
+    }
+    void Check() const {
+        ASSERT_EQ(list.size(), model.size());
+        std::vector<std::uint32_t> walked;
+        list.ForEach([&](std::uint32_t handle) { walked.push_back(handle); });
+        ASSERT_EQ(walked, model);
+        for (std::uint32_t i = 0; i < model.size(); ++i) {
+            ASSERT_EQ(list.At(i + 1), model[i]) << i;
+            ASSERT_EQ(list.PositionOf(model[i], leaves[model[i]]), i + 1) << i;
+        }
+        EXPECT_EQ(list.At(0), kNoHandle);
+        EXPECT_EQ(list.At(list.size() + 1), kNoHandle);
+    }
+};
+
+// Where the next insertion or removal falls: at random, at the front, at the end, or in one spot.
+std::size_t Aim(int habit, std::size_t places, std::mt19937& random) {
+    switch (habit) {
+        case 0:
+            return 0;
+        case 1:
+            return places - 1;
+        case 2:
+            return places / 2;
+        default:
+            return random() % places;
+    }
+}
+
+TEST(OrderList, EqualsAVectorUnderRandomEdits) {
+    const unsigned seed = std::random_device()();
+    SCOPED_TRACE(::testing::Message() << "seed " << seed);
+    std::mt19937 random(seed);
+    Pair pair;
+    std::uint32_t next = 0;
+    for (int phase = 0; phase < 60; ++phase) {
+        const int habit = static_cast<int>(random() % 4);
+        const unsigned inserts = random() % 100;
+        for (unsigned steps = random() % 2500; steps > 0; --steps) {
+            if (pair.model.empty() || random() % 100 < inserts) {
+                pair.Insert(Aim(habit, pair.model.size() + 1, random), next++);
+            } else {
+                pair.Remove(Aim(habit, pair.model.size(), random), random() % 2 == 0);
+            }
+        }
+        ASSERT_NO_FATAL_FAILURE(pair.Check()) << "phase " << phase;
+        if (phase % 20 == 19) {
+            std::shuffle(pair.model.begin(), pair.model.end(), random);
+            pair.list.Assign(pair.model, pair.Setter());
+            ASSERT_NO_FATAL_FAILURE(pair.Check());
+        }
+    }
+    while (!pair.model.empty()) pair.Remove(random() % pair.model.size(), true);
+    pair.Insert(0, next);
+    pair.Check();
+}
+
+// A wrong leaf must neither find an element nor harm the list.
+TEST(OrderList, RefusesAWrongLeaf) {
+    Pair pair;
+    for (std::uint32_t i = 0; i < 3000; ++i) pair.Insert(i, i);
+    for (int round = 0; round < 2; ++round) {
+        for (std::uint32_t leaf : {1u, 2u, 3u, 77u, 0xFFFFFFFFu}) {
+            EXPECT_EQ(pair.list.PositionOf(5, leaf), 0u) << leaf;
+            EXPECT_FALSE(pair.list.Remove(5, leaf, pair.Setter())) << leaf;
+        }
+        pair.Insert(1500, 3000);  // gives up the direct layout for the second round
+    }
+}
+
+// Moving elements between chunks is what could grow quadratically: a chunk split or joined for
+// every change would tell hundreds of leaves each time.
+TEST(OrderList, MovesFewElementsBetweenChunks) {
+    constexpr std::uint32_t kCount = 100'000;
+    for (int habit = 0; habit < 4; ++habit) {
+        std::mt19937 random(1);
+        OrderList list;
+        std::uint64_t told = 0;
+        const auto count = [&](std::uint32_t, std::uint32_t) { ++told; };
+        for (std::uint32_t i = 0; i < kCount; ++i) {
+            list.InsertAt(static_cast<std::uint32_t>(Aim(habit, i + 1, random) + 1), i, count);
+        }
+        for (std::uint32_t i = kCount; i > 0; --i) {
+            list.RemoveAt(static_cast<std::uint32_t>(Aim(habit, i, random) + 1), count);
+        }
+        EXPECT_LE(told, 4 * kCount) << "habit " << habit;
+        EXPECT_TRUE(list.empty());
+    }
+}
+
+// Whoever inserts at an end must not leave half-empty chunks behind, nor whoever removes most.
+TEST(OrderList, StaysSmall) {
+    constexpr std::uint32_t kCount = 100'000;
+    const auto ignore = [](std::uint32_t, std::uint32_t) {};
+    for (int habit = 0; habit < 4; ++habit) {
+        std::mt19937 random(1);
+        OrderList list;
+        list.Append(0, ignore);
+        EXPECT_LE(list.memory(), 64u);
+        for (std::uint32_t i = 1; i < kCount; ++i) {
+            list.InsertAt(static_cast<std::uint32_t>(Aim(habit, i + 1, random) + 1), i, ignore);
+        }
+        EXPECT_LE(list.memory(), kCount * (habit < 2 ? 5u : 9u)) << "habit " << habit;
+        while (list.size() > kCount / 100)
+            list.RemoveAt(static_cast<std::uint32_t>(random() % list.size() + 1), ignore);
+        EXPECT_LE(list.memory(), 100'000u) << "habit " << habit;
+        list.Clear();
+        EXPECT_EQ(list.memory(), 0u);
+    }
+}
+
+// The model holds a marker where the cursor stands; what comes next behind it is what Next gives.
+TEST(OrderCursor, WalksThroughChanges) {
+    constexpr std::uint32_t kMarker = 0xFFFFFFFEu;
+    const unsigned seed = std::random_device()();
+    SCOPED_TRACE(::testing::Message() << "seed " << seed);
+    std::mt19937 random(seed);
+    for (std::uint32_t size : {1u, 5u, 1024u, 4000u}) {
+        Pair pair;
+        std::uint32_t next = 0;
+        while (next < size) pair.Insert(random() % (pair.model.size() + 1), next++);
+        OrderCursor cursor(pair.list);
+        std::vector<std::uint32_t> marked = pair.model;
+        marked.insert(marked.begin(), kMarker);
+        for (int step = 0; step < 6000; ++step) {
+            auto marker = std::find(marked.begin(), marked.end(), kMarker);
+            if (random() % 2 == 0) {
+                const bool at_end = marker + 1 == marked.end();
+                ASSERT_EQ(cursor.Next(), at_end ? kNoHandle : marker[1]) << step;
+                if (!at_end) std::swap(marker[0], marker[1]);
+                continue;
+            }
+            // Often near the cursor, where mistakes would show.
+            const auto place = static_cast<std::size_t>(marker - marked.begin());
+            const std::size_t near = random() % 3 > 0 ? std::max<std::size_t>(place, 1) - 1
+                                                      : random() % (pair.model.size() + 1);
+            if (random() % 3 == 0 || near >= pair.model.size()) {
+                pair.Insert(near, next);
+                const std::size_t behind = near >= place ? 1 : 0;
+                marked.insert(marked.begin() + static_cast<std::ptrdiff_t>(near + behind), next++);
+            } else {
+                std::erase(marked, pair.model[near]);
+                pair.Remove(near, true);
+            }
+        }
+    }
+}
+
+TEST(OrderCursor, OutlivesClearingAndTheList) {
+    auto pair = std::make_unique<Pair>();
+    for (std::uint32_t i = 0; i < 10; ++i) pair->Insert(i, i);
+    OrderCursor first(pair->list);
+    first.Next();
+    OrderCursor copy = first;
+    EXPECT_EQ(copy.Next(), 1u);
+    EXPECT_EQ(first.Next(), 1u);
+    {
+        OrderCursor brief(pair->list);
+        first = brief;
+        EXPECT_EQ(first.Next(), 0u);
+    }
+    pair->list.Clear();
+    EXPECT_EQ(first.Next(), kNoHandle);
+    pair->list.Append(7, pair->Setter());
+    EXPECT_EQ(first.Next(), 7u);
+    EXPECT_EQ(first.Next(), kNoHandle);
+    first.Reset();
+    EXPECT_EQ(first.Next(), 7u);
+    pair.reset();
+    EXPECT_EQ(copy.Next(), kNoHandle);
+    copy.Reset();
+    EXPECT_EQ(copy.Next(), kNoHandle);
+}
+
+}  // namespace
+}  // namespace tavolin
