@@ -1,0 +1,374 @@
+// The engine: one open database, who is logged on to it, and everything that he does with it.
+//
+//     tavolin::CVLDBEngine engine;
+//     engine.LogOn("ann", "secret");
+//     engine.CreateNewDB("shop", "C:\\Data");
+//     engine.CreateNewPrimaryTable("Customers", {"ID", "Name", "City"});
+//     engine.AddRecord("Customers", 1, {"7", "Ann", "Paris"});
+//     engine.SaveDB();
+//
+// A database lives in memory and reaches the disk by SaveDB alone. Everything runs on the caller's
+// thread; an engine and the objects that it hands out belong to one thread at a time.
+//
+// Log-on says who acts and checks nothing. DBLegalUser checks, and sets the permission state, which
+// the sets of the database consult until it is set again: `Undefined` after the engine's creation,
+// after LogOn and LogOnAsUser, after setting LogedOnUser and on an engine from GetDB, `Ownership`
+// after CreateNewDB. Rights guide honest programs; they do not encrypt a file, and a program that
+// wants to get around them can.
+//
+// Failures are Error, with the numbers of CVLErrorNum or of the platform's run-time errors. Unless
+// a member says otherwise nothing has changed after one. Members that need somebody logged on raise
+// GetUserLogedOnNotFoundError otherwise, and members that need an open database GetDBNotSetError
+// "DataBase Is Not Set!".
+//
+// A table argument is a position, a name or a table; a field argument a number or a name, and a
+// name that the table does not have is field 0. Of several `FieldTexts` those left out are empty.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tavolin/base/date.h"
+#include "tavolin/base/event.h"
+#include "tavolin/errors/error.h"
+#include "tavolin/errors/error_num.h"
+#include "tavolin/model/attachment_set.h"
+#include "tavolin/model/field_argument.h"
+#include "tavolin/model/field_texts.h"
+#include "tavolin/model/index_key.h"
+#include "tavolin/model/owner_db_set.h"
+#include "tavolin/model/owner_set.h"
+#include "tavolin/model/record.h"
+#include "tavolin/model/record_set.h"
+#include "tavolin/model/table.h"
+#include "tavolin/model/table_argument.h"
+#include "tavolin/model/table_set.h"
+#include "tavolin/model/types.h"
+#include "tavolin/model/updater.h"
+#include "tavolin/model/user.h"
+#include "tavolin/model/user_argument.h"
+#include "tavolin/model/user_note.h"
+#include "tavolin/model/user_set.h"
+
+namespace tavolin {
+
+struct Authority;
+struct Database;
+class Session;
+
+class CVLDBEngine {
+  public:
+    // The newest living engine of a thread is the current one, which objects that the host makes
+    // itself belong to.
+    CVLDBEngine();
+    ~CVLDBEngine();
+    CVLDBEngine(const CVLDBEngine&) = delete;
+    CVLDBEngine& operator=(const CVLDBEngine&) = delete;
+
+    // Fired after the change that each reports, and before its line in LogReport.
+    Event<std::string, Date, std::string> OnDBCreation;  // path, moment, creator
+    Event<std::string, Date, std::string> OnDBDeletion;  // path, day, deletor
+    Event<std::string> OnOwnerChange;                    // the new owner's name
+    Event<std::shared_ptr<CVLDBUser>> OnUserLogOn;
+    Event<std::string> OnTableCreation;
+    Event<std::string> OnLinkedTableCreation;
+    Event<std::string> OnTableDeletion;
+    Event<std::string> OnLinkedTableDeletion;
+    Event<std::shared_ptr<CVLRecord>> OnRecordAdd;
+    Event<std::shared_ptr<CVLRecord>> OnRecordUpDate;
+    Event<std::shared_ptr<CVLRecord>> OnRecordRemove;
+
+    // --- Users and rights
+
+    // Who acts, or nothing. Setting it makes the permission state `Undefined`.
+    std::shared_ptr<CVLDBUser> LogedOnUser() const;
+    void LogedOnUser(std::shared_ptr<CVLDBUser> user);
+
+    // Records who acts, and reads the owner registry; the password is not verified here. A registry
+    // that cannot be read counts as empty, and the file is kept aside when a new one is written.
+    bool LogOn(std::string_view UserName, std::string_view UserPassword);
+    // LogOn with that user's name and password.
+    bool LogOnAsUser(const std::shared_ptr<CVLDBUser>& user);
+
+    // Whether the user equals the stored user who owns the open database; rights do not matter.
+    bool LogedOnIsOwner(const std::shared_ptr<CVLDBUser>& user);
+
+    // Whether `pwd` is the database password, ignoring case.
+    bool PasswordCorrect(std::string_view pwd);
+
+    // Sets the database password. The owner needs no old one; anyone else must give it, ignoring
+    // case, else GetDBPasswordChangeError.
+    bool ChangePassword(std::string_view oldPWD, std::string_view newPWD);
+
+    bool UserExists(std::string_view UserName);
+
+    // Adds a user to the database. Asks for `Ownership` (GetUserIsNotDBOwnerError); a name that is
+    // taken raises GetNewUserCreationError.
+    std::shared_ptr<CVLDBUser> CreateNewUser(std::string_view UserName,
+                                             std::string_view UserPassword, bool CanRead,
+                                             bool CanReadWrite, bool CanDelete,
+                                             std::string_view FullName = {},
+                                             std::string_view Description = {},
+                                             bool Disabled = false);
+
+    // The stored user of that name, whose password must be the one given (a user object brings its
+    // own). GetUserNotFoundError, GetUserPasswordError.
+    std::shared_ptr<CVLDBUser> GetUser(const UserArgument& user,
+                                       std::string_view UserPassword = {});
+
+    // Sets the permission state for a user from the open database, and refuses him if he lacks
+    // `NeededPermission`. The owner gets `Ownership`; a stored user the highest of his rights; one
+    // who is not stored, but whose password is the database password, `ToRead`. Refusals:
+    // GetUserDisabledError and GetDBPasswordError leave the state `Undefined`,
+    // GetUserPermissionTo... and GetUserIsNotDBOwnerError leave it at what the user may do.
+    // `Undefined` asks for nothing.
+    bool DBLegalUser(const std::shared_ptr<CVLDBUser>& LogedUser, PermitStateEnum NeededPermission);
+
+    // --- The open database
+
+    // The file's name and its folder. They are where SaveDB writes to; setting them moves nothing.
+    std::string DBName() const;
+    void DBName(std::string_view name);
+    std::string DBPath() const;
+    void DBPath(std::string_view path);
+    std::string DBOwner() const;
+    Date DBCreationDate() const;
+
+    // Nothing when no database is open. Setting them replaces all tables, or all users, of the open
+    // database; nothing raises 91.
+    std::shared_ptr<tavolin::CVLTableSet> CVLTableSet() const;
+    void CVLTableSet(std::shared_ptr<tavolin::CVLTableSet> tables);
+    std::shared_ptr<tavolin::CVLDBUserSet> CVLDBUserSet() const;
+    void CVLDBUserSet(std::shared_ptr<tavolin::CVLDBUserSet> users);
+
+    // The owner registry as it was read at log-on; empty before.
+    std::shared_ptr<tavolin::CVLDBOwnerSet> CVLDBOwnerSet() const { return owners_; }
+
+    // Makes a new, empty database of the logged-on user's, in memory, and opens it in the place of
+    // the open one. A name without "." gets ".cdb". An empty password is the user's own. A file of
+    // that name raises GetNewDBCreationError; so does nobody being logged on. Any other failure is
+    // GetDBAddError with the failure's description.
+    std::shared_ptr<tavolin::CVLTableSet> CreateNewDB(std::string_view DBShortName,
+                                                      std::string_view DBDir,
+                                                      std::string_view DBPwd = {},
+                                                      std::string_view CreatorFullName = {});
+
+    // Opens a database file in the place of the open database. The new one is read whole first: a
+    // failure leaves the open one, its log and its transaction as they were. A missing file raises
+    // GetDBNotFoundError; one that cannot be read, or is damaged, GetDBNotSetError, with what was
+    // wrong in Error::detail(). The permission state stays `Undefined` if it was; else it becomes
+    // what the same user may do here. `DBPwd` and `observer` are accepted and have no effect:
+    // DBLegalUser is the gate.
+    std::shared_ptr<tavolin::CVLTableSet> LoadDB(std::string_view DBPathName,
+                                                 std::string_view DBPwd = {},
+                                                 std::uint8_t FileNumber = 0,
+                                                 std::shared_ptr<IUpdater> observer = nullptr);
+
+    // Writes the database to its file, or to another folder or name, which then become its own;
+    // then the owner registry and the pending log. The file is replaced in one step. Asks for a
+    // right to write (GetUserPermissionToRWError). Another existing file is never written over
+    // (GetDBOverwriteError). A password is set when the state is `Ownership`, and ignored
+    // otherwise. `compact` drops what a longer earlier state left behind in the file. 2^31 bytes or
+    // more raise 6 before any file is touched. When the registry alone fails, the database has been
+    // saved.
+    bool SaveDB(std::string_view DBDir = {}, std::string_view newDBName = {},
+                std::string_view DBPwd = {}, bool compact = false, std::uint8_t FileNumber = 0);
+
+    // Deletes a database's file, its log and its entry in the registry. Only its owner may
+    // (GetUserIsNotDBOwnerError). If it is the open one's file, that stays in memory as never
+    // saved.
+    bool DeleteDB(std::string_view DBPathName);
+
+    // Another engine with that database, on which the current user is logged on. Any failure is
+    // GetDBNotSetError.
+    std::shared_ptr<CVLDBEngine> GetDB(std::string_view DBPathName, std::string_view DBPwd = {},
+                                       std::uint8_t FileNumber = 0);
+
+    // Hands a database to another user, who is added to its users if he is not there and gets every
+    // right. An existing user keeps his password when the one given is empty, and the texts that
+    // are left out. The open database is changed in memory; another one, named by its path, on disk
+    // at once. Only the owner may: GetDBOwnerChangeError. Nobody logged on raises
+    // GetNewDBCreationError.
+    bool ChangeOwner(std::string_view newOwnerName = "Public", std::string_view newOwnerPwd = {},
+                     std::string_view newOwnerFullName = "Public Owner",
+                     std::string_view newOwnerDescription = "Public Owns This DataBase",
+                     std::string_view DBPathName = "Current");
+
+    // --- Tables
+
+    // Key fields are 0 to 9, 99 for none; all left out is field 0. A name that is taken raises
+    // GetNewTableCreationError, an empty one 5. Asks for a right to write.
+    std::shared_ptr<CVLTable> CreateNewPrimaryTable(std::string_view TableName,
+                                                    const FieldTexts& FieldLabels,
+                                                    int FieldNumAsPrimKey = kNoField,
+                                                    int withFieldNumAsPrimKey = kNoField,
+                                                    int andFieldNumAsPrimKey = kNoField,
+                                                    int plusFieldNumAsPrimKey = kNoField);
+
+    // Makes a table named by the field's name and the table argument's text ("IDCustomers"), keyed
+    // on field 0, and links the field to it. If the link fails, the table stays.
+    std::shared_ptr<CVLTable> CreateNewLinkedTable(const TableArgument& linkToTable,
+                                                   const FieldArgument& referencesFldNumOrName,
+                                                   const FieldTexts& FieldLabels);
+
+    // CVLTable::Link and CVLTable::Unlink. A missing table raises GetTableNotFoundError.
+    bool LinkTables(const TableArgument& Table1, const FieldArgument& referenceFldNumOrName,
+                    const TableArgument& Table2);
+    bool UnlinkTables(const TableArgument& Table1, const TableArgument& Table2);
+
+    // The table that a field links to; none raises GetTableNotFoundError.
+    std::shared_ptr<CVLTable> GetLinkedTable(const TableArgument& ParentTableNumOrName,
+                                             const FieldArgument& forFldNumOrName);
+    std::shared_ptr<CVLTable> GetTable(const TableArgument& TableNumOrName);
+
+    // Deletes a table and, with `CascadeDelete`, every table that only its links refer to; tables
+    // that link to it are unlinked. Asks for `Ownership` before anything is changed.
+    bool DeleteTable(const TableArgument& varTable, bool CascadeDelete = true);
+
+    // --- Records. A missing table raises GetRecordNotFoundError.
+
+    std::shared_ptr<CVLRecordSet> GetRecordSet(const TableArgument& forTable);
+
+    // A bad position raises GetRecordNotFoundError, an unknown key GetDBNotSetError.
+    std::shared_ptr<CVLRecord> GetRecord(const TableArgument& fromTable,
+                                         const IndexKey& RecordNumOrKey);
+
+    // CVLTable::Add.
+    std::shared_ptr<CVLRecord> AddRecord(
+        const TableArgument& toTable, std::int32_t nKey, const FieldTexts& props,
+        std::shared_ptr<CVLAttachmentSet> AttachmentsTable = nullptr, const Placement& place = {});
+
+    // CVLTable::Update. `nKey` and `place` are accepted and have no effect.
+    std::shared_ptr<CVLRecord> UpDateRecord(
+        const TableArgument& inTable, const std::shared_ptr<CVLRecord>& record, std::int32_t nKey,
+        const FieldTexts& props, std::shared_ptr<CVLAttachmentSet> AttachmentsTable = nullptr,
+        const Placement& place = {});
+
+    // Deletes a record and, with `CascadeDelete`, first whatever it refers to and no other record
+    // refers to, at every depth. What refers to it stays. Asks for a right to delete.
+    void DeleteRecord(const TableArgument& fromTable, const IndexKey& RecordNumOrKey,
+                      bool CascadeDelete = true);
+
+    // The first table with a match, as CVLTable::Find gives it, under that table's Key; none raises
+    // GetValueNotFoundError.
+    std::shared_ptr<CVLTable> Find(std::string_view Value, bool ValueIsAKey = false,
+                                   const std::shared_ptr<CVLTable>& inTable = nullptr,
+                                   int inFldNumber = kNoField);
+
+    // --- The transaction: one at a time, of the whole database
+
+    bool TransactionStarted() const { return transaction_; }
+    // GetTransAlreadyStartedError when one is open.
+    bool TransactionBegin();
+    // Saves. The transaction has ended even if saving fails. GetNoTransStartedError.
+    bool TransactionCommit();
+    // Puts everything back as it was at the beginning: users, tables, records, log switches.
+    // Objects from before are not the engine's any more. GetNoTransStartedError.
+    bool TansactionAbort();
+
+    // --- The log
+
+    // Sets all fourteen switches, those left out to off. Asks for `Ownership`.
+    void LogDBActivities(bool DBLogOn = false, bool Transactions = false, bool OwnerChange = false,
+                         bool UserCreation = false, bool TableCreation = false,
+                         bool LinkedTableCreation = false, bool TableDeletion = false,
+                         bool LinkedTableDeletion = false, bool LinkingTables = false,
+                         bool UnlinkingTables = false, bool RecordAdd = false,
+                         bool RecordUpDate = false, bool RecordDelete = false, bool Errors = false);
+    LogType LoggedActivities() const;
+    // A line, ended by "\r\n", for everything done with this engine, whatever the switches say.
+    const std::string& LogReport() const { return log_report_; }
+
+  private:
+    friend struct EngineInternals;
+
+    enum class OnFailure { kLog, kLogNothing };
+
+    struct PendingLine {
+        std::string text;
+        bool is_log_on;
+    };
+
+    struct ForAnotherEngine {};
+    explicit CVLDBEngine(ForAnotherEngine);
+
+    // The trap of the engine's members.
+    template <class Body>
+    decltype(auto) Report(const char* context, Body&& body, OnFailure on_failure = OnFailure::kLog);
+    [[noreturn]] void ReportError(Error error, const char* context, OnFailure on_failure);
+
+    void AskLogOn(const char* source) const;
+    void AskOpen(const char* source) const;
+    void AskToCreate(const char* source) const;
+
+    // users
+    bool IsOwner(const CVLDBUser& user) const;
+    bool IsDatabasePassword(std::string_view pwd) const;
+    PermitStateEnum RightsOf(const CVLDBUser& user) const;
+    void LogOnUser(std::string_view name, std::string_view password);
+    void CheckPermission(PermitStateEnum needed, const CVLDBUser& user, bool can_read,
+                         bool can_write, bool can_delete, const char* source) const;
+    std::shared_ptr<CVLDBUser> CheckedUser(std::string_view name, std::string_view password,
+                                           const char* source) const;
+
+    // lifecycle
+    class Naming;
+    std::unique_ptr<Database> NewDatabase() const;
+    void Install(std::unique_ptr<Database> database);
+    void Open(std::unique_ptr<Database> database, std::string file);
+    void Recheck();
+    std::unique_ptr<Database> ReadState(std::span<const std::uint8_t> state) const;
+    std::vector<std::uint8_t> ObjectState() const;
+    std::string FilePath() const;
+    bool IsOpenFile(std::string_view path) const;
+    void AskToWriteTo(const std::string& path, const char* source) const;
+    void DeleteFiles(const std::string& path, const CVLDBEngine& opened);
+    void MakeOwner(const std::string& name, std::string_view password, std::string_view full_name,
+                   std::string_view description);
+
+    // registry
+    void ReadRegistry();
+    void WriteRegistry();
+    void Register(const Database& database);
+    void AddEntry(std::string_view owner, std::string_view dir, std::string_view name);
+    bool RemoveEntry(std::string_view owner, const std::string& path);
+
+    // tables and records
+    std::shared_ptr<CVLTable> Resolve(const TableArgument& table) const;
+    template <class Body>
+    decltype(auto) WithRecordsOf(const TableArgument& table, const char* source, Body&& body);
+    class RecordDeletion;
+
+    // log
+    std::string LogLine(const Message& message) const;
+    void Log(const Message& message, bool switched_on);
+    void LogPending(const Message& message, bool is_log_on = false);
+    void LogTransaction(const char* text);
+    void LogFailure(const Error& error) const;
+    bool WriteLog(std::string_view text) const;
+    void FlushPending();
+    std::string LogPath() const;
+
+    // files
+    void PrintToTextFile(std::string_view text, std::string_view path, std::uint8_t number = 0);
+    void PrintToBinaryFile(std::span<const std::uint8_t> data, std::string_view path,
+                           std::uint8_t number = 0, bool cut_tail = false);
+    std::vector<std::uint8_t> GetBinaryFile(std::string_view path, std::uint8_t number = 0);
+
+    std::shared_ptr<Authority> authority_;
+    std::shared_ptr<Session> session_;  // that of the objects which the host makes
+    std::unique_ptr<Database> database_;
+    std::string file_;  // the open database's file; empty when it has none
+    std::shared_ptr<tavolin::CVLDBOwnerSet> owners_;
+    bool registry_unreadable_ = false;
+    bool transaction_ = false;
+    std::vector<std::uint8_t> snapshot_;
+    std::string log_report_;
+    std::vector<PendingLine> pending_;
+};
+
+}  // namespace tavolin

@@ -1,0 +1,26 @@
+// Whole-file input and output.
+#include "tavolin/engine/report.h"
+#include "tavolin/persist/database_file.h"
+#include "tavolin/persist/text_file.h"
+
+namespace tavolin {
+
+// The file number is a handle of the platform's; whatever it is, a file is opened and closed here.
+
+void CVLDBEngine::PrintToTextFile(std::string_view text, std::string_view path, std::uint8_t) {
+    Report("CVLDBEngine:PrintToTextFile Method", [&] {
+        WriteTextFile(path, std::string("\"").append(text).append("\"").append(kLineBreak));
+    });
+}
+
+void CVLDBEngine::PrintToBinaryFile(std::span<const std::uint8_t> data, std::string_view path,
+                                    std::uint8_t, bool cut_tail) {
+    Report("CVLDBEngine:PrintToBinaryFile Method",
+           [&] { WriteDatabaseFile(path, data, cut_tail); });
+}
+
+std::vector<std::uint8_t> CVLDBEngine::GetBinaryFile(std::string_view path, std::uint8_t) {
+    return Report("CVLDBEngine:GetBinaryFile Method", [&] { return ReadDatabaseFile(path); });
+}
+
+}  // namespace tavolin

@@ -1,0 +1,353 @@
+// Creating, loading, saving and deleting databases, and handing them to another owner.
+#include <optional>
+
+#include "tavolin/base/clock.h"
+#include "tavolin/base/text.h"
+#include "tavolin/engine/report.h"
+#include "tavolin/persist/file_system.h"
+#include "tavolin/persist/paths.h"
+#include "tavolin/persist/property_bag.h"
+
+namespace tavolin {
+namespace {
+
+constexpr std::string_view kDefaultFullName = "Public Owner";
+constexpr std::string_view kDefaultDescription = "Public Owns This DataBase";
+
+// Runs body(); what it raises, the member's own refusals excepted, is given to replace(error),
+// which raises what the member makes of it.
+template <class Body, class Replace>
+decltype(auto) WhenFails(Body&& body, Replace&& replace) {
+    try {
+        return body();
+    } catch (...) {
+        const Error error = CurrentError();
+        if (!error.fresh()) replace(error);
+        throw;
+    }
+}
+
+std::string WithExtension(std::string_view name) {
+    std::string full(name);
+    if (full.find('.') == std::string::npos) full.append(".").append(DefaultExtension());
+    return full;
+}
+
+// The folder is kept without a "/" at its end, so that one file has one path whichever way it was
+// given.
+PathParts FolderAndName(std::string_view path) {
+    PathParts parts = SplitPath(path);
+    if (parts.dir.size() > 1 && parts.dir.back() == '/') parts.dir.pop_back();
+    return parts;
+}
+
+[[noreturn]] void RaiseUnreadable(const char* source, const Error& cause) {
+    Error error(CVLErrorNum::GetDBNotSetError(), source,
+                Message("DataBase Cannot Be Read!\r\nCause: DataBase Might Be Empty!"));
+    error.AddDetail(cause.detail().empty() ? cause.description() : cause.detail());
+    throw error;
+}
+
+Date Today() {
+    constexpr std::int64_t kDay = 24 * 60 * 60;
+    const std::int64_t now = Now().seconds;
+    return {now - (now % kDay + kDay) % kDay};
+}
+
+}  // namespace
+
+void CVLDBEngine::AskToCreate(const char* source) const {
+    if (authority_->user) return;
+    Raise(CVLErrorNum::GetNewDBCreationError(), source,
+          Message("User Should Log On To Create A New DataBase!"));
+}
+
+std::unique_ptr<Database> CVLDBEngine::NewDatabase() const {
+    auto database = std::make_unique<Database>();
+    database->session = std::make_shared<Session>(authority_);
+    return database;
+}
+
+// Puts a database in the place of the open one, whose objects lose every right.
+void CVLDBEngine::Install(std::unique_ptr<Database> database) {
+    database_->session->Retire();
+    database_ = std::move(database);
+    authority_->tables = database_->tables;
+}
+
+// The same for a database other than the open one, whose transaction and pending lines end.
+void CVLDBEngine::Open(std::unique_ptr<Database> database, std::string file) {
+    Install(std::move(database));
+    file_ = std::move(file);
+    transaction_ = false;
+    snapshot_ = {};
+    std::erase_if(pending_, [](const PendingLine& line) { return !line.is_log_on; });
+}
+
+// Never lets a right reach data that it was not given for.
+void CVLDBEngine::Recheck() {
+    if (authority_->permission == Undefined) return;
+    authority_->permission = authority_->user ? RightsOf(*authority_->user) : Undefined;
+}
+
+std::string CVLDBEngine::FilePath() const { return JoinPath(database_->path, database_->name); }
+
+bool CVLDBEngine::IsOpenFile(std::string_view path) const {
+    if (!database_->tables || file_.empty()) return false;
+    return path == file_ || FileSystem::Current().IsSameFile(path, file_);
+}
+
+std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortName,
+                                                      std::string_view DBDir,
+                                                      std::string_view DBPwd,
+                                                      std::string_view CreatorFullName) {
+    static constexpr const char* kSource = "CVLDBEngine:CreateNewDB Method";
+    const auto create = [&] {
+        if (DBShortName.empty()) RaiseRunTime(kBadFileName);
+        auto database = NewDatabase();
+        database->name = WithExtension(DBShortName);
+        database->path = DBDir;
+        std::string file = JoinPath(DBDir, database->name);
+        if (FileExists(file)) {
+            Raise(CVLErrorNum::GetNewDBCreationError(), kSource,
+                  Message("DataBase Cannot Be Created! \r\nCause: This DataBase Exists!"));
+        }
+        const auto user = authority_->user;
+        database->session->owner = user->UserName();
+        database->password = DBPwd.empty() ? std::string_view(user->UserPassword()) : DBPwd;
+        database->created = Now();
+        database->tables = std::make_shared<tavolin::CVLTableSet>(database->session);
+        database->users = std::make_shared<tavolin::CVLDBUserSet>(database->session);
+        database->users->AddForOwners(user);
+        Register(*database);
+        user->can_read_ = user->can_read_write_ = user->can_delete_ = true;
+        if (!CreatorFullName.empty()) user->full_name_ = CreatorFullName;
+        Open(std::move(database), file);
+        authority_->permission = Ownership;
+        OnDBCreation.Fire(file, database_->created, user->UserName());
+        Log(Message("New Database Created: ", file), false);
+        Log(Message(user->UserName(), " Is The Owner Of ", database_->name), false);
+        return database_->tables;
+    };
+    return Report(kSource, [&] {
+        AskToCreate(kSource);
+        return WhenFails(create, [](const Error& error) {
+            Error failure(CVLErrorNum::GetDBAddError(), kSource,
+                          Message(std::string_view(error.description())));
+            failure.AddDetail(error.detail());
+            throw failure;
+        });
+    });
+}
+
+std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, std::string_view,
+                                                 std::uint8_t FileNumber,
+                                                 std::shared_ptr<IUpdater>) {
+    static constexpr const char* kSource = "CVLDBEngine:loadDB Method";
+    return Report(kSource, [&] {
+        if (!authority_->user) {
+            Raise(CVLErrorNum::GetUserLogedOnNotFoundError(), "CVLDBEngine:LoadDB Method",
+                  Message("User Should Log On To Be Able To Open A DataBase!"));
+        }
+        if (!FileExists(DBPathName)) {
+            Raise(CVLErrorNum::GetDBNotFoundError(), kSource,
+                  Message("DataBase Cannot Be Read!\r\nCause: DataBase Does Not Exist!"));
+        }
+        auto database = WhenFails([&] { return ReadState(GetBinaryFile(DBPathName, FileNumber)); },
+                                  [](const Error& error) { RaiseUnreadable(kSource, error); });
+        // A file that was moved is where it was found.
+        const PathParts parts = FolderAndName(DBPathName);
+        database->path = parts.dir;
+        database->name = parts.name;
+        Register(*database);
+        Open(std::move(database), std::string(DBPathName));
+        Recheck();
+        Log(Message("Log On: ", authority_->user->UserName(), " To ", DBPathName),
+            database_->switches.logDBLogOn);
+        return database_->tables;
+    });
+}
+
+// Puts the name, the folder and the password back unless they are to be kept.
+class CVLDBEngine::Naming {
+  public:
+    explicit Naming(Database& database)
+        : database_(database),
+          name_(database.name),
+          path_(database.path),
+          password_(database.password) {}
+    ~Naming() {
+        if (kept_) return;
+        database_.name.swap(name_);
+        database_.path.swap(path_);
+        database_.password.swap(password_);
+    }
+    void Keep() { kept_ = true; }
+
+  private:
+    Database& database_;
+    std::string name_;
+    std::string path_;
+    std::string password_;
+    bool kept_ = false;
+};
+
+bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std::string_view DBPwd,
+                         bool compact, std::uint8_t FileNumber) {
+    static constexpr const char* kSource = "CVLDBEngine:SaveDB Method";
+    return Report(kSource, [&] {
+        AskLogOn(kSource);
+        AskOpen(kSource);
+        Naming naming(*database_);
+        if (!DBDir.empty() &&
+            !EqualFold(WithTrailingSeparator(DBDir), WithTrailingSeparator(database_->path))) {
+            database_->path = WithTrailingSeparator(DBDir);
+        }
+        if (!newDBName.empty() && !EqualFold(WithExtension(newDBName), database_->name)) {
+            database_->name = WithExtension(newDBName);
+        }
+        const std::string file = FilePath();
+        AskToWriteTo(file, kSource);
+        if (!DBPwd.empty() && session_->IsOwner()) database_->password = DBPwd;
+        PrintToBinaryFile(ObjectState(), file, FileNumber, compact);
+        naming.Keep();
+        file_ = file;
+        std::optional<Error> registry_failure;
+        try {
+            Register(*database_);
+            WriteRegistry();
+        } catch (...) {
+            registry_failure = CurrentError();
+        }
+        LogPending(Message("DATABASE SAVED! As ", file));
+        FlushPending();
+        if (registry_failure) throw *registry_failure;
+        return true;
+    });
+}
+
+void CVLDBEngine::AskToWriteTo(const std::string& path, const char* source) const {
+    if (!IsOpenFile(path) && FileSystem::Current().Exists(path)) {
+        Raise(CVLErrorNum::GetDBOverwriteError(), source,
+              Message("DataBase Cannot Be Saved!\r\nCause: Another DataBase With Same Name Was "
+                      "Detected And Cannot Be Overwritten!"));
+    }
+    if (!session_->MayWrite()) {
+        Raise(CVLErrorNum::GetUserPermissionToRWError(), source,
+              Message("User ", session_->UserName(), " Does Not Have Permission To Read/Write!"));
+    }
+}
+
+std::shared_ptr<CVLDBEngine> CVLDBEngine::GetDB(std::string_view DBPathName, std::string_view DBPwd,
+                                                std::uint8_t FileNumber) {
+    static constexpr const char* kSource = "CVLDBEngine:GetDB Method";
+    return Report(kSource, [&] {
+        AskLogOn(kSource);
+        std::shared_ptr<CVLDBEngine> engine(new CVLDBEngine(ForAnotherEngine()));
+        return WhenFails(
+            [&] {
+                engine->LogOnAsUser(authority_->user);
+                engine->LoadDB(DBPathName, DBPwd, FileNumber);
+                return engine;
+            },
+            [](const Error& error) { RaiseUnreadable(kSource, error); });
+    });
+}
+
+bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
+    static constexpr const char* kSource = "CVLDBEngine:DeleteDB Method";
+    return Report(kSource, [&] {
+        AskLogOn(kSource);
+        const auto user = authority_->user;
+        const auto other = GetDB(DBPathName);
+        if (!other->IsOwner(*user)) {
+            Raise(CVLErrorNum::GetUserIsNotDBOwnerError(), kSource,
+                  Message("User: ", user->UserName(),
+                          " Is Not The DataBase Owner\r\n"
+                          "Thus Does Not Have The Right To Delete\r\n"));
+        }
+        const std::string path(DBPathName);
+        const bool own = IsOpenFile(path);
+        DeleteFiles(path, *other);
+        if (own) file_.clear();
+        OnDBDeletion.Fire(path, Today(), user->UserName());
+        Log(Message("DataBase ", path, " Deleted By ", user->UserName()), false);
+        owners_->Refresh();
+        return true;
+    });
+}
+
+// Takes the database out of the registry first, and puts it back if its file cannot be deleted.
+void CVLDBEngine::DeleteFiles(const std::string& path, const CVLDBEngine& opened) {
+    FileSystem& files = FileSystem::Current();
+    const std::string owner = opened.DBOwner();
+    const bool listed = RemoveEntry(owner, path);
+    WhenFails(
+        [&] {
+            WriteRegistry();
+            files.Delete(path);
+        },
+        [&](const Error& error) {
+            if (listed) AddEntry(owner, opened.DBPath(), opened.DBName());
+            if (files.Exists(RegistryPath())) WriteRegistry();
+            throw error;
+        });
+    const std::string log = opened.LogPath();
+    if (files.Exists(log)) files.Delete(log);
+}
+
+bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view newOwnerPwd,
+                              std::string_view newOwnerFullName,
+                              std::string_view newOwnerDescription, std::string_view DBPathName) {
+    static constexpr const char* kSource = "CVLDBEngine:ChangeOwner Method";
+    return Report(kSource, [&] {
+        AskToCreate(kSource);
+        const bool current = EqualFold(DBPathName, "Current") || IsOpenFile(DBPathName);
+        if (current) AskOpen(kSource);
+        const auto other = current ? nullptr : GetDB(DBPathName);
+        CVLDBEngine& target = current ? *this : *other;
+        if (!target.IsOwner(*authority_->user)) {
+            Raise(CVLErrorNum::GetDBOwnerChangeError(), kSource,
+                  Message("User: ", authority_->user->UserName(),
+                          " Is Not The DataBase Owner\r\n"
+                          "Thus Does Not Have The Right To Change Ownership!"));
+        }
+        if (newOwnerName.empty()) RaiseRunTime(kInvalidCall);
+        const std::string new_owner(newOwnerName);
+        const std::string old_owner = target.DBOwner();
+        target.MakeOwner(new_owner, newOwnerPwd, newOwnerFullName, newOwnerDescription);
+        // An engine that is not kept has to put its change on the disk now.
+        if (other) other->PrintToBinaryFile(other->ObjectState(), DBPathName);
+        AddEntry(new_owner, target.DBPath(), target.DBName());
+        if (!EqualFold(old_owner, new_owner)) RemoveEntry(old_owner, target.FilePath());
+        if (other) WriteRegistry();
+        OnOwnerChange.Fire(new_owner);
+        const Message message("OwnerShip Of DataBase ", target.DBName(), " Has Been Changed From ",
+                              old_owner, " To ", new_owner);
+        const bool logged = target.database_->switches.logOwnerChange;
+        Log(message, current && logged);
+        if (other && logged) other->WriteLog(other->LogLine(message));
+        if (current) Recheck();
+        return true;
+    });
+}
+
+// Makes the user the owner of the open database, adding him to its users if he is not there.
+void CVLDBEngine::MakeOwner(const std::string& name, std::string_view password,
+                            std::string_view full_name, std::string_view description) {
+    auto& users = *database_->users;
+    auto user = users.Find(name);
+    const bool is_new = user == nullptr;
+    if (is_new) {
+        user = std::make_shared<CVLDBUser>(database_->session);
+        user->user_name_ = name;
+        users.AddForOwners(user);
+    }
+    if (is_new || !password.empty()) user->password_ = password;
+    if (is_new || full_name != kDefaultFullName) user->full_name_ = full_name;
+    if (is_new || description != kDefaultDescription) user->description_ = description;
+    user->can_read_ = user->can_read_write_ = user->can_delete_ = true;
+    database_->session->owner = name;
+}
+
+}  // namespace tavolin

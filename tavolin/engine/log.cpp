@@ -1,0 +1,100 @@
+// The account of what users do: the report in memory, the lines that wait for the next save, and
+// the log file.
+#include "tavolin/base/clock.h"
+#include "tavolin/base/text.h"
+#include "tavolin/engine/report.h"
+#include "tavolin/persist/paths.h"
+#include "tavolin/persist/text_file.h"
+
+namespace tavolin {
+
+void CVLDBEngine::LogDBActivities(bool DBLogOn, bool Transactions, bool OwnerChange,
+                                  bool UserCreation, bool TableCreation, bool LinkedTableCreation,
+                                  bool TableDeletion, bool LinkedTableDeletion, bool LinkingTables,
+                                  bool UnlinkingTables, bool RecordAdd, bool RecordUpDate,
+                                  bool RecordDelete, bool Errors) {
+    static constexpr const char* kSource = "CVLDBEngine:LogDBActivities";
+    Report(kSource, [&] {
+        if (!session_->IsOwner()) {
+            Raise(CVLErrorNum::GetUserIsNotDBOwnerError(), kSource,
+                  Message("User: ", session_->UserName(),
+                          " Is Not The DataBase Owner\r\nThus Does Not Permission To Set The "
+                          "Log!"));
+        }
+        database_->switches = {.logErrors = Errors,
+                               .logDBLogOn = DBLogOn,
+                               .logOwnerChange = OwnerChange,
+                               .logUserCreation = UserCreation,
+                               .logTableCreation = TableCreation,
+                               .logLkTableCreation = LinkedTableCreation,
+                               .logTableDeletion = TableDeletion,
+                               .logLkTableDeletion = LinkedTableDeletion,
+                               .logTablesLinking = LinkingTables,
+                               .logTableUnlinking = UnlinkingTables,
+                               .logRecordAdd = RecordAdd,
+                               .logRecordUpDate = RecordUpDate,
+                               .logRecordDelete = RecordDelete,
+                               .logTransactions = Transactions};
+    });
+}
+
+LogType CVLDBEngine::LoggedActivities() const { return database_->switches; }
+
+std::string CVLDBEngine::LogLine(const Message& message) const {
+    const Message line(GeneralDate(Now()), "  [USER: ", session_->UserName(), "]");
+    return line.one_line() + message.one_line();
+}
+
+void CVLDBEngine::Log(const Message& message, bool switched_on) {
+    log_report_.append(message.text()).append(kLineBreak);
+    if (!switched_on) return;
+    if (transaction_) {
+        WriteLog(LogLine(message));
+    } else {
+        pending_.push_back({LogLine(message), false});
+    }
+}
+
+void CVLDBEngine::LogPending(const Message& message, bool is_log_on) {
+    log_report_.append(message.text()).append(kLineBreak);
+    pending_.push_back({LogLine(message), is_log_on});
+}
+
+void CVLDBEngine::LogTransaction(const char* text) {
+    const Message message{std::string_view(text)};
+    if (database_->switches.logTransactions) WriteLog(LogLine(message));
+    log_report_.append(message.text()).append(kLineBreak);
+}
+
+void CVLDBEngine::LogFailure(const Error& error) const {
+    if (!database_->switches.logErrors) return;
+    std::string line = " ";
+    line.append(kLineBreak).append(LogLine(Message())).append("ERROR: ").append(error.log_text());
+    WriteLog(line);
+}
+
+std::string CVLDBEngine::LogPath() const {
+    std::string name = ReplaceFold(database_->name, DefaultExtension(), "log");
+    if (EqualFold(name, database_->name)) name += ".log";
+    return JoinPath(database_->path, name);
+}
+
+// False when the text could not be written. Nobody but the owner of the lines hears of it.
+bool CVLDBEngine::WriteLog(std::string_view text) const {
+    if (!database_->tables) return false;
+    try {
+        AppendTextFile(LogPath(), std::string(text).append(kLineBreak));
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+void CVLDBEngine::FlushPending() {
+    if (pending_.empty()) return;
+    std::string text;
+    for (const PendingLine& line : pending_) text.append(kLineBreak).append(line.text);
+    if (WriteLog(text)) pending_.clear();
+}
+
+}  // namespace tavolin

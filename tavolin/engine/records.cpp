@@ -1,0 +1,192 @@
+// Reading, adding, changing, deleting and searching records.
+#include <unordered_set>
+
+#include "tavolin/base/text.h"
+#include "tavolin/engine/report.h"
+
+namespace tavolin {
+
+// Runs body(table). A table that cannot be found is reported under the number of a record.
+template <class Body>
+decltype(auto) CVLDBEngine::WithRecordsOf(const TableArgument& table, const char* source,
+                                          Body&& body) {
+    return Report(source, [&]() -> decltype(auto) {
+        AskOpen(source);
+        return WhenRaised(
+            CVLErrorNum::GetTableNotFoundError(),
+            [&]() -> decltype(auto) { return body(Resolve(table)); },
+            [&] {
+                Raise(CVLErrorNum::GetRecordNotFoundError(), source,
+                      Message("Table ", table.Text(), " Not Found!"));
+            });
+    });
+}
+
+std::shared_ptr<CVLRecordSet> CVLDBEngine::GetRecordSet(const TableArgument& forTable) {
+    return WithRecordsOf(
+        forTable, "CVLDBEngine:GetRecordSet Method",
+        [](const std::shared_ptr<CVLTable>& table) { return table->CVLRecordSet(); });
+}
+
+std::shared_ptr<CVLRecord> CVLDBEngine::GetRecord(const TableArgument& fromTable,
+                                                  const IndexKey& RecordNumOrKey) {
+    static constexpr const char* kSource = "CVLDBEngine:GetRecord Method";
+    return WithRecordsOf(fromTable, kSource, [&](const std::shared_ptr<CVLTable>& table) {
+        return WhenRaised(
+            CVLErrorNum::GetRecordNotFoundError(),
+            [&] { return table->CVLRecordSet()->Item(RecordNumOrKey); },
+            [&] {
+                Raise(CVLErrorNum::GetRecordNotFoundError(), kSource,
+                      Message("Record ", RecordNumOrKey.Text(), " Not Found!"));
+            });
+    });
+}
+
+std::shared_ptr<CVLRecord> CVLDBEngine::AddRecord(
+    const TableArgument& toTable, std::int32_t nKey, const FieldTexts& props,
+    std::shared_ptr<CVLAttachmentSet> AttachmentsTable, const Placement& place) {
+    return WithRecordsOf(
+        toTable, "CVLDBEngine:AddRecord Method", [&](const std::shared_ptr<CVLTable>& table) {
+            auto record =
+                table->Add(database_->tables, nKey, props, std::move(AttachmentsTable), place);
+            OnRecordAdd.Fire(record);
+            Log(Message("New Record Added. Key: ", record->Key(), " To ", table->Key()),
+                database_->switches.logRecordAdd);
+            return record;
+        });
+}
+
+std::shared_ptr<CVLRecord> CVLDBEngine::UpDateRecord(
+    const TableArgument& inTable, const std::shared_ptr<CVLRecord>& record, std::int32_t,
+    const FieldTexts& props, std::shared_ptr<CVLAttachmentSet> AttachmentsTable, const Placement&) {
+    return WithRecordsOf(
+        inTable, "CVLDBEngine:UpDateRecord Method", [&](const std::shared_ptr<CVLTable>& table) {
+            table->Update(database_->tables, record, props, std::move(AttachmentsTable));
+            OnRecordUpDate.Fire(record);
+            Log(Message("Record Updated. Key: ", record->Key(), " In ", table->Key()),
+                database_->switches.logRecordUpDate);
+            return record;
+        });
+}
+
+// A deletion and everything that it takes along, depth first, without a call within a call for
+// every record on the way down. What is in deletion is not entered again.
+class CVLDBEngine::RecordDeletion {
+  public:
+    RecordDeletion(CVLDBEngine& engine, bool cascade) : engine_(engine), cascade_(cascade) {}
+    ~RecordDeletion() {
+        while (!frames_.empty()) Leave();
+    }
+
+    void Run(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
+        Enter(table, record);
+        while (!frames_.empty()) Step();
+    }
+
+  private:
+    struct Frame {
+        std::shared_ptr<CVLTable> table;
+        std::shared_ptr<CVLRecord> record;
+        int field = 0;
+    };
+
+    void Enter(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
+        frames_.push_back({table, record});
+        in_deletion_.insert(record.get());
+        table->SetCascadeGuard(false);
+    }
+
+    void Leave() {
+        const Frame frame = std::move(frames_.back());
+        frames_.pop_back();
+        in_deletion_.erase(frame.record.get());
+        frame.table->SetCascadeGuard(true);
+    }
+
+    void Step() {
+        Frame& frame = frames_.back();
+        const bool follows = cascade_ && !frame.table->IsResult();
+        if (follows && frame.field < kFieldCount) {
+            Follow(frame, frame.field++);
+            return;
+        }
+        frame.table->Remove(frame.record);
+        const Frame done = frame;
+        Leave();
+        engine_.OnRecordRemove.Fire(done.record);
+        engine_.Log(
+            Message("Record Deleted. Key: ", done.record->Key(), " From ", done.table->Key()),
+            engine_.database_->switches.logRecordDelete);
+    }
+
+    // Enters the record that this field refers to, if nothing else refers to it.
+    void Follow(const Frame& frame, int field) {
+        if (!frame.table->FieldIsForeignKey(field)) return;
+        const auto linked = engine_.database_->tables->Lookup(frame.table->LinkedTable(field));
+        const std::string value = frame.record->prop(field);
+        if (!linked || value.empty()) return;
+        const auto& records = *linked->CVLRecordSet()->Collection();
+        const RecordHandle handle = records.Find(value);
+        if (handle == kNoHandle) return;
+        const auto dependent = records.Object(handle);
+        if (in_deletion_.contains(dependent.get())) return;
+        if (!OthersHold(value, linked->Key(), *frame.record)) Enter(linked, dependent);
+    }
+
+    // Whether a record other than this one holds the value in a field that links to the table.
+    bool OthersHold(const std::string& value, const std::string& table,
+                    const CVLRecord& record) const {
+        for (const auto& referrer : engine_.database_->tables->NewEnum()) {
+            if (!referrer->RefersTo(table)) continue;
+            const auto records = referrer->CVLRecordSet();
+            const bool own = &records->Collection()->arena() == record.arena().get();
+            for (int field = 0; field < kFieldCount; ++field) {
+                if (!EqualFold(referrer->LinkedTable(field), table)) continue;
+                const int allowed = own && EqualFold(record.prop(field), value) ? 1 : 0;
+                if (records->ValueOccursMoreThan(field, value, allowed)) return true;
+            }
+        }
+        return false;
+    }
+
+    CVLDBEngine& engine_;
+    bool cascade_;
+    std::vector<Frame> frames_;
+    std::unordered_set<const CVLRecord*> in_deletion_;
+};
+
+void CVLDBEngine::DeleteRecord(const TableArgument& fromTable, const IndexKey& RecordNumOrKey,
+                               bool CascadeDelete) {
+    WithRecordsOf(fromTable, "CVLDBEngine:RemoveRecord Method",
+                  [&](const std::shared_ptr<CVLTable>& table) {
+                      const auto record = table->CVLRecordSet()->Item(RecordNumOrKey);
+                      RecordDeletion(*this, CascadeDelete).Run(table, record);
+                  });
+}
+
+std::shared_ptr<CVLTable> CVLDBEngine::Find(std::string_view Value, bool ValueIsAKey,
+                                            const std::shared_ptr<CVLTable>& inTable,
+                                            int inFldNumber) {
+    static constexpr const char* kSource = "CVLDBEngine:Find Method";
+    const auto find_in = [&](const std::shared_ptr<CVLTable>& table) {
+        auto result = table->Find(Value, ValueIsAKey, inFldNumber);
+        if (result->Count() == 0) return std::shared_ptr<CVLTable>();
+        result->NameResult(table->Key());
+        return result;
+    };
+    auto result = Report(kSource, [&] {
+        AskOpen(kSource);
+        if (inTable) return find_in(inTable);
+        for (const auto& table : database_->tables->NewEnum()) {
+            if (auto found = find_in(table)) return found;
+        }
+        return std::shared_ptr<CVLTable>();
+    });
+    if (result) return result;
+    // Not a failure that the log tells of.
+    Error nothing(CVLErrorNum::GetValueNotFoundError(), kSource,
+                  Message("Value: ", Value, " Not Found In DataBase!"));
+    ReportError(std::move(nothing), kSource, OnFailure::kLogNothing);
+}
+
+}  // namespace tavolin

@@ -1,0 +1,191 @@
+// Creating, finding, linking, unlinking and deleting tables.
+#include "tavolin/engine/report.h"
+
+namespace tavolin {
+namespace {
+
+constexpr std::int32_t kTableNotFound = CVLErrorNum::GetTableNotFoundError();
+
+void CheckKeyFields(std::initializer_list<int> fields, const char* source) {
+    for (const int field : fields) {
+        if (field != kNoField) CheckedField(field, source);
+    }
+}
+
+[[noreturn]] void RaiseTableNotFound(const char* source, const Message& message) {
+    Raise(kTableNotFound, source, message);
+}
+
+}  // namespace
+
+// Without a table the error is that of a missing one.
+std::shared_ptr<CVLTable> CVLDBEngine::Resolve(const TableArgument& table) const {
+    if (!table.is_table()) return database_->tables->Item(table.which());
+    if (!table.table()) throw Error(kTableNotFound, {}, Message("Table Not Found!"));
+    return table.table();
+}
+
+std::shared_ptr<CVLTable> CVLDBEngine::CreateNewPrimaryTable(
+    std::string_view TableName, const FieldTexts& FieldLabels, int FieldNumAsPrimKey,
+    int withFieldNumAsPrimKey, int andFieldNumAsPrimKey, int plusFieldNumAsPrimKey) {
+    static constexpr const char* kSource = "CVLDBEngine:CreateNewPrimaryTable Method";
+    return Report(kSource, [&] {
+        AskOpen(kSource);
+        CheckKeyFields(
+            {FieldNumAsPrimKey, withFieldNumAsPrimKey, andFieldNumAsPrimKey, plusFieldNumAsPrimKey},
+            kSource);
+        auto table = WhenRaised(
+            CVLErrorNum::GetTableAddError(),
+            [&] { return database_->tables->Add(TableName, isPrimaryTable, nullptr, FieldLabels); },
+            [&] {
+                Raise(CVLErrorNum::GetNewTableCreationError(), kSource,
+                      Message("The Table ", TableName, " That Is Being Created Already Exists!"));
+            });
+        table->SetPrimaryKeyFields(FieldNumAsPrimKey, withFieldNumAsPrimKey, andFieldNumAsPrimKey,
+                                   plusFieldNumAsPrimKey);
+        OnTableCreation.Fire(table->Key());
+        Log(Message("New Table Created: ", table->Key()), database_->switches.logTableCreation);
+        return table;
+    });
+}
+
+std::shared_ptr<CVLTable> CVLDBEngine::CreateNewLinkedTable(
+    const TableArgument& linkToTable, const FieldArgument& referencesFldNumOrName,
+    const FieldTexts& FieldLabels) {
+    static constexpr const char* kSource = "CVLDBEngine:CreateNewLinkedTable Method";
+    std::string name;
+    const auto create = [&] {
+        const auto parent = Resolve(linkToTable);
+        const int field = parent->FieldNumber(referencesFldNumOrName);
+        name = parent->FieldName(field) + linkToTable.Text();
+        auto table = database_->tables->Add(name, isLinkedTable, nullptr, FieldLabels);
+        table->SetPrimaryKeyFields(0);
+        parent->Link(field, table);
+        return table;
+    };
+    return Report(kSource, [&] {
+        AskOpen(kSource);
+        auto table = WhenRaised(
+            CVLErrorNum::GetTableAddError(),
+            [&] {
+                return WhenRaised(kTableNotFound, create, [&] {
+                    RaiseTableNotFound(
+                        kSource, Message("Referenced Table ", linkToTable.Text(), " Not Found!"));
+                });
+            },
+            [&] {
+                Raise(CVLErrorNum::GetNewTableCreationError(), kSource,
+                      Message("The Linked Table ", name, " That Is Being Created Already Exists!"));
+            });
+        OnLinkedTableCreation.Fire(table->Key());
+        Log(Message("New Linked Table Created: ", table->Key()),
+            database_->switches.logLkTableCreation);
+        return table;
+    });
+}
+
+bool CVLDBEngine::LinkTables(const TableArgument& Table1,
+                             const FieldArgument& referenceFldNumOrName,
+                             const TableArgument& Table2) {
+    static constexpr const char* kSource = "CVLDBEngine:LinkTables Method";
+    return Report(kSource, [&] {
+        AskOpen(kSource);
+        return WhenRaised(
+            kTableNotFound,
+            [&] {
+                const auto table = Resolve(Table1);
+                const auto target = Resolve(Table2);
+                table->Link(table->FieldNumber(referenceFldNumOrName), target);
+                Log(Message("Tables Linking: ", table->Key(), " And ", target->Key()),
+                    database_->switches.logTablesLinking);
+                return true;
+            },
+            [&] {
+                RaiseTableNotFound(kSource, Message("Referenced Table ", Table1.Text(), " OR ",
+                                                    Table2.Text(), " Not Found!"));
+            });
+    });
+}
+
+bool CVLDBEngine::UnlinkTables(const TableArgument& Table1, const TableArgument& Table2) {
+    static constexpr const char* kSource = "CVLDBEngine:UnlinkTables Method";
+    return Report(kSource, [&] {
+        AskOpen(kSource);
+        return WhenRaised(
+            kTableNotFound,
+            [&] {
+                const auto table = Resolve(Table1);
+                const auto target = Resolve(Table2);
+                table->Unlink(target);
+                // Under the switch of linking: the one of unlinking is asked nowhere.
+                Log(Message("Tables Unlinking: ", table->Key(), " And ", target->Key()),
+                    database_->switches.logTablesLinking);
+                return true;
+            },
+            [&] {
+                RaiseTableNotFound(kSource, Message("Referenced Table ", Table1.Text(), " OR ",
+                                                    Table2.Text(), " Not Found!"));
+            });
+    });
+}
+
+std::shared_ptr<CVLTable> CVLDBEngine::GetLinkedTable(const TableArgument& ParentTableNumOrName,
+                                                      const FieldArgument& forFldNumOrName) {
+    static constexpr const char* kSource = "CVLDBEngine:GetLinkedTable Method";
+    return Report(kSource, [&] {
+        AskOpen(kSource);
+        return WhenRaised(
+            kTableNotFound,
+            [&] {
+                const auto parent = Resolve(ParentTableNumOrName);
+                const int field = parent->FieldNumber(forFldNumOrName);
+                return database_->tables->Item(parent->LinkedTable(field));
+            },
+            [&] {
+                RaiseTableNotFound(kSource,
+                                   Message("Table ", ParentTableNumOrName.Text(), " Not Found!"));
+            });
+    });
+}
+
+std::shared_ptr<CVLTable> CVLDBEngine::GetTable(const TableArgument& TableNumOrName) {
+    static constexpr const char* kSource = "CVLDBEngine:GetTable Method";
+    return Report(kSource, [&] {
+        AskOpen(kSource);
+        return WhenRaised(
+            kTableNotFound, [&] { return Resolve(TableNumOrName); },
+            [&] {
+                RaiseTableNotFound(kSource,
+                                   Message("Table ", TableNumOrName.Text(), " Not Found!"));
+            });
+    });
+}
+
+bool CVLDBEngine::DeleteTable(const TableArgument& varTable, bool CascadeDelete) {
+    static constexpr const char* kSource = "CVLDBEngine:DeleteTable Method";
+    return Report(kSource, [&] {
+        AskOpen(kSource);
+        const auto table = WhenRaised(
+            kTableNotFound, [&] { return Resolve(varTable); },
+            [&] {
+                RaiseTableNotFound(kSource,
+                                   Message("Linked Table ", varTable.Text(), " Not Found!"));
+            });
+        database_->tables->AskToRemove();
+        const bool linked = table->SpecificType() == isLinkedTable;
+        const std::string name = table->Key();
+        if (CascadeDelete) table->DeleteLinks(database_->tables);
+        table->FreeFromInOutLinks();
+        database_->tables->Remove(name);
+        if (linked) {
+            OnLinkedTableDeletion.Fire(name);
+            Log(Message("Linked Table Deleted: ", name), database_->switches.logLkTableDeletion);
+        } else {
+            OnTableDeletion.Fire(name);
+            Log(Message("Table Deleted: ", name), database_->switches.logTableDeletion);
+        }
+        return true;
+    });
+}
+
+}  // namespace tavolin

@@ -1,0 +1,66 @@
+// One transaction at a time, of the whole database.
+#include "tavolin/engine/report.h"
+#include "tavolin/persist/property_bag.h"
+
+namespace tavolin {
+
+std::vector<std::uint8_t> CVLDBEngine::ObjectState() const {
+    PropertyBagWriter bag;
+    database_->WriteProperties(bag);
+    return std::move(bag).Finish();
+}
+
+std::unique_ptr<Database> CVLDBEngine::ReadState(std::span<const std::uint8_t> state) const {
+    auto database = NewDatabase();
+    PropertyBagReader bag(state);
+    database->ReadProperties(bag);
+    return database;
+}
+
+bool CVLDBEngine::TransactionBegin() {
+    static constexpr const char* kSource = "CVLDBEngine:TransactionBegin Method";
+    return Report(kSource, [&] {
+        if (transaction_) {
+            Raise(CVLErrorNum::GetTransAlreadyStartedError(), kSource,
+                  Message("A Transaction Is In Process, Commit To Start A New One!"));
+        }
+        AskOpen(kSource);
+        snapshot_ = ObjectState();
+        transaction_ = true;
+        LogTransaction("<Transaction Began>");
+        return true;
+    });
+}
+
+bool CVLDBEngine::TransactionCommit() {
+    static constexpr const char* kSource = "CVLDBEngine:TransactionCommit Method";
+    return Report(kSource, [&] {
+        if (!transaction_) {
+            Raise(CVLErrorNum::GetNoTransStartedError(), kSource,
+                  Message("Cannot Commit Because No Transaction Have Been Started!"));
+        }
+        transaction_ = false;
+        snapshot_ = {};
+        const bool saved = SaveDB();
+        LogTransaction("<Transaction Committed>");
+        return saved;
+    });
+}
+
+bool CVLDBEngine::TansactionAbort() {
+    static constexpr const char* kSource = "CVLDBEngine:TransactionAbort Method";
+    return Report(kSource, [&] {
+        if (!transaction_) {
+            Raise(CVLErrorNum::GetNoTransStartedError(), kSource,
+                  Message("Cannot Abort Because No Transaction Have Been Started!"));
+        }
+        transaction_ = false;
+        const auto state = std::exchange(snapshot_, {});
+        Install(ReadState(state));
+        Recheck();
+        LogTransaction("<Transaction Aborted> ~Rolling Back~");
+        return true;
+    });
+}
+
+}  // namespace tavolin
