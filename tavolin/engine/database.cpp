@@ -27,6 +27,10 @@ constexpr Switch kSecondSwitches[] = {
 }  // namespace
 
 void Database::WriteProperties(PropertyBagWriter& bag) const {
+    // Nearly all of a state is records, so that it hardly ever has to move while it grows.
+    std::size_t records = 0;
+    for (const auto& table : tables->NewEnum()) records += table->CVLRecordSet()->StateSize();
+    bag.Reserve(records);
     bag.Write("n", name);
     bag.Write("p", path);
     bag.Write("o", session->owner);

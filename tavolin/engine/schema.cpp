@@ -165,12 +165,13 @@ bool CVLDBEngine::DeleteTable(const TableArgument& varTable, bool CascadeDelete)
     static constexpr const char* kSource = "CVLDBEngine:DeleteTable Method";
     return Report(kSource, [&] {
         AskOpen(kSource);
+        const auto raise_not_found = [&] {
+            RaiseTableNotFound(kSource, Message("Linked Table ", varTable.Text(), " Not Found!"));
+        };
         const auto table = WhenRaised(
-            kTableNotFound, [&] { return Resolve(varTable); },
-            [&] {
-                RaiseTableNotFound(kSource,
-                                   Message("Linked Table ", varTable.Text(), " Not Found!"));
-            });
+            kTableNotFound, [&] { return Resolve(varTable); }, raise_not_found);
+        // A search's result bears the name of a table, and a table that was deleted may.
+        if (table->set() != database_->tables.get()) raise_not_found();
         database_->tables->AskToRemove();
         const bool linked = table->SpecificType() == isLinkedTable;
         const std::string name = table->Key();

@@ -12,23 +12,17 @@
 #include <string_view>
 #include <utility>
 
-#include "tavolin/errors/error.h"
-
 namespace tavolin {
 
 // A view: what it was made from must outlive the call that it is passed to. A number is a position
-// by its type and a text a key, whatever it holds. A number outside 32 bits raises 6.
+// by its type and a text a key, whatever it holds. A number outside 32 bits is the nearest one
+// inside, where there is no element.
 class IndexKey {
   public:
     template <std::integral Number>
-    requires(!std::same_as<Number, bool> && !std::same_as<Number, char>) IndexKey(Number position)
-        : is_position_(true) {  // NOLINT: conversions are its purpose
-        if (std::cmp_less(position, std::numeric_limits<std::int32_t>::min()) ||
-            std::cmp_greater(position, std::numeric_limits<std::int32_t>::max())) {
-            throw Error(kOverflow);
-        }
-        position_ = static_cast<std::int32_t>(position);
-    }
+    requires(!std::same_as<Number, bool> && !std::same_as<Number, char>)
+        IndexKey(Number position)  // NOLINT: conversions are its purpose
+        : is_position_(true), position_(Clamp(position)) {}
     IndexKey(std::string_view key) : key_(key) {}    // NOLINT
     IndexKey(const std::string& key) : key_(key) {}  // NOLINT
     IndexKey(const char* key) : key_(key) {}         // NOLINT
@@ -42,6 +36,14 @@ class IndexKey {
     }
 
   private:
+    template <class Number>
+    static std::int32_t Clamp(Number position) {
+        using Limits = std::numeric_limits<std::int32_t>;
+        if (std::cmp_less(position, Limits::min())) return Limits::min();
+        if (std::cmp_greater(position, Limits::max())) return Limits::max();
+        return static_cast<std::int32_t>(position);
+    }
+
     bool is_position_ = false;
     std::int32_t position_ = 0;
     std::string_view key_;

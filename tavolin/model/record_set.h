@@ -149,6 +149,8 @@ class CVLRecordSet {
     const std::shared_ptr<RecordCollection>& Collection() const { return records_; }
     // Whether more than `limit` records hold the value in that field, without regard to case.
     bool ValueOccursMoreThan(int field, std::string_view value, int limit) const;
+    // About how many bytes the stored form takes.
+    std::size_t StateSize() const { return records_->arena().memory(); }
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
     void JoinSession(std::shared_ptr<Session> session);

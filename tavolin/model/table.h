@@ -123,7 +123,8 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     // A new table of this one's shape that holds the matches: the records that contain `Value` in
     // the given field, or in all fields joined without a separator, ignoring case; or, when
     // `ValueIsAKey`, the one with that key. The records are shared, not copied; adding to the
-    // result or removing from it changes the result only. An empty value matches every record.
+    // result or removing from it changes the result only, and it can be neither linked nor unlinked
+    // (5). An empty value matches every record.
     std::shared_ptr<CVLTable> Find(std::string_view Value, bool ValueIsAKey = false,
                                    int inFldNum0to9 = kNoField) const;
 
@@ -167,7 +168,7 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     std::vector<FieldFilling> PlanFillings(const std::shared_ptr<CVLTableSet>& tables) const;
     static void Fill(const std::vector<FieldFilling>& fillings, const CVLRecord& record,
                      std::int32_t n_key);
-    std::shared_ptr<CVLTable> Resolve(const TableArgument& table) const;
+    std::shared_ptr<CVLTable> Resolve(const TableArgument& table, const char* source) const;
     void DropOldLink(int field, const std::string& new_target);
     bool NoteReferenceFrom(std::string_view table);
     void ClearReferencesTo(std::string_view table);

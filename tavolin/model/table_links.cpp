@@ -102,13 +102,15 @@ void CVLTable::Fill(const std::vector<FieldFilling>& fillings, const CVLRecord& 
     }
 }
 
-std::shared_ptr<CVLTable> CVLTable::Resolve(const TableArgument& table) const {
-    if (table.is_table() && table.table()) return table.table();
+std::shared_ptr<CVLTable> CVLTable::Resolve(const TableArgument& table, const char* source) const {
     const auto tables = session_->Tables();
-    if (table.is_table() || !tables) {
-        throw Error(CVLErrorNum::GetTableNotFoundError(), {}, Message("Table Not Found!"));
+    if (table.is_table() ? !table.table() : !tables) {
+        Raise(CVLErrorNum::GetTableNotFoundError(), source, Message("Table Not Found!"));
     }
-    return tables->Item(table.which());
+    auto found = table.is_table() ? table.table() : tables->Item(table.which());
+    // What a search found has no links of its own: they are those of the table searched.
+    if (is_result_ || found->is_result_) RaiseRunTime(kInvalidCall);
+    return found;
 }
 
 std::shared_ptr<CVLTable> CVLTable::Link(int fldNum0to9, const TableArgument& toTable) {
@@ -123,7 +125,7 @@ std::shared_ptr<CVLTable> CVLTable::Link(int fldNum0to9, const TableArgument& to
             Raise(CVLErrorNum::GetReferencedFldNotFoundError(), kSource,
                   Message("Referenced Field Not Found!"));
         }
-        auto target = Resolve(toTable);
+        auto target = Resolve(toTable, kSource);
         const auto field = static_cast<std::size_t>(fldNum0to9);
         DropOldLink(fldNum0to9, target->key_);
         foreign_[field] = true;
@@ -188,7 +190,7 @@ std::shared_ptr<CVLTable> CVLTable::Unlink(const TableArgument& LinkedTable) {
         }
         std::shared_ptr<CVLTable> target;
         try {
-            target = Resolve(LinkedTable);
+            target = Resolve(LinkedTable, kSource);
         } catch (const Error& error) {
             if (error.number() != CVLErrorNum::GetTableNotFoundError()) throw;
             Raise(error.number(), kSource, Message("Table: ", LinkedTable.Text(), " Not Found!"));
@@ -210,6 +212,7 @@ void CVLTable::ForgetLinksTo(std::string_view table) {
 
 void CVLTable::FreeFromInOutLinks() {
     Trap("CVLTable:FreeFromInOutLinks Method", [&] {
+        if (is_result_) RaiseRunTime(kInvalidCall);
         const auto tables = session_->Tables();
         if (!tables) return;
         for (std::size_t i = 0; i < kFieldCount; ++i) {
@@ -303,6 +306,7 @@ class CVLTable::Cascade {
 void CVLTable::DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet) {
     Trap("CVLTable:DeleteLinks Method", [&] {
         if (!useTableSet) RaiseRunTime(kObjectNotSet);
+        if (is_result_) RaiseRunTime(kInvalidCall);
         Cascade(useTableSet).Run(shared_from_this());
     });
 }
