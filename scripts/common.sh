@@ -1,0 +1,36 @@
+# What the scripts share: installing what is missing, configuring and building. Sourced, not run.
+
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+say() { printf '\n== %s\n' "$*"; }
+
+# Installs the Debian packages named that are not there. Says what is missing where it cannot.
+need() {
+    local missing=()
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    say "installing ${missing[*]}"
+    if ! { "${as_root[@]}" apt-get update -qq &&
+        DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq \
+            --no-install-recommends "${missing[@]}" >/dev/null; }; then
+        echo "These Debian packages are needed and could not be installed: ${missing[*]}" >&2
+        exit 1
+    fi
+}
+
+# build FOLDER [CMAKE OPTION...]: configures and builds everything there.
+build() {
+    local folder=$1
+    shift
+    cmake -S . -B "$folder" -G Ninja "$@" >"$folder.log" 2>&1 ||
+        { cat "$folder.log" >&2; echo "Configuring $folder failed." >&2; exit 1; }
+    cmake --build "$folder" >"$folder.log" 2>&1 ||
+        { cat "$folder.log" >&2; echo "Building $folder failed." >&2; exit 1; }
+}
