@@ -163,10 +163,9 @@ class CVLDBEngine {
     // wrong in Error::detail(). The permission state stays `Undefined` if it was; else it becomes
     // what the same user may do here. `DBPwd` and `observer` are accepted and have no effect:
     // DBLegalUser is the gate.
-    std::shared_ptr<tavolin::CVLTableSet> LoadDB(std::string_view DBPathName,
-                                                 std::string_view DBPwd = {},
-                                                 std::uint8_t FileNumber = 0,
-                                                 std::shared_ptr<IUpdater> observer = nullptr);
+    std::shared_ptr<tavolin::CVLTableSet> LoadDB(
+        std::string_view DBPathName, std::string_view DBPwd = {}, std::uint8_t FileNumber = 0,
+        const std::shared_ptr<IUpdater>& observer = nullptr);
 
     // Writes the database to its file, or to another folder or name, which then become its own;
     // then the owner registry and the pending log. The file is replaced in one step. Asks for a

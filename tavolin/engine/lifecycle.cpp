@@ -142,7 +142,7 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
 
 std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, std::string_view,
                                                  std::uint8_t FileNumber,
-                                                 std::shared_ptr<IUpdater>) {
+                                                 const std::shared_ptr<IUpdater>&) {
     static constexpr const char* kSource = "CVLDBEngine:loadDB Method";
     return Report(kSource, [&] {
         if (!authority_->user) {

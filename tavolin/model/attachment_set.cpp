@@ -61,7 +61,7 @@ std::shared_ptr<CVLAttachment> CVLAttachmentSet::Update(IndexKey varKey,
     static constexpr const char* kSource = "CVLAttachmentSet:Update Method";
     return Trap(kSource, [&] {
         AskWrite(*session_, "CVLAttachmentSet:UpDate Method");
-        const auto attachment = attachments_->Find(varKey);
+        auto attachment = attachments_->Find(varKey);
         if (!attachment) {
             Raise(CVLErrorNum::GetAttachmentUpDateError(), kSource,
                   Message("Attachment Does Not Exist!"));

@@ -73,7 +73,7 @@ std::shared_ptr<CVLTable> CVLTableSet::Update(IndexKey varKey, TableEnum TableTy
     static constexpr const char* kSource = "CVLTableSet:Update Method";
     return Trap(kSource, [&] {
         AskWrite(*session_, "CVLTableSet:UpDate Method");
-        const auto table = tables_->Find(varKey);
+        auto table = tables_->Find(varKey);
         if (!table) {
             Raise(CVLErrorNum::GetTableUpDateError(), kSource, Message("Table Does Not Exist!"));
         }

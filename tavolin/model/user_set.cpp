@@ -94,7 +94,7 @@ std::shared_ptr<CVLDBUser> CVLDBUserSet::Update(IndexKey varKey, std::optional<b
     static constexpr const char* kSource = "CVLDBUserSet:Update Method";
     return Trap(kSource, [&] {
         AskOwnership(kSource, "UpDate Users");
-        const auto user = users_->Find(varKey);
+        auto user = users_->Find(varKey);
         if (!user) {
             Raise(CVLErrorNum::GetUserUpDateError(), kSource, Message("User Does Not Exist!"));
         }

@@ -57,7 +57,7 @@ fs::path OwnFile() {
     // An executable is known by the name it was started with, which may be no path at all.
     if (::dladdr(&inside_this_component, &info) != 0 && info.dli_fname != nullptr) {
         const fs::path file = info.dli_fname;
-        const fs::path full = fs::canonical(file, error);
+        fs::path full = fs::canonical(file, error);
         if (file.has_parent_path() && !error) return full;
     }
     return fs::read_symlink("/proc/self/exe", error);
