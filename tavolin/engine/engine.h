@@ -27,6 +27,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -170,10 +171,11 @@ class CVLDBEngine {
     // Writes the database to its file, or to another folder or name, which then become its own;
     // then the owner registry and the pending log. The file is replaced in one step. Asks for a
     // right to write (GetUserPermissionToRWError). Another existing file is never written over
-    // (GetDBOverwriteError). A password is set when the state is `Ownership`, and ignored
-    // otherwise. `compact` drops what a longer earlier state left behind in the file. 2^31 bytes or
-    // more raise 6 before any file is touched. When the registry alone fails, the database has been
-    // saved.
+    // (GetDBOverwriteError): the database's own file is the one that this engine created, last
+    // loaded or last saved, even when a roll-back has put an older name back. A password is set
+    // when the state is `Ownership`, and ignored otherwise. `compact` drops what a longer earlier
+    // state left behind in the file. 2^31 bytes or more raise 6 before any file is touched. When
+    // the registry alone fails, the database has been saved.
     bool SaveDB(std::string_view DBDir = {}, std::string_view newDBName = {},
                 std::string_view DBPwd = {}, bool compact = false, std::uint8_t FileNumber = 0);
 
@@ -320,21 +322,24 @@ class CVLDBEngine {
     void Install(std::unique_ptr<Database> database);
     void Open(std::unique_ptr<Database> database, std::string file);
     void Recheck();
+    std::shared_ptr<Session> RetiredSession() const;
     std::unique_ptr<Database> ReadState(std::span<const std::uint8_t> state) const;
     std::vector<std::uint8_t> ObjectState() const;
     std::string FilePath() const;
     bool IsOpenFile(std::string_view path) const;
     void AskToWriteTo(const std::string& path, const char* source) const;
-    void DeleteFiles(const std::string& path, const CVLDBEngine& opened);
+    std::optional<Error> DeleteFiles(const std::string& path, const CVLDBEngine& opened);
+    std::vector<std::uint8_t> StateNamed(Naming& naming) const;
     void MakeOwner(const std::string& name, std::string_view password, std::string_view full_name,
                    std::string_view description);
 
     // registry
     void ReadRegistry();
+    void NeedRegistry();
     void WriteRegistry();
     void Register(const Database& database);
-    void AddEntry(std::string_view owner, std::string_view dir, std::string_view name);
-    bool RemoveEntry(std::string_view owner, const std::string& path);
+    void AddEntry(const std::string& owner, const std::string& dir, const std::string& name);
+    bool RemoveEntry(const std::string& owner, const std::string& path);
 
     // tables and records
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table) const;
@@ -363,7 +368,8 @@ class CVLDBEngine {
     std::unique_ptr<Database> database_;
     std::string file_;  // the open database's file; empty when it has none
     std::shared_ptr<tavolin::CVLDBOwnerSet> owners_;
-    bool registry_unreadable_ = false;
+    bool registry_read_ = false;
+    bool registry_changed_ = false;  // since it was read or written
     bool transaction_ = false;
     std::vector<std::uint8_t> snapshot_;
     std::string log_report_;

@@ -1,4 +1,5 @@
 // Creating, loading, saving and deleting databases, and handing them to another owner.
+#include <filesystem>
 #include <optional>
 
 #include "tavolin/base/clock.h"
@@ -94,7 +95,12 @@ std::string CVLDBEngine::FilePath() const { return JoinPath(database_->path, dat
 
 bool CVLDBEngine::IsOpenFile(std::string_view path) const {
     if (!database_->tables || file_.empty()) return false;
-    return path == file_ || FileSystem::Current().IsSameFile(path, file_);
+    if (path == file_) return true;
+    try {
+        return FileSystem::Current().IsSameFile(path, file_);
+    } catch (const std::filesystem::filesystem_error&) {
+        return false;  // no path at all
+    }
 }
 
 std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortName,
@@ -118,8 +124,8 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
         database->created = Now();
         database->tables = std::make_shared<tavolin::CVLTableSet>(database->session);
         database->users = std::make_shared<tavolin::CVLDBUserSet>(database->session);
-        database->users->AddForOwners(user);
         Register(*database);
+        database->users->AddForOwners(user);
         user->can_read_ = user->can_read_write_ = user->can_delete_ = true;
         if (!CreatorFullName.empty()) user->full_name_ = CreatorFullName;
         Open(std::move(database), file);
@@ -132,10 +138,7 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
     return Report(kSource, [&] {
         AskToCreate(kSource);
         return WhenFails(create, [](const Error& error) {
-            Error failure(CVLErrorNum::GetDBAddError(), kSource,
-                          Message(std::string_view(error.description())));
-            failure.AddDetail(error.detail());
-            throw failure;
+            throw error.As(CVLErrorNum::GetDBAddError(), kSource);
         });
     });
 }
@@ -159,38 +162,45 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, st
         const PathParts parts = FolderAndName(DBPathName);
         database->path = parts.dir;
         database->name = parts.name;
+        const auto user = authority_->user;  // whatever handlers do
         Register(*database);
         Open(std::move(database), std::string(DBPathName));
         Recheck();
-        Log(Message("Log On: ", authority_->user->UserName(), " To ", DBPathName),
+        Log(Message("Log On: ", user->UserName(), " To ", DBPathName),
             database_->switches.logDBLogOn);
         return database_->tables;
     });
 }
 
-// Puts the name, the folder and the password back unless they are to be kept.
+// What SaveDB calls the database and protects it with: its own until the file has been written.
 class CVLDBEngine::Naming {
   public:
     explicit Naming(Database& database)
-        : database_(database),
-          name_(database.name),
-          path_(database.path),
-          password_(database.password) {}
-    ~Naming() {
-        if (kept_) return;
-        database_.name.swap(name_);
-        database_.path.swap(path_);
-        database_.password.swap(password_);
-    }
-    void Keep() { kept_ = true; }
+        : name(database.name), path(database.path), password(database.password) {}
 
-  private:
-    Database& database_;
-    std::string name_;
-    std::string path_;
-    std::string password_;
-    bool kept_ = false;
+    void Exchange(Database& database) {
+        database.name.swap(name);
+        database.path.swap(path);
+        database.password.swap(password);
+    }
+
+    std::string name;
+    std::string path;
+    std::string password;
 };
+
+// The state that the database will have under that naming.
+std::vector<std::uint8_t> CVLDBEngine::StateNamed(Naming& naming) const {
+    struct ExchangeScope {
+        ExchangeScope(Naming& by, Database& of) : naming(by), database(of) {
+            naming.Exchange(database);
+        }
+        ~ExchangeScope() { naming.Exchange(database); }
+        Naming& naming;
+        Database& database;
+    } const scope(naming, *database_);
+    return ObjectState();
+}
 
 bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std::string_view DBPwd,
                          bool compact, std::uint8_t FileNumber) {
@@ -200,17 +210,17 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
         AskOpen(kSource);
         Naming naming(*database_);
         if (!DBDir.empty() &&
-            !EqualFold(WithTrailingSeparator(DBDir), WithTrailingSeparator(database_->path))) {
-            database_->path = WithTrailingSeparator(DBDir);
+            !EqualFold(WithTrailingSeparator(DBDir), WithTrailingSeparator(naming.path))) {
+            naming.path = WithTrailingSeparator(DBDir);
         }
-        if (!newDBName.empty() && !EqualFold(WithExtension(newDBName), database_->name)) {
-            database_->name = WithExtension(newDBName);
+        if (!newDBName.empty() && !EqualFold(WithExtension(newDBName), naming.name)) {
+            naming.name = WithExtension(newDBName);
         }
-        const std::string file = FilePath();
+        const std::string file = JoinPath(naming.path, naming.name);
         AskToWriteTo(file, kSource);
-        if (!DBPwd.empty() && session_->IsOwner()) database_->password = DBPwd;
-        PrintToBinaryFile(ObjectState(), file, FileNumber, compact);
-        naming.Keep();
+        if (!DBPwd.empty() && session_->IsOwner()) naming.password = DBPwd;
+        PrintToBinaryFile(StateNamed(naming), file, FileNumber, compact);
+        naming.Exchange(*database_);
         file_ = file;
         std::optional<Error> registry_failure;
         try {
@@ -268,17 +278,19 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
         }
         const std::string path(DBPathName);
         const bool own = IsOpenFile(path);
-        DeleteFiles(path, *other);
+        const auto log_failure = DeleteFiles(path, *other);
         if (own) file_.clear();
         OnDBDeletion.Fire(path, Today(), user->UserName());
         Log(Message("DataBase ", path, " Deleted By ", user->UserName()), false);
         owners_->Refresh();
+        if (log_failure) throw *log_failure;
         return true;
     });
 }
 
 // Takes the database out of the registry first, and puts it back if its file cannot be deleted.
-void CVLDBEngine::DeleteFiles(const std::string& path, const CVLDBEngine& opened) {
+// What keeps the log from being deleted is given back: by then the database is gone.
+std::optional<Error> CVLDBEngine::DeleteFiles(const std::string& path, const CVLDBEngine& opened) {
     FileSystem& files = FileSystem::Current();
     const std::string owner = opened.DBOwner();
     const bool listed = RemoveEntry(owner, path);
@@ -292,8 +304,13 @@ void CVLDBEngine::DeleteFiles(const std::string& path, const CVLDBEngine& opened
             if (files.Exists(RegistryPath())) WriteRegistry();
             throw error;
         });
-    const std::string log = opened.LogPath();
-    if (files.Exists(log)) files.Delete(log);
+    try {
+        const std::string log = opened.LogPath();
+        if (files.Exists(log)) files.Delete(log);
+        return {};
+    } catch (...) {
+        return CurrentError();
+    }
 }
 
 bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view newOwnerPwd,
@@ -316,6 +333,7 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
         const std::string new_owner(newOwnerName);
         const std::string old_owner = target.DBOwner();
         target.MakeOwner(new_owner, newOwnerPwd, newOwnerFullName, newOwnerDescription);
+        if (current) Recheck();
         // An engine that is not kept has to put its change on the disk now.
         if (other) other->PrintToBinaryFile(other->ObjectState(), DBPathName);
         AddEntry(new_owner, target.DBPath(), target.DBName());
@@ -327,7 +345,6 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
         const bool logged = target.database_->switches.logOwnerChange;
         Log(message, current && logged);
         if (other && logged) other->WriteLog(other->LogLine(message));
-        if (current) Recheck();
         return true;
     });
 }

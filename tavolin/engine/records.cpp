@@ -47,8 +47,8 @@ std::shared_ptr<CVLRecord> CVLDBEngine::AddRecord(
     std::shared_ptr<CVLAttachmentSet> AttachmentsTable, const Placement& place) {
     return WithRecordsOf(
         toTable, "CVLDBEngine:AddRecord Method", [&](const std::shared_ptr<CVLTable>& table) {
-            auto record =
-                table->Add(database_->tables, nKey, props, std::move(AttachmentsTable), place);
+            const auto tables = database_->tables;  // a handler may open another database
+            auto record = table->Add(tables, nKey, props, std::move(AttachmentsTable), place);
             OnRecordAdd.Fire(record);
             Log(Message("New Record Added. Key: ", record->Key(), " To ", table->Key()),
                 database_->switches.logRecordAdd);
@@ -61,7 +61,8 @@ std::shared_ptr<CVLRecord> CVLDBEngine::UpDateRecord(
     const FieldTexts& props, std::shared_ptr<CVLAttachmentSet> AttachmentsTable, const Placement&) {
     return WithRecordsOf(
         inTable, "CVLDBEngine:UpDateRecord Method", [&](const std::shared_ptr<CVLTable>& table) {
-            table->Update(database_->tables, record, props, std::move(AttachmentsTable));
+            const auto tables = database_->tables;
+            table->Update(tables, record, props, std::move(AttachmentsTable));
             OnRecordUpDate.Fire(record);
             Log(Message("Record Updated. Key: ", record->Key(), " In ", table->Key()),
                 database_->switches.logRecordUpDate);
@@ -103,11 +104,22 @@ class CVLDBEngine::RecordDeletion {
         frame.table->SetCascadeGuard(true);
     }
 
+    // A handler may have taken the record out while what it refers to was being deleted.
+    static bool Stands(const Frame& frame) {
+        const auto records = frame.table->CVLRecordSet()->Collection();
+        return records->shared_arena() == frame.record->arena() &&
+               records->Holds(frame.record->handle());
+    }
+
     void Step() {
         Frame& frame = frames_.back();
         const bool follows = cascade_ && !frame.table->IsResult();
         if (follows && frame.field < kFieldCount) {
             Follow(frame, frame.field++);
+            return;
+        }
+        if (follows && !Stands(frame)) {
+            Leave();
             return;
         }
         frame.table->Remove(frame.record);

@@ -171,13 +171,14 @@ bool CVLDBEngine::DeleteTable(const TableArgument& varTable, bool CascadeDelete)
         const auto table = WhenRaised(
             kTableNotFound, [&] { return Resolve(varTable); }, raise_not_found);
         // A search's result bears the name of a table, and a table that was deleted may.
-        if (table->set() != database_->tables.get()) raise_not_found();
-        database_->tables->AskToRemove();
+        const auto tables = database_->tables;  // a handler may open another database
+        if (table->set() != tables.get()) raise_not_found();
+        tables->AskToRemove();
         const bool linked = table->SpecificType() == isLinkedTable;
         const std::string name = table->Key();
-        if (CascadeDelete) table->DeleteLinks(database_->tables);
+        if (CascadeDelete) table->DeleteLinks(tables);
         table->FreeFromInOutLinks();
-        database_->tables->Remove(name);
+        tables->Remove(name);
         if (linked) {
             OnLinkedTableDeletion.Fire(name);
             Log(Message("Linked Table Deleted: ", name), database_->switches.logLkTableDeletion);

@@ -44,6 +44,14 @@ Error::Error(std::int32_t number, std::string source, const Message& message)
       log_text_(message.one_line()),
       fresh_(true) {}
 
+Error Error::As(std::int32_t number, std::string_view source) const {
+    Error error = *this;
+    error.number_ = number;
+    error.source_ = source;
+    error.fresh_ = true;
+    return error;
+}
+
 void Error::Resource(std::string_view source) {
     source_ = source;
     fresh_ = false;

@@ -69,6 +69,8 @@ class Error : public std::exception {
     bool fresh() const { return fresh_; }
     void Settle() { fresh_ = false; }
     void Resource(std::string_view source);
+    // The same failure under another number and source, as a member's own.
+    Error As(std::int32_t number, std::string_view source) const;
     void AddDetail(std::string detail) { detail_ = std::move(detail); }
 
   private:

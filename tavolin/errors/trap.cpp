@@ -62,6 +62,8 @@ Error CurrentError() {
         return Error(NumberOf(error.code().default_error_condition()), error.what());
     } catch (const std::exception& error) {
         return Error(kInternalError, error.what());
+    } catch (...) {
+        return Error(kInternalError, "an exception of a type that the library does not know");
     }
 }
 

@@ -9,6 +9,7 @@
 #include <initializer_list>
 #include <iterator>
 #include <string_view>
+#include <type_traits>
 
 #include "tavolin/errors/error.h"
 #include "tavolin/model/types.h"
@@ -25,6 +26,9 @@ class FieldTexts {
     template <class Range>
     requires requires(const Range& range) {
         { *std::begin(range) } -> std::convertible_to<std::string_view>;
+        // Views of texts that are gone already would be the result otherwise.
+        requires std::is_lvalue_reference_v<decltype(*std::begin(range))> ||
+            std::same_as<decltype(*std::begin(range)), std::string_view>;
         std::size(range);
     } &&(!std::convertible_to<const Range&, std::string_view>)
         FieldTexts(const Range& texts) {  // NOLINT

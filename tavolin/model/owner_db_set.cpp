@@ -52,6 +52,11 @@ void CVLOwnerDBSet::Remove(IndexKey vntIndexKey) {
     });
 }
 
+void CVLOwnerDBSet::Remove(const CVLOwnerDB& database) {
+    const std::int32_t position = databases_->PositionOf(&database);
+    if (position != 0) Remove(position);
+}
+
 void CVLOwnerDBSet::WriteProperties(PropertyBagWriter& bag) const {
     WriteCollection(bag, *databases_, "DBCnt", "DB");
 }

@@ -33,7 +33,9 @@ class CVLOwnerDBSet {
 
     Enumerator<CVLOwnerDB> NewEnum() const { return Enumerator<CVLOwnerDB>(databases_); }
 
-    // Library-internal: the stored form.
+    // Library-internal: the element, if it is in the set, whatever its Key is by now; and the
+    // stored form.
+    void Remove(const CVLOwnerDB& database);
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
 

@@ -1,5 +1,7 @@
 #include "tavolin/model/owner_set.h"
 
+#include <new>
+
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
 #include "tavolin/model/owner_db_set.h"
@@ -53,13 +55,44 @@ void CVLDBOwnerSet::Remove(IndexKey vntIndexKey) {
     });
 }
 
+void CVLDBOwnerSet::Remove(const CVLDBOwner& owner) {
+    const std::int32_t position = owners_->PositionOf(&owner);
+    if (position != 0) Remove(position);
+}
+
+void CVLDBOwnerSet::LoadRegistry() {
+    const std::string path = RegistryPath();
+    if (!FileSystem::Current().Exists(path)) return;
+    try {
+        RegistryState(ReadDatabaseFile(path));
+    } catch (const std::bad_alloc&) {
+        throw;  // which says nothing about the file
+    } catch (...) {
+        unreadable_ = true;
+    }
+}
+
+void CVLDBOwnerSet::StoreRegistry(bool cut_tail) {
+    const std::string path = RegistryPath();
+    FileSystem& files = FileSystem::Current();
+    if (unreadable_ && files.Exists(path)) {
+        // Somebody may still be able to make something of it.
+        std::string aside = path + ".unreadable";
+        for (int i = 2; files.Exists(aside); ++i) {
+            aside = path + ".unreadable" + std::to_string(i);
+        }
+        files.Rename(path, aside);
+    }
+    unreadable_ = false;
+    WriteDatabaseFile(path, RegistryState(), cut_tail);
+}
+
 void CVLDBOwnerSet::Refresh() {
     Trap("CVLDBOwnerSet:Refresh Method", [&] {
         if (!Prune()) return;
-        const std::string path = RegistryPath();
-        if (!FileSystem::Current().Exists(path)) RaiseRunTime(kFileNotFound);
+        if (!FileSystem::Current().Exists(RegistryPath())) RaiseRunTime(kFileNotFound);
         // The whole file is replaced in one step, so nothing of the old one is kept behind.
-        WriteDatabaseFile(path, RegistryState(), true);
+        StoreRegistry(true);
     });
 }
 
@@ -69,11 +102,11 @@ bool CVLDBOwnerSet::Prune() {
         const auto databases = owner->CVLOwnerDBSet();
         for (const auto& database : databases->NewEnum()) {
             if (FileExists(database->Key())) continue;
-            databases->Remove(database->Key());
+            databases->Remove(*database);
             changed = true;
         }
         if (databases->Count() == 0) {
-            Remove(owner->Key());
+            Remove(*owner);
             changed = true;
         }
     }

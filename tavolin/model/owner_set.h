@@ -46,8 +46,15 @@ class CVLDBOwnerSet {
     // Library-internal: the stored form, and the registry file's byte array.
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
+    // The element, if it is in the set, whatever its Key is by now.
+    void Remove(const CVLDBOwner& owner);
+    // The registry file's byte array.
     std::vector<std::uint8_t> RegistryState() const;
     void RegistryState(const std::vector<std::uint8_t>& state);
+    // A registry file that is there and cannot be read leaves the set empty, and is renamed before
+    // the set is first stored.
+    void LoadRegistry();
+    void StoreRegistry(bool cut_tail = false);
 
   private:
     using Owners = ObjectCollection<CVLDBOwner>;
@@ -55,6 +62,7 @@ class CVLDBOwnerSet {
     bool Prune();
 
     std::shared_ptr<Owners> owners_ = std::make_shared<Owners>();
+    bool unreadable_ = false;
 };
 
 }  // namespace tavolin

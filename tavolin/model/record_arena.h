@@ -124,7 +124,7 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
         std::uint8_t reserved;
     };
     static_assert(sizeof(Header) == 20);
-    // In Header::flags. Width, kNotAscii and kKeyless reach the disk: do not change.
+    // In Header::flags. The width and kNotAscii reach the disk: do not change.
     enum Flag : std::uint8_t {
         kWidthMask = 0x03,  // an end of a field takes 1 << width bytes
         kNotAscii = 0x04,

@@ -66,6 +66,8 @@ void RecordCollection::Adopt(std::span<const RecordHandle> records) {
 
 void RecordCollection::Remove(RecordHandle record) {
     MakePlaces();
+    // Before the first of several with one key goes, the others must be known to have none.
+    records_.FindKey({});
     if (!records_.Remove(record)) return;
     records_.store().Part(record);
     arena_->Release(record);

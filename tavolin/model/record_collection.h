@@ -48,6 +48,8 @@ class RecordCollection {
     // Appends records that were just read from stored state; the keys are looked at later.
     void Adopt(std::span<const RecordHandle> records);
     void Remove(RecordHandle record);
+    // Whether a record of this collection's own arena stands in it; not for guests.
+    bool Holds(RecordHandle record) const { return records_.PositionOf(record) != 0; }
 
     template <class Body>
     void ForEach(Body&& body) const {

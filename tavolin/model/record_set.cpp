@@ -68,6 +68,8 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Update(const PrimaryKeyType& Key,
     return Trap(kSource, [&] {
         AskWrite(*session_, "CVLRecordSet:UpDate Method");
         if (!record) RaiseRunTime(kObjectNotSet);
+        // The record may be of another tree, or of one that was replaced.
+        AskWrite(*record->arena()->session(), "CVLRecordSet:UpDate Method");
         for (int field = 0; field < kFieldCount; ++field) {
             const auto current = record->arena()->Field(record->handle(), field);
             if (EqualFold(current, props[field])) continue;
@@ -103,23 +105,20 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Item(IndexKey vntIndexKey) const {
 
 void CVLRecordSet::Remove(IndexKey vntIndexKey) {
     static constexpr const char* kSource = "CVLRecordSet:Remove Method";
-    Trap(kSource, [&] { TakeOut(vntIndexKey, kSource); });
+    Trap(kSource, [&] {
+        AskDelete(*session_, kSource);
+        Remove(records_->Object(Existing(vntIndexKey, kSource)));
+    });
 }
 
 void CVLRecordSet::Remove(const std::shared_ptr<CVLRecord>& record) {
     static constexpr const char* kSource = "CVLRecordSet:Remove Method";
     Trap(kSource, [&] {
         AskDelete(*session_, kSource);
+        if (record->arena() != records_->shared_arena()) RaiseRunTime(kInvalidCall);
         records_->Remove(record->handle());
         OnRecordRemove.Fire(record);
     });
-}
-
-std::shared_ptr<CVLRecord> CVLRecordSet::TakeOut(IndexKey which, const char* source) {
-    AskDelete(*session_, source);
-    auto record = records_->Object(Existing(which, source));
-    Remove(record);
-    return record;
 }
 
 void CVLRecordSet::AttachToRecord(const std::shared_ptr<CVLRecord>& record, std::int32_t attachNkey,

@@ -144,7 +144,6 @@ class CVLRecordSet {
     void AddExisting(const std::shared_ptr<CVLRecord>& record);
     // Remove, for a record that is known to stand in the set.
     void Remove(const std::shared_ptr<CVLRecord>& record);
-    std::shared_ptr<CVLRecord> TakeOut(IndexKey which, const char* source);
     void ReplaceCollection(std::shared_ptr<RecordCollection> records);
     const std::shared_ptr<RecordCollection>& Collection() const { return records_; }
     // Whether more than `limit` records hold the value in that field, without regard to case.

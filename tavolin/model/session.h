@@ -35,7 +35,7 @@ class Session {
     // The logged-on user's name as it stands in messages: "---" when nobody is logged on.
     std::string UserName() const;
     // The open database's tables, or nothing.
-    std::shared_ptr<CVLTableSet> Tables() const { return authority_->tables; }
+    std::shared_ptr<CVLTableSet> Tables() const { return retired_ ? nullptr : authority_->tables; }
 
     bool IsOwner() const { return Permission() == Ownership; }
     bool MayDelete() const { return IsOwner() || Permission() == ToDelete; }
@@ -67,21 +67,5 @@ class SessionScope {
 // An engine's own place among the engines of its thread: from registration to the engine's end.
 void RegisterSession(const std::shared_ptr<Session>& session);
 void UnregisterSession(const std::shared_ptr<Session>& session);
-
-// Holds the permission state at a value for a moment; the end of the scope puts the old one back.
-class PermissionMoment {
-  public:
-    PermissionMoment(Authority& authority, PermitStateEnum state)
-        : authority_(authority), previous_(authority.permission) {
-        authority_.permission = state;
-    }
-    ~PermissionMoment() { authority_.permission = previous_; }
-    PermissionMoment(const PermissionMoment&) = delete;
-    PermissionMoment& operator=(const PermissionMoment&) = delete;
-
-  private:
-    Authority& authority_;
-    PermitStateEnum previous_;
-};
 
 }  // namespace tavolin

@@ -133,13 +133,17 @@ bool CVLTable::CanAdd(IndexKey recordKey) const {
 
 void CVLTable::Remove(IndexKey RecordNumOrKey) {
     Trap("CVLTable:Remove Method", [&] {
-        OnRecordRemove.Fire(records_->TakeOut(RecordNumOrKey, "CVLRecordSet:Remove Method"));
+        const auto records = records_;  // a handler may give the table another set
+        const auto record = records->Item(RecordNumOrKey);
+        records->Remove(record);
+        OnRecordRemove.Fire(record);
     });
 }
 
 void CVLTable::Remove(const std::shared_ptr<CVLRecord>& record) {
     Trap("CVLTable:Remove Method", [&] {
-        records_->Remove(record);
+        const auto records = records_;
+        records->Remove(record);
         OnRecordRemove.Fire(record);
     });
 }

@@ -95,7 +95,7 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
                                       std::shared_ptr<CVLRecord> record, const FieldTexts& props,
                                       std::shared_ptr<CVLAttachmentSet> AttachmentsTable = nullptr);
 
-    // Removes a record; raises as CVLRecordSet::Remove does. Records that refer to it stay.
+    // Removes a record; raises as CVLRecordSet::Item and Remove do. Records that refer to it stay.
     void Remove(IndexKey RecordNumOrKey);
 
     // Takes the links from this table to another away and returns the other. Asks for `Ownership`,
@@ -132,8 +132,9 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     // gone are passed over.
     void FreeFromInOutLinks();
 
-    // Deletes, depth first, every table of `useTableSet` that only this one's links refer to. Asks
-    // for `Ownership`. Tables that others refer to stay and lose the reference to this one.
+    // Deletes, depth first, every table of `useTableSet` that only this one's links refer to;
+    // unlinking and removing them asks for `Ownership`. Tables that others refer to stay and lose
+    // the reference to this one.
     void DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet);
 
     // Library-internal.
@@ -165,13 +166,14 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
         std::shared_ptr<Filling> chain;
     };
 
-    std::vector<FieldFilling> PlanFillings(const std::shared_ptr<CVLTableSet>& tables) const;
-    static void Fill(const std::vector<FieldFilling>& fillings, const CVLRecord& record,
-                     std::int32_t n_key);
+    using Fillings = std::vector<FieldFilling>;
+    Fillings PlanFillings(const std::shared_ptr<CVLTableSet>& tables) const;
+    static void Fill(const Fillings& fillings, const CVLRecord& record, std::int32_t n_key);
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table, const char* source) const;
     void DropOldLink(int field, const std::string& new_target);
     bool NoteReferenceFrom(std::string_view table);
     void ClearReferencesTo(std::string_view table);
+    void FreeInSet(const CVLTableSet& tables);
     void ForgetLinksTo(std::string_view table);
     void RecomputeType();
     void FillFrom(int field, CVLTable& target);

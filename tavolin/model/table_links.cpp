@@ -14,6 +14,20 @@
 namespace tavolin {
 namespace {
 
+void AskToLink(const Session& session, const char* source) {
+    if (session.MayWrite()) return;
+    Raise(CVLErrorNum::GetUserPermissionToRWError(), source,
+          Message("User: ", session.UserName(), " Does Not Have Permission To Read/Write!"));
+}
+
+void AskToUnlink(const Session& session, const char* source) {
+    if (session.IsOwner()) return;
+    Raise(CVLErrorNum::GetUserIsNotDBOwnerError(), source,
+          Message("User: ", session.UserName(),
+                  " Is Not The DataBase Owner!\r\n"
+                  "Thus Does Not Have The Right To Unlink A Field From A Table!"));
+}
+
 // The key that a record with this value in field 0 and nothing else gets in that table.
 std::string KeyOfOneField(const CVLTable& table, std::string_view value) {
     std::string key;
@@ -44,7 +58,8 @@ class CVLTable::Filling {
             if (!table->CanAdd(value)) break;
             const std::string key = KeyOfOneField(*table, value);
             if (table->records_->Collection()->Find(key) != kNoHandle) break;
-            added.push_back(table->records_->Add(table->primary_key_, n_key, {value}));
+            const auto records = table->records_;
+            added.push_back(records->Add(table->primary_key_, n_key, {value}));
         }
         // A table tells of its record when the records that it refers to are there.
         for (std::size_t i = added.size(); i-- > 0;) chain_[i]->OnRecordAdd.Fire(added[i]);
@@ -60,8 +75,10 @@ std::shared_ptr<CVLRecord> CVLTable::Add(const std::shared_ptr<CVLTableSet>& use
                                          const Placement& place) {
     static constexpr const char* kSource = "CVLTable:Add Method";
     return Trap(kSource, [&] {
-        const auto fillings = PlanFillings(useTableSet);
-        auto record = records_->Add(primary_key_, nKey, props, std::move(AttachmentsTable), place);
+        // Adding to what a search found changes nothing else.
+        const auto fillings = is_result_ ? Fillings() : PlanFillings(useTableSet);
+        const auto records = records_;  // a handler may give the table another set
+        auto record = records->Add(primary_key_, nKey, props, std::move(AttachmentsTable), place);
         Fill(fillings, *record, nKey);
         OnRecordAdd.Fire(record);
         return record;
@@ -74,17 +91,16 @@ std::shared_ptr<CVLRecord> CVLTable::Update(const std::shared_ptr<CVLTableSet>& 
                                             std::shared_ptr<CVLAttachmentSet> AttachmentsTable) {
     return Trap("CVLTable:UpDate Method", [&] {
         const auto fillings = PlanFillings(useTableSet);
-        records_->Update(primary_key_, record, props, std::move(AttachmentsTable));
+        const auto records = records_;
+        records->Update(primary_key_, record, props, std::move(AttachmentsTable));
         Fill(fillings, *record, type_);
         OnRecordUpDate.Fire(record);
         return record;
     });
 }
 
-std::vector<CVLTable::FieldFilling> CVLTable::PlanFillings(
-    const std::shared_ptr<CVLTableSet>& tables) const {
-    std::vector<FieldFilling> fillings;
-    if (is_result_) return fillings;
+CVLTable::Fillings CVLTable::PlanFillings(const std::shared_ptr<CVLTableSet>& tables) const {
+    Fillings fillings;
     for (int field = 0; field < kFieldCount; ++field) {
         if (!foreign_[static_cast<std::size_t>(field)]) continue;
         if (!tables) RaiseRunTime(kObjectNotSet);
@@ -94,8 +110,7 @@ std::vector<CVLTable::FieldFilling> CVLTable::PlanFillings(
     return fillings;
 }
 
-void CVLTable::Fill(const std::vector<FieldFilling>& fillings, const CVLRecord& record,
-                    std::int32_t n_key) {
+void CVLTable::Fill(const Fillings& fillings, const CVLRecord& record, std::int32_t n_key) {
     for (const FieldFilling& filling : fillings) {
         const std::string value(record.arena()->Field(record.handle(), filling.field));
         filling.chain->Fill(value, n_key);
@@ -110,22 +125,23 @@ std::shared_ptr<CVLTable> CVLTable::Resolve(const TableArgument& table, const ch
     auto found = table.is_table() ? table.table() : tables->Item(table.which());
     // What a search found has no links of its own: they are those of the table searched.
     if (is_result_ || found->is_result_) RaiseRunTime(kInvalidCall);
+    // Nor has a table that was removed.
+    if (set_ == nullptr || found->set_ == nullptr) {
+        Raise(CVLErrorNum::GetTableNotFoundError(), source, Message("Table Not Found!"));
+    }
     return found;
 }
 
 std::shared_ptr<CVLTable> CVLTable::Link(int fldNum0to9, const TableArgument& toTable) {
     static constexpr const char* kSource = "CVLTable:Link Method";
     return Trap(kSource, [&] {
-        if (!session_->MayWrite()) {
-            Raise(CVLErrorNum::GetUserPermissionToRWError(), kSource,
-                  Message("User: ", session_->UserName(),
-                          " Does Not Have Permission To Read/Write!"));
-        }
+        AskToLink(*session_, kSource);
         if (CheckedByte(fldNum0to9) >= kFieldCount) {
             Raise(CVLErrorNum::GetReferencedFldNotFoundError(), kSource,
                   Message("Referenced Field Not Found!"));
         }
         auto target = Resolve(toTable, kSource);
+        AskToLink(*target->session_, kSource);  // it may be of another tree
         const auto field = static_cast<std::size_t>(fldNum0to9);
         DropOldLink(fldNum0to9, target->key_);
         foreign_[field] = true;
@@ -182,12 +198,7 @@ void CVLTable::FillFrom(int field, CVLTable& target) {
 std::shared_ptr<CVLTable> CVLTable::Unlink(const TableArgument& LinkedTable) {
     static constexpr const char* kSource = "CVLTable:Unlink Method";
     return Trap(kSource, [&] {
-        if (!session_->IsOwner()) {
-            Raise(CVLErrorNum::GetUserIsNotDBOwnerError(), kSource,
-                  Message("User: ", session_->UserName(),
-                          " Is Not The DataBase Owner!\r\n"
-                          "Thus Does Not Have The Right To Unlink A Field From A Table!"));
-        }
+        AskToUnlink(*session_, kSource);
         std::shared_ptr<CVLTable> target;
         try {
             target = Resolve(LinkedTable, kSource);
@@ -195,6 +206,7 @@ std::shared_ptr<CVLTable> CVLTable::Unlink(const TableArgument& LinkedTable) {
             if (error.number() != CVLErrorNum::GetTableNotFoundError()) throw;
             Raise(error.number(), kSource, Message("Table: ", LinkedTable.Text(), " Not Found!"));
         }
+        AskToUnlink(*target->session_, kSource);
         target->ClearReferencesTo(key_);
         ForgetLinksTo(target->key_);
         target->RecomputeType();
@@ -211,24 +223,28 @@ void CVLTable::ForgetLinksTo(std::string_view table) {
 }
 
 void CVLTable::FreeFromInOutLinks() {
-    Trap("CVLTable:FreeFromInOutLinks Method", [&] {
+    static constexpr const char* kSource = "CVLTable:FreeFromInOutLinks Method";
+    Trap(kSource, [&] {
+        AskToUnlink(*session_, kSource);
         if (is_result_) RaiseRunTime(kInvalidCall);
         const auto tables = session_->Tables();
-        if (!tables) return;
-        for (std::size_t i = 0; i < kFieldCount; ++i) {
-            if (linked_[i].empty()) continue;
-            const std::string name = linked_[i];
-            const auto target = tables->Lookup(name);
-            if (target) Unlink(target);
-            ForgetLinksTo(name);
-        }
-        // Not only those that the ten slots have room for.
-        for (const auto& referrer : tables->NewEnum()) {
-            if (referrer->RefersTo(key_)) referrer->Unlink(shared_from_this());
-        }
+        if (tables && tables.get() == set_) FreeInSet(*tables);
+        linked_.fill({});
+        foreign_.fill(false);
         referenced_.fill({});
         RecomputeType();
     });
+}
+
+void CVLTable::FreeInSet(const CVLTableSet& tables) {
+    for (std::size_t i = 0; i < kFieldCount; ++i) {
+        const auto target = linked_[i].empty() ? nullptr : tables.Lookup(linked_[i]);
+        if (target) Unlink(target);
+    }
+    // Not only those that the ten slots have room for.
+    for (const auto& referrer : tables.NewEnum()) {
+        if (referrer->RefersTo(key_)) referrer->Unlink(shared_from_this());
+    }
 }
 
 // The walk of DeleteLinks, without a call within a call for every table on the way down.
@@ -288,6 +304,8 @@ class CVLTable::Cascade {
 
     void Finish(Frame& frame) {
         const auto target = std::exchange(frame.entered, nullptr);
+        // A handler may have removed the one or the other meanwhile.
+        if (target->set_ == nullptr || frame.table->set_ == nullptr) return;
         frame.table->Unlink(target);
         if (frame.only_referrer) tables_->Remove(target->key_);
     }

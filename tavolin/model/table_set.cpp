@@ -98,11 +98,14 @@ std::shared_ptr<CVLTable> CVLTableSet::Item(IndexKey vntIndexKey) const {
 }
 
 void CVLTableSet::AskToRemove() const {
-    if (session_->IsOwner()) return;
-    Raise(CVLErrorNum::GetUserIsNotDBOwnerError(), "CVLTableSet:Remove Method",
-          Message("User: ", session_->UserName(),
-                  " Is Not The DataBase Owner\r\n"
-                  "Thus Does Not Have The Right To Delete Tables!"));
+    static constexpr const char* kSource = "CVLTableSet:Remove Method";
+    Trap(kSource, [&] {
+        if (session_->IsOwner()) return;
+        Raise(CVLErrorNum::GetUserIsNotDBOwnerError(), kSource,
+              Message("User: ", session_->UserName(),
+                      " Is Not The DataBase Owner\r\n"
+                      "Thus Does Not Have The Right To Delete Tables!"));
+    });
 }
 
 void CVLTableSet::Remove(IndexKey vntIndexKey) {

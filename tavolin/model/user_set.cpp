@@ -83,6 +83,7 @@ void CVLDBUserSet::AddForOwners(std::shared_ptr<CVLDBUser> user) {
         if (users_->Contains(user->UserName())) RaiseTaken(kSource);
         users_->Add(user->UserName(), user);
         user->key_ = user->UserName();
+        user->session_ = session_;
         user->set_ = this;
     });
 }

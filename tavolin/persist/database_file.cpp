@@ -31,6 +31,9 @@ std::uint32_t ReadDescriptor(File& file, std::string_view path) {
     if (dimensions != kDimensions) {
         Refuse(path, "holds an array of " + std::to_string(dimensions) + " dimensions");
     }
+    if (LoadLittle<std::uint32_t>(descriptor.data() + 8) != 0) {
+        Refuse(path, "holds an array that does not begin at 0");
+    }
     return LoadLittle<std::uint32_t>(descriptor.data() + 4);
 }
 
