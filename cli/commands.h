@@ -1,0 +1,60 @@
+// The functions behind the commands, by subject.
+#pragma once
+
+#include "cli/arguments.h"
+#include "cli/host.h"
+
+namespace tavolin::cli {
+
+// The database as a whole.
+void CreateCommand(Host& host, const Arguments& words);
+void InfoCommand(Host& host, const Arguments& words);
+void SaveCommand(Host& host, const Arguments& words);
+void DeleteDatabaseCommand(Host& host, const Arguments& words);
+void PasswordCommand(Host& host, const Arguments& words);
+void OwnerCommand(Host& host, const Arguments& words);
+void BeginCommand(Host& host, const Arguments& words);
+void CommitCommand(Host& host, const Arguments& words);
+void AbortCommand(Host& host, const Arguments& words);
+
+// Tables.
+void TablesCommand(Host& host, const Arguments& words);
+void TableCommand(Host& host, const Arguments& words);
+void MakeTableCommand(Host& host, const Arguments& words);
+void MakeLinkedCommand(Host& host, const Arguments& words);
+void LinkCommand(Host& host, const Arguments& words);
+void UnlinkCommand(Host& host, const Arguments& words);
+void DropTableCommand(Host& host, const Arguments& words);
+void RenameTableCommand(Host& host, const Arguments& words);
+void LabelCommand(Host& host, const Arguments& words);
+
+// Records.
+void AddCommand(Host& host, const Arguments& words);
+void UpdateCommand(Host& host, const Arguments& words);
+void DeleteCommand(Host& host, const Arguments& words);
+void GetCommand(Host& host, const Arguments& words);
+void FindCommand(Host& host, const Arguments& words);
+void ListCommand(Host& host, const Arguments& words);
+void CountCommand(Host& host, const Arguments& words);
+void AttachCommand(Host& host, const Arguments& words);
+void ImportCommand(Host& host, const Arguments& words);
+
+// Users.
+void UsersCommand(Host& host, const Arguments& words);
+void UserCommand(Host& host, const Arguments& words);
+void AddUserCommand(Host& host, const Arguments& words);
+void SetUserCommand(Host& host, const Arguments& words);
+void RemoveUserCommand(Host& host, const Arguments& words);
+
+// The log.
+void LogCommand(Host& host, const Arguments& words);
+void LogOnCommand(Host& host, const Arguments& words);
+void LogOffCommand(Host& host, const Arguments& words);
+void LogReportCommand(Host& host, const Arguments& words);
+void LogFileCommand(Host& host, const Arguments& words);
+
+// The host itself. QuitCommand is the shell's to obey.
+void HelpCommand(Host& host, const Arguments& words);
+void QuitCommand(Host& host, const Arguments& words);
+
+}  // namespace tavolin::cli

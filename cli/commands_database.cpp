@@ -1,0 +1,131 @@
+// The database as a whole: making, showing, saving, handing over, deleting; the transaction.
+#include <iostream>
+
+#include "cli/commands.h"
+#include "cli/failure.h"
+#include "cli/paths.h"
+#include "cli/terminal.h"
+#include "tavolin/base/clock.h"
+
+namespace tavolin::cli {
+namespace {
+
+std::string SecretFor(const Arguments& words, std::string_view option, const std::string& prompt) {
+    if (const auto file = words.Find(option)) return FirstLine(*file);
+    if (!InputIsTerminal()) {
+        throw UsageError(prompt + " is missing: use " + std::string(option));
+    }
+    const auto secret = ReadSecret(prompt + ": ");
+    if (!secret) throw CommandFailure("no password was given");
+    return *secret;
+}
+
+std::string RightsOf(CVLDBEngine& engine) {
+    const auto user = engine.LogedOnUser();
+    if (engine.LogedOnIsOwner(user)) return "owner";
+    const auto users = engine.CVLDBUserSet();
+    const bool known = !users->CanAdd(user->UserName());
+    if (!known || !users->Item(user->UserName())->Equals(user)) return "read";
+    const auto stored = users->Item(user->UserName());
+    std::string rights;
+    if (stored->CanRead()) rights += "read ";
+    if (stored->CanReadWrite()) rights += "write ";
+    if (stored->CanDelete()) rights += "delete ";
+    if (!rights.empty()) rights.pop_back();
+    return rights;
+}
+
+}  // namespace
+
+void CreateCommand(Host& host, const Arguments& words) {
+    std::string password;
+    if (words.Has("--ask-password") || words.Has("--database-password-file")) {
+        password = SecretFor(words, "--database-password-file", "Password for the database");
+    }
+    host.Create(password, words.Get("--full-name"));
+    host.Note("created " + host.Path());
+    if (host.engine().PasswordCorrect("")) {
+        host.Note("its password is empty: anybody may read it");
+    }
+}
+
+void InfoCommand(Host& host, const Arguments&) {
+    CVLDBEngine& engine = host.engine();
+    std::int64_t records = 0;
+    for (const auto& table : engine.CVLTableSet()->NewEnum()) records += table->Count();
+    Results results = host.Answer({"Property", "Value"}, Host::Fit::kWhole);
+    results.Add({"file", host.Path()});
+    results.Add({"owner", engine.DBOwner()});
+    results.Add({"created", GeneralDate(engine.DBCreationDate())});
+    results.Add({"tables", std::to_string(engine.CVLTableSet()->Count())});
+    results.Add({"records", std::to_string(records)});
+    results.Add({"users", std::to_string(engine.CVLDBUserSet()->Count())});
+    results.Add({"you", engine.LogedOnUser()->UserName()});
+    results.Add({"your rights", RightsOf(engine)});
+    results.Add({"transaction", engine.TransactionStarted() ? "open" : "none"});
+    results.Add({"unsaved changes", host.unsaved() ? "yes" : "no"});
+    results.Finish();
+}
+
+void SaveCommand(Host& host, const Arguments& words) {
+    std::string name = words.Get("--as");
+    if (name.find_first_of("/\\") != name.npos) {
+        throw UsageError("--as takes a name; the folder goes with --to");
+    }
+    if (!name.empty() && name.find('.') == name.npos) name += ".cdb";
+    const auto folder = words.Find("--to");
+    host.engine().SaveDB(folder ? FolderPath(*folder) : std::string(), name, {},
+                         words.Has("--compact"));
+    host.Saved();
+    host.Note("saved " + host.Path());
+}
+
+void PasswordCommand(Host& host, const Arguments& words) {
+    CVLDBEngine& engine = host.engine();
+    std::string old_password;
+    if (!engine.LogedOnIsOwner(engine.LogedOnUser())) {
+        old_password = SecretFor(words, "--old-password-file", "Old password of the database");
+    }
+    engine.ChangePassword(old_password, host.NewPassword(words, "of the database"));
+    host.Changed();
+    host.Note("password changed");
+}
+
+void OwnerCommand(Host& host, const Arguments& words) {
+    CVLDBEngine& engine = host.engine();
+    const std::string& name = words["NAME"];
+    const bool asked =
+        !engine.UserExists(name) || words.Has("--password-file") || words.Has("--no-password");
+    host.Confirm(words, "Hand the database to " + name + "?");
+    const std::string password = asked ? host.NewPassword(words, "of " + name) : std::string();
+    engine.ChangeOwner(name, password, words.Get("--full-name"), words.Get("--description"));
+    host.Changed();
+    host.Note("the owner is " + engine.DBOwner());
+}
+
+void DeleteDatabaseCommand(Host& host, const Arguments& words) {
+    const auto file = words.Find("FILE");
+    const std::string path = file ? DatabasePath(*file) : host.Path();
+    const bool open_one = path == host.Path();
+    host.Confirm(words, "Delete " + path + "?", false);
+    host.engine().DeleteDB(LibraryPath(path));
+    if (open_one) host.Saved();
+    host.Note("deleted " + path);
+}
+
+void BeginCommand(Host& host, const Arguments&) {
+    host.Begin();
+    host.Note("transaction begun");
+}
+
+void CommitCommand(Host& host, const Arguments&) {
+    host.Commit();
+    host.Note("committed and saved");
+}
+
+void AbortCommand(Host& host, const Arguments&) {
+    host.Abort();
+    host.Note("everything since `begin` is taken back");
+}
+
+}  // namespace tavolin::cli

@@ -1,0 +1,204 @@
+// Records: adding, changing, deleting, reading and searching.
+#include <algorithm>
+#include <iostream>
+
+#include "cli/commands.h"
+#include "cli/failure.h"
+#include "cli/fields.h"
+#include "cli/terminal.h"
+#include "tavolin/base/text.h"
+
+namespace tavolin::cli {
+namespace {
+
+// The library does not say which key it did not find.
+std::shared_ptr<CVLRecord> FindRecord(Host& host, const Arguments& words) {
+    try {
+        return host.engine().GetRecord(words["TABLE"], RecordKey(words["KEY"]));
+    } catch (Error& error) {
+        const auto tables = host.engine().CVLTableSet();
+        if (error.detail().empty() && !tables->CanAdd(words["TABLE"])) {
+            error.AddDetail("no record " + words["KEY"] + " in " + words["TABLE"]);
+        }
+        throw;
+    }
+}
+
+Assignments InOrder(const CVLTable& table, const std::vector<std::string>& values) {
+    const std::vector<int> fields = FieldsOf(table);
+    if (values.size() > fields.size()) {
+        throw UsageError(table.Key() + " has " + Counted(fields.size(), "field") + ", not " +
+                         std::to_string(values.size()));
+    }
+    Assignments result;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        result[static_cast<std::size_t>(fields[i])] = values[i];
+    }
+    return result;
+}
+
+Assignments NewValues(const CVLTable& table, const Arguments& words) {
+    const auto& values = words.All("VALUE");
+    const bool named = !words.Has("--values") &&
+                       std::any_of(values.begin(), values.end(), [&](const std::string& word) {
+                           return IsAssignment(table, word);
+                       });
+    return named ? ParseAssignments(table, values) : InOrder(table, values);
+}
+
+// Everything that the record holds, with the new values in their fields.
+std::vector<std::string> Merged(const CVLTable& table, const CVLRecord& record,
+                                const Assignments& changes) {
+    std::vector<std::string> values;
+    for (int field = 0; field < kFieldCount; ++field) {
+        const auto& change = changes[static_cast<std::size_t>(field)];
+        values.push_back(record.prop(field));
+        if (!change) continue;
+        const bool in_key = table.PrimaryKey().Holds(field);
+        if (in_key && !EqualFold(*change, values.back())) {
+            throw CommandFailure("the field " + FieldTitle(table, field) +
+                                 " is part of the key and cannot change");
+        }
+        if (!in_key) values.back() = *change;
+    }
+    return values;
+}
+
+const char* KindName(attachmentEnum kind) {
+    switch (kind) {
+        case aPicture:
+            return "picture";
+        case aSound:
+            return "sound";
+        case aMovie:
+            return "movie";
+        default:
+            return "other";
+    }
+}
+
+attachmentEnum KindNamed(std::string_view name) {
+    for (const attachmentEnum kind : {aPicture, aSound, aMovie}) {
+        if (name == KindName(kind)) return kind;
+    }
+    return Miscellenius;
+}
+
+void PrintMatches(Host& host, const CVLTable& table, const CVLTable& matches, bool with_name) {
+    if (with_name && host.options().format == Format::kTable) host.Note(table.Key());
+    const std::vector<int> fields = FieldsOf(table);
+    Results results = host.Answer(FieldTitles(table));
+    for (const auto& record : matches.CVLRecordSet()->NewEnum()) {
+        results.Add(Values(*record, fields));
+    }
+    results.Finish("record");
+}
+
+}  // namespace
+
+void AddCommand(Host& host, const Arguments& words) {
+    const auto table = host.Table(words["TABLE"]);
+    const Assignments given = NewValues(*table, words);
+    std::array<std::string, kFieldCount> values;
+    std::transform(given.begin(), given.end(), values.begin(),
+                   [](const auto& value) { return value.value_or(""); });
+    const auto record = host.engine().AddRecord(table, 1, values);
+    host.Changed();
+    host.Note("record " + record->Key() + " added");
+}
+
+void UpdateCommand(Host& host, const Arguments& words) {
+    const auto table = host.Table(words["TABLE"]);
+    const Assignments changes = ParseAssignments(*table, words.All("FIELD=VALUE"));
+    const auto record = FindRecord(host, words);
+    const std::vector<std::string> values = Merged(*table, *record, changes);
+    host.engine().UpDateRecord(table, record, record->nKey(), values);
+    host.Changed();
+    // The engine takes a value that differs in letter case alone for the same.
+    for (int field = 0; field < kFieldCount; ++field) {
+        const std::string& value = values[static_cast<std::size_t>(field)];
+        if (record->prop(field) != value) record->prop(field, value);
+    }
+    host.Note("record " + record->Key() + " updated");
+}
+
+void DeleteCommand(Host& host, const Arguments& words) {
+    const auto key = FindRecord(host, words)->Key();
+    host.Changed();
+    host.engine().DeleteRecord(words["TABLE"], RecordKey(words["KEY"]), !words.Has("--no-cascade"));
+    host.Note("record " + key + " deleted");
+}
+
+void GetCommand(Host& host, const Arguments& words) {
+    const auto table = host.Table(words["TABLE"]);
+    const auto record = FindRecord(host, words);
+    std::vector<std::string> titles = FieldTitles(*table);
+    std::vector<std::string> values = Values(*record, FieldsOf(*table));
+    for (const auto& attachment : record->CVLAttachmentSet()->NewEnum()) {
+        titles.push_back(std::string("attached ") + KindName(attachment->SpecificType()));
+        values.push_back(attachment->attachmentPathName());
+    }
+    if (host.options().format != Format::kTable) {
+        Results results = host.Answer(titles, Host::Fit::kWhole);
+        results.Add(values);
+        return results.Finish();
+    }
+    Results results = host.Answer({"Field", "Value"}, Host::Fit::kWhole);
+    for (std::size_t i = 0; i < titles.size(); ++i) results.Add({titles[i], values[i]});
+    results.Finish();
+}
+
+void FindCommand(Host& host, const Arguments& words) {
+    const auto only = words.Find("--in");
+    const auto field_name = words.Find("--field");
+    bool found = false;
+    auto search = [&](const CVLTable& table) {
+        int field = kNoField;
+        if (field_name) {
+            const auto here = FieldCalled(table, *field_name);
+            if (!here && !only) return;
+            field = here ? *here : FieldNumber(table, *field_name);
+        }
+        const auto matches = table.Find(words["TEXT"], words.Has("--key"), field);
+        if (!matches || matches->Count() == 0) return;
+        found = true;
+        PrintMatches(host, table, *matches, !only);
+    };
+    if (only) {
+        search(*host.Table(*only));
+    } else {
+        for (const auto& table : host.engine().CVLTableSet()->NewEnum()) search(*table);
+    }
+    if (!found) throw CommandFailure("nothing found");
+}
+
+void ListCommand(Host& host, const Arguments& words) {
+    const auto table = host.Table(words["TABLE"]);
+    const auto records = table->CVLRecordSet();
+    const std::int32_t from = std::max(words.Number("--from", 1), 1);
+    const std::int32_t left = std::max(records->Count() - from + 1, 0);
+    const std::int32_t count = std::min(words.Number("--count", left), left);
+    const std::vector<int> fields = FieldsOf(*table);
+    Results results = host.Answer(FieldTitles(*table));
+    for (std::int32_t i = 0; i < count; ++i) {
+        if (Interrupted()) throw CommandFailure("interrupted");
+        results.Add(Values(*records->Item(from + i), fields));
+    }
+    results.Finish("record");
+}
+
+void CountCommand(Host& host, const Arguments& words) {
+    const auto count = static_cast<std::size_t>(host.Table(words["TABLE"])->Count());
+    const bool in_words = host.options().format == Format::kTable && !host.options().quiet;
+    std::cout << (in_words ? Counted(count, "record") : std::to_string(count)) << '\n';
+}
+
+void AttachCommand(Host& host, const Arguments& words) {
+    const auto record = FindRecord(host, words);
+    host.Table(words["TABLE"])
+        ->AttachToRecord(record, words["PATH"], KindNamed(words.Get("--kind")));
+    host.Changed();
+    host.Note("attached to record " + record->Key());
+}
+
+}  // namespace tavolin::cli

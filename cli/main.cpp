@@ -1,0 +1,20 @@
+#include <iostream>
+#include <optional>
+
+#include "cli/failure.h"
+#include "cli/host.h"
+#include "cli/options.h"
+#include "cli/shell.h"
+
+int main(int argc, char** argv) {
+    using namespace tavolin::cli;
+    int status = kSuccess;
+    const int failure = ReportFailures([&] {
+        const std::optional<HostOptions> options = ParseOptions(argc, argv);
+        if (!options) return;
+        Host host(*options);
+        status = host.in_session() ? RunSession(host) : RunOneCommand(host);
+        if (!std::cout.flush()) throw CommandFailure("the output cannot be written");
+    });
+    return failure != kSuccess ? failure : status;
+}

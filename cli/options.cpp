@@ -1,0 +1,78 @@
+#include "cli/options.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <map>
+
+#include "cli/failure.h"
+#include "cli/paths.h"
+#include "cli/terminal.h"
+
+namespace tavolin::cli {
+namespace {
+
+constexpr const char* kFooter =
+    "Without COMMAND, commands are read from the input: `tavolin FILE help` lists them.\n"
+    "The password is that of --password-file or TAVOLIN_PASSWORD; on a terminal it is asked\n"
+    "for when it is needed.\n"
+    "Exit status: 0, 1 for a refused or failed command, 2 for words that make no sense.";
+
+const std::map<std::string, Format> kFormats = {
+    {"table", Format::kTable}, {"csv", Format::kCsv}, {"lines", Format::kLines}};
+
+std::string UserName(const std::string& given) {
+    if (!given.empty()) return given;
+    const std::string named = Environment("TAVOLIN_USER");
+    return named.empty() ? SystemUserName() : named;
+}
+
+std::optional<std::string> Password(const std::string& file) {
+    if (!file.empty()) return FirstLine(file);
+    std::string named = Environment("TAVOLIN_PASSWORD");
+    if (named.empty()) return std::nullopt;
+    return named;
+}
+
+}  // namespace
+
+std::optional<HostOptions> ParseOptions(int argc, const char* const* argv) {
+    HostOptions options;
+    std::string password_file;
+    std::string format = "table";
+    bool no_header = false;
+    CLI::App app("Work on a Tavolin database file: tavolin [OPTIONS] FILE [COMMAND WORDS...]",
+                 "tavolin");
+    app.footer(kFooter);
+    app.set_version_flag("--version", "tavolin " TAVOLIN_VERSION);
+    app.add_option("FILE", options.file, "The database file; .cdb if it has no extension");
+    app.add_option("--user", options.user,
+                   "Who you are; else TAVOLIN_USER, else the system's name");
+    app.add_option("--password-file", password_file, "A file whose first line is your password");
+    app.add_option("--format", format, "How results are shown")->check(CLI::IsMember(kFormats));
+    app.add_flag("--no-header", no_header, "No headers in results");
+    app.add_flag("-q,--quiet", options.quiet, "Nothing but results and errors");
+    app.add_flag("--keep-going", options.keep_going, "Go on after a failed command of a pipe");
+    app.prefix_command();  // the command's own words are not looked at here
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != 0) throw UsageError(error.what());
+        app.exit(error);
+        return std::nullopt;
+    }
+    options.words = app.remaining();
+    if (!options.words.empty() && options.words[0] == "--") {
+        options.words.erase(options.words.begin());
+    }
+    if (!options.words.empty() && options.words[0].starts_with('-')) {
+        throw UsageError("there is no option " + options.words[0]);
+    }
+    if (options.file.empty()) throw UsageError("FILE is missing; try --help");
+    options.user = UserName(options.user);
+    options.password = Password(password_file);
+    options.format = kFormats.at(format);
+    options.header = !no_header;
+    return options;
+}
+
+}  // namespace tavolin::cli

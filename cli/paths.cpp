@@ -1,0 +1,63 @@
+#include "cli/paths.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+#include "cli/failure.h"
+#include "tavolin/persist/paths.h"
+
+namespace tavolin::cli {
+
+std::filesystem::path PathOf(std::string_view text) {
+    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+
+std::string TextOf(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return std::string(text.begin(), text.end());
+}
+
+std::string FolderPath(std::string_view folder) {
+    const auto path = std::filesystem::absolute(PathOf(folder)).lexically_normal();
+    const bool ends_open = !path.has_filename() && path.has_relative_path();
+    return TextOf(ends_open ? path.parent_path() : path);
+}
+
+std::string DatabasePath(std::string_view file) {
+    const auto path = std::filesystem::absolute(PathOf(file)).lexically_normal();
+    const auto [dir, name] = SplitPath(TextOf(path));
+    if (name.empty()) throw UsageError("FILE must name a file: " + std::string(file));
+    if (name.find('.') != name.npos) return dir + name;
+    return dir + name + "." + std::string(DefaultExtension());
+}
+
+std::string MachinePath(std::string path) {
+#ifndef _WIN32
+    std::replace(path.begin(), path.end(), '\\', '/');
+#endif
+    return path;
+}
+
+std::string LibraryPath(std::string_view path) {
+    auto [dir, name] = SplitPath(path);
+    if (dir.ends_with('/')) dir.back() = '\\';
+    return dir + name;
+}
+
+std::string FirstLine(const std::string& path) {
+    std::ifstream file(PathOf(path), std::ios::binary);
+    std::string line;
+    if (!file || (!std::getline(file, line) && file.bad())) {
+        throw CommandFailure("the file " + path + " cannot be read");
+    }
+    if (line.ends_with('\r')) line.pop_back();
+    return line;
+}
+
+std::string Environment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+}  // namespace tavolin::cli

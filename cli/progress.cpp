@@ -1,0 +1,32 @@
+#include "cli/progress.h"
+
+#include <algorithm>
+#include <iostream>
+#include <string>
+
+#include "cli/terminal.h"
+
+namespace tavolin::cli {
+
+Progress::Progress(std::uint64_t total) : enabled_(ErrorIsTerminal()), total_(total) {}
+
+Progress::~Progress() {
+    if (drawn_) std::cerr << "\r\x1B[K" << std::flush;
+}
+
+void Progress::Show(std::uint64_t done, std::uint64_t rows) {
+    if (!enabled_ || Clock::now() < next_) return;
+    next_ = Clock::now() + std::chrono::milliseconds(100);
+    drawn_ = true;
+    std::cerr << '\r';
+    if (total_ > 0) {
+        constexpr std::size_t kCells = 30;
+        const double part = std::min(1.0, static_cast<double>(done) / static_cast<double>(total_));
+        const auto full = static_cast<std::size_t>(part * kCells);
+        std::cerr << '[' << std::string(full, '#') << std::string(kCells - full, ' ') << "] "
+                  << static_cast<int>(part * 100) << " %  ";
+    }
+    std::cerr << rows << " rows" << std::flush;
+}
+
+}  // namespace tavolin::cli

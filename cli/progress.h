@@ -1,0 +1,30 @@
+// A bar on the error stream that shows how far a long task has come; nothing without a terminal.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace tavolin::cli {
+
+class Progress {
+  public:
+    // `total` is what Show counts up to; 0 when it is not known.
+    explicit Progress(std::uint64_t total);
+    // Takes the bar away.
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    // Redraws the bar, ten times a second at most. `rows` stands beside it.
+    void Show(std::uint64_t done, std::uint64_t rows);
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    bool enabled_;
+    bool drawn_ = false;
+    std::uint64_t total_;
+    Clock::time_point next_ = Clock::now();
+};
+
+}  // namespace tavolin::cli

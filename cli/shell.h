@@ -1,0 +1,21 @@
+// Runs commands on a host: one of them, or a session's.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "cli/host.h"
+
+namespace tavolin::cli {
+
+// Runs the command of the host's options, saves what it changed, and returns the exit status.
+int RunOneCommand(Host& host);
+
+// Reads and runs commands until the end of input or `quit` and returns the exit status. On a
+// terminal a failure is shown and the session goes on. From elsewhere the first failing command
+// ends it with that command's status; with keep_going it goes on and the highest status is
+// returned. Changes that are not saved at the end are asked about on a terminal. Elsewhere they are
+// lost, which is a failure unless `quit --discard` or `quit!` says that it is meant.
+int RunSession(Host& host);
+
+}  // namespace tavolin::cli

@@ -1,0 +1,275 @@
+// The program itself, run as a user runs it: words and files in, output and exit status out.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+
+#ifndef _WIN32
+#include <sys/wait.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+class HostTest : public testing::Test {
+  protected:
+    HostTest() : folder_(NewFolder()) {
+        setenv("TAVOLIN_FOLDER", folder_.c_str(), 1);
+        setenv("TAVOLIN_USER", "ann", 1);
+        setenv("TAVOLIN_PASSWORD", "secret", 1);
+        unsetenv("TAVOLIN_NEW_PASSWORD");
+    }
+    ~HostTest() override {
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+    }
+
+    void Write(const std::string& name, const std::string& text) const {
+        std::ofstream(folder_ / name, std::ios::binary) << text;
+    }
+    std::string Read(const std::string& name) const {
+        std::ostringstream text;
+        text << std::ifstream(folder_ / name, std::ios::binary).rdbuf();
+        return text.str();
+    }
+
+    // Runs `tavolin WORDS` in the folder; `words` goes through the shell, before it stand settings
+    // of environment variables.
+    Outcome Run(const std::string& words, const std::string& input = "",
+                const std::string& settings = "") const {
+        Write("in.txt", input);
+        const std::string command = "cd '" + folder_.string() + "' && " + settings + " '" +
+                                    TAVOLIN_HOST + "' " + words + " <in.txt >out.txt 2>err.txt";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Read("out.txt"), Read("err.txt")};
+    }
+
+    std::string Csv(const std::string& table) const {
+        return Run("--format csv --no-header shop list " + table).out;
+    }
+
+    void MakeShop() const {
+        ASSERT_EQ(0, Run("shop create").status);
+        ASSERT_EQ(0, Run("shop make-table People --fields ID,Name,City --key ID").status);
+        ASSERT_EQ(0, Run("shop add People 7 'Ann Lee' Paris").status);
+        ASSERT_EQ(0, Run("shop add People City=Rome ID=8").status);
+        ASSERT_EQ("7,Ann Lee,Paris\n8,,Rome\n", Csv("People"));
+    }
+
+  private:
+    static fs::path NewFolder() {
+        std::random_device random;
+        const auto name = "tavolin-host-" + std::to_string(random()) + std::to_string(random());
+        fs::create_directories(fs::temp_directory_path() / name);
+        return fs::temp_directory_path() / name;
+    }
+
+    fs::path folder_;
+};
+
+TEST_F(HostTest, OneCommandAtATimeKeepsWhatItChanged) {
+    MakeShop();
+    EXPECT_EQ(0, Run("shop update People 7 name=ANN").status);
+    EXPECT_EQ("7,ANN,Paris\n8,,Rome\n", Csv("People"));
+    EXPECT_EQ(0, Run("shop update People 7 'Name=ann lee'").status);
+    EXPECT_EQ(1, Run("shop update People 7 ID=9").status);
+    EXPECT_EQ(0, Run("shop attach People '#1' a.png --kind picture").status);
+    EXPECT_EQ("ID: 7\nName: ann lee\nCity: Paris\nattached picture: a.png\n",
+              Run("--format lines shop get People 7").out);
+    EXPECT_EQ("ID  Name     City\n--  -------  -----\n7   ann lee  Paris\n1 record\n",
+              Run("shop find LEE --in People").out);
+    EXPECT_EQ(0, Run("shop delete People '#1'").status);
+    EXPECT_EQ("8,,Rome\n", Csv("People"));
+}
+
+TEST_F(HostTest, KeysThatLookLikePositionsOrOptions) {
+    MakeShop();
+    EXPECT_EQ(0, Run("shop add People '#1' sharp").status);
+    EXPECT_EQ(0, Run("shop add People -5 minus").status);
+    EXPECT_EQ("#1,sharp,\n", Run("--format csv --no-header shop get People '\\#1'").out);
+    EXPECT_EQ("7,Ann Lee,Paris\n", Run("--format csv --no-header shop get People '#1'").out);
+    EXPECT_EQ("-5,minus,\n", Run("--format csv --no-header shop get People -5").out);
+}
+
+TEST_F(HostTest, WrongWordsAndFailuresHaveTheirStatus) {
+    MakeShop();
+    const std::pair<const char*, int> cases[] = {
+        {"", 2},
+        {"shop bogus", 2},
+        {"shop count", 2},
+        {"shop count People more", 2},
+        {"shop list People --bogus", 2},
+        {"shop list People --from x", 2},
+        {"--bogus shop count People", 2},
+        {"shop --format bad count People", 2},
+        {"shop begin", 2},
+        {"shop add People 1 2 3 4", 2},
+        {"shop add People ID=1 2", 2},
+        {"shop make-table X --fields A,B,C,D,E,F,G,H,I,J,K", 2},
+        {"shop make-table X --fields A,B --key C", 2},
+        {"shop add-user bob --read", 2},
+        {"shop count Nobody", 1},
+        {"shop get People 99", 1},
+        {"shop find nobody", 1},
+        {"shop drop-table People", 1},
+        {"missing tables", 1},
+        {"shop create", 1},
+        {"shop help import", 0},
+        {"--version", 0},
+        {"--help", 0},
+    };
+    for (const auto& [words, status] : cases) {
+        const Outcome outcome = Run(words);
+        EXPECT_EQ(status, outcome.status) << words;
+        EXPECT_EQ(status == 0, outcome.err.empty()) << words << outcome.err;
+    }
+    EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n", Csv("People"));
+    EXPECT_EQ(
+        "error -2147161495 (0x8004EA69): Table Nobody Not Found!\n"
+        "  source: CVLDBEngine:GetTable Method\n",
+        Run("shop count Nobody").err);
+}
+
+TEST_F(HostTest, RightsAreAskedForByCommand) {
+    MakeShop();
+    Write("bob.txt", "hush\r\n");
+    ASSERT_EQ(0, Run("shop add-user bob --read --password-file bob.txt").status);
+    const std::string bob = "--user bob --password-file bob.txt shop ";
+    EXPECT_EQ("2 records\n", Run(bob + "count People").out);
+    EXPECT_EQ(1, Run(bob + "add People 9").status);
+    EXPECT_EQ(1, Run(bob + "delete People 7").status);
+    EXPECT_EQ(1, Run(bob + "add-user eve --no-password").status);
+    EXPECT_EQ(1, Run(bob, "label People Name x\nsave\n").status);
+    ASSERT_EQ(0, Run("shop set-user bob --write on").status);
+    EXPECT_EQ(0, Run(bob + "add People 9").status);
+    EXPECT_EQ(1, Run(bob + "delete People 7").status);
+
+    EXPECT_EQ(1, Run("--user bob shop count People", "", "TAVOLIN_PASSWORD=wrong").status);
+    EXPECT_EQ(1, Run("--user eve shop", "help\n", "TAVOLIN_PASSWORD=wrong").status);
+    ASSERT_EQ(0, Run("shop set-user bob --disabled on").status);
+    EXPECT_EQ(1, Run(bob + "count People").status);
+    EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n9,,\n", Csv("People"));
+}
+
+TEST_F(HostTest, ASessionSavesWhenItIsToldTo) {
+    Outcome outcome = Run("new", "create\nmake-table T --fields A,B\nadd T 1 'x\ny'\nsave\n");
+    EXPECT_EQ(0, outcome.status) << outcome.err;
+    EXPECT_EQ("1,\"x\ny\"\n", Run("--format csv --no-header new list T").out);
+
+    outcome = Run("-q new", "add T 2\ncount T\n");
+    EXPECT_EQ(1, outcome.status);
+    EXPECT_EQ("2\n", outcome.out);
+    EXPECT_NE("", outcome.err);
+    EXPECT_EQ(0, Run("new", "add T 2\nquit --discard\nbogus\n").status);
+    EXPECT_EQ("1\n", Run("-q new count T").out);
+
+    outcome = Run("-q new", "count U\ncount T\n");
+    EXPECT_EQ(1, outcome.status);
+    EXPECT_EQ("", outcome.out);
+    outcome = Run("-q --keep-going new", "# comment\n\ncount U\nbogus\ncount T\n");
+    EXPECT_EQ(2, outcome.status);
+    EXPECT_EQ("1\n", outcome.out);
+    EXPECT_EQ(2, Run("new", "add T 'x").status);
+}
+
+TEST_F(HostTest, ATransactionIsTakenBackOrSaved) {
+    MakeShop();
+    EXPECT_EQ(0, Run("shop", "begin\nadd People 9\ndrop-table People\nabort\n").status);
+    EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n", Csv("People"));
+    EXPECT_EQ(1, Run("shop", "add People 9\nbegin\nabort\n").status) << "9 is not saved";
+    EXPECT_EQ(0, Run("shop", "begin\nadd People 9\ncommit\n").status);
+    EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n9,,\n", Csv("People"));
+}
+
+TEST_F(HostTest, ImportMakesOrFillsATable) {
+    MakeShop();
+    Write("new.csv", "\xEF\xBB\xBFid,City\r\nx,\"Pa\"\"ris\r\n2\"\r\ny,\r\n");
+    EXPECT_EQ(0, Run("shop import Towns new.csv --key City").status);
+    EXPECT_EQ("x,\"Pa\"\"ris\r\n2\"\ny,\n", Csv("Towns"));
+    Write("more.csv", "CITY,id\nOslo,9\nBonn,8\n");
+    const Outcome outcome = Run("shop import People more.csv --skip-duplicates");
+    EXPECT_EQ(0, outcome.status);
+    EXPECT_NE(outcome.out.npos, outcome.out.find("1 duplicate skipped")) << outcome.out;
+    EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n9,,Oslo\n", Csv("People"));
+}
+
+// In a session that saves afterwards: whatever the failed import left would be on the disk.
+TEST_F(HostTest, ARefusedImportNamesThePlaceAndChangesNothing) {
+    MakeShop();
+    ASSERT_EQ(0, Run("shop make-linked People City --fields Town").status);
+    Write("pw", "hush\n");
+    ASSERT_EQ(0, Run("shop add-user bob --read --write --password-file pw").status);
+    const std::string towns = Csv("CityPeople");
+    const std::array<std::string, 3> cases[] = {
+        {"People", "ID,City\n10,Oslo\n11,Bonn,x\n", "f.csv:3:3: a field too many"},
+        {"People", "ID,City\n10,Oslo\n11\n", "f.csv:3:2 (City): the field is missing"},
+        {"People", "ID,City\n10,Oslo\n\n8,Bonn\n", "f.csv:4:1 (ID): the key \"8\" is already"},
+        {"People", "ID,City\n10,\"Oslo\n\n", "f.csv:2:2 (City): a quote that is never"},
+        {"People", "ID,City\n10,Oslo\n11,\xFF\n", "f.csv:3:2 (City): byte 1"},
+        {"People", "ID,Street\n10,x\n", "f.csv:1:2 (Street): the table People has no such"},
+        {"People", "Name\nx\n", "the key field ID is not in the header"},
+        {"New", "A,B\n1,2\n1,3\n", "f.csv:3:1 (A): the key \"1\" is already"},
+        {"New", "a,b,c,d,e,f,g,h,i,j,k\n", "f.csv:1:11 (k): a table has ten fields"},
+        {"New", "a,A\n", "f.csv:1:2 (A): the name stands twice"},
+        {"New", "", "the file has no header"},
+    };
+    for (const auto& [table, csv, expected] : cases) {
+        Write("f.csv", csv);
+        const Outcome outcome = Run("--user bob --password-file pw --keep-going shop",
+                                    "import " + table + " f.csv\nsave\n");
+        EXPECT_EQ(1, outcome.status) << expected;
+        EXPECT_NE(outcome.err.npos, outcome.err.find(expected)) << outcome.err;
+        EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n", Csv("People")) << expected;
+        EXPECT_EQ(towns, Csv("CityPeople")) << expected;
+        EXPECT_EQ(1, Run("shop count New").status) << expected;
+    }
+}
+
+TEST_F(HostTest, LogSwitchesKeepTheOthers) {
+    MakeShop();
+    ASSERT_EQ(0, Run("shop log on record-add linking").status);
+    ASSERT_EQ(0, Run("shop log off linking").status);
+    ASSERT_EQ(0, Run("shop log on errors unlinking").status);
+    const std::string log = Run("--format csv shop log").out;
+    for (const char* line : {"errors,on\n", "record-add,on\n", "unlinking,on\n", "\nlinking,off\n",
+                             "record-update,off\n", "transactions,off\n"}) {
+        EXPECT_NE(log.npos, log.find(line)) << line << log;
+    }
+    ASSERT_EQ(0, Run("shop add People 9").status);
+    EXPECT_NE(std::string::npos, Read("shop.log").find("New Record Added. Key: 9"));
+}
+
+TEST_F(HostTest, DatabasesAreCopiedHandedOverAndDeleted) {
+    MakeShop();
+    EXPECT_EQ(0, Run("shop save --as copy").status);
+    EXPECT_EQ("2\n", Run("-q copy count People").out);
+    EXPECT_EQ(1, Run("shop save --as copy").status);
+    EXPECT_EQ(1, Run("shop delete-database copy").status);
+    EXPECT_EQ(0, Run("shop delete-database copy --yes").status);
+    EXPECT_EQ("", Read("copy.cdb"));
+    EXPECT_NE("", Read("shop.cdb"));
+
+    Write("bob.txt", "hush\n");
+    EXPECT_EQ(0, Run("shop owner bob --password-file bob.txt --yes").status);
+    const std::string bob = "--user bob --password-file bob.txt shop ";
+    EXPECT_EQ(1, Run("shop delete-database --yes").status);
+    EXPECT_EQ(0, Run(bob + "drop-table People --yes").status);
+    EXPECT_EQ(0, Run(bob + "delete-database --yes").status);
+    EXPECT_EQ("", Read("shop.cdb"));
+}
+
+}  // namespace
+
+#endif
