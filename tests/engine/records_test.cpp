@@ -1,0 +1,220 @@
+// Records through the engine, cascades and events above all.
+#include "tests/support/engine_state.h"
+
+namespace tavolin {
+namespace {
+
+using Num = CVLErrorNum;
+
+class RecordsTest : public EngineTest {
+  protected:
+    RecordsTest() {
+        engine_.OnRecordRemove.Connect(
+            [this](const auto& record) { removed_ += record->Key() + " "; });
+    }
+    // The keys of a table's records in their order, as "1 2 3 ".
+    std::string Keys(const char* table) {
+        std::string keys;
+        for (const auto& record : engine_.GetRecordSet(table)->NewEnum())
+            keys += record->Key() + " ";
+        return keys;
+    }
+    // A refers to B (fields 1 and 3) and D (field 2), B to C (field 1), and D to C as well.
+    void MakeLinkedTables() {
+        for (const char* name : {"A", "B", "C", "D"}) {
+            engine_.CreateNewPrimaryTable(name, {"ID", "Ref", "Second", "Third"});
+        }
+        engine_.LinkTables("A", 1, "B");
+        engine_.LinkTables("A", 3, "B");
+        engine_.LinkTables("A", 2, "D");
+        engine_.LinkTables("B", 1, "C");
+        engine_.LinkTables("D", 1, "C");
+    }
+    std::string removed_;
+};
+
+TEST_F(RecordsTest, FailuresHaveTheirNumbersTextsAndSources) {
+    engine_.CreateNewPrimaryTable("T", {"ID", "Text"});
+    const auto record = engine_.AddRecord("T", 1, {"1"});
+    const auto expect = [&](const char* member, const char* text, const auto& call) {
+        ExpectError(Num::GetRecordNotFoundError(), std::string("CVLDBEngine:") + member + " Method",
+                    text, call);
+    };
+    const char* const none = "Table none Not Found!";
+    expect("GetRecordSet", none, [&] { engine_.GetRecordSet("none"); });
+    expect("GetRecord", "Table 2 Not Found!", [&] { engine_.GetRecord(2, 1); });
+    expect("GetRecord", "Record 2 Not Found!", [&] { engine_.GetRecord("T", 2); });
+    expect("AddRecord", none, [&] { engine_.AddRecord("none", 1, {"1"}); });
+    expect("UpDateRecord", none, [&] { engine_.UpDateRecord("none", record, 1, {"1"}); });
+    expect("RemoveRecord", none, [&] { engine_.DeleteRecord("none", 1); });
+    EXPECT_EQ(ErrorNumber([&] { engine_.GetRecord("T", "x"); }), Num::GetDBNotSetError());
+    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("T", "x"); }), Num::GetDBNotSetError());
+    ActWith(ToReadWrite);
+    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("T", 1); }),
+              Num::GetUserPermissionToDelError());
+    EXPECT_EQ(Keys("T"), "1 ");
+}
+
+TEST_F(RecordsTest, ACascadeTakesWhatNothingElseRefersTo) {
+    struct Case {
+        const char* name;
+        std::vector<std::array<const char*, 5>> records;  // table and fields 0 to 3
+        bool cascade;
+        const char* removed;
+    };
+    // Always a1 of A is deleted.
+    const Case cases[] = {
+        {"a chain", {{"C", "c1"}, {"B", "b1", "c1"}, {"A", "a1", "b1"}}, true, "c1 b1 a1 "},
+        {"no cascade", {{"B", "b1", "c1"}, {"A", "a1", "b1"}}, false, "a1 "},
+        {"shared by a sibling", {{"A", "a1", "b1"}, {"A", "a2", "B1"}}, true, "a1 "},
+        {"shared by another field", {{"A", "a1", "b1"}, {"A", "a2", "", "", "b1"}}, true, "a1 "},
+        {"shared further down",
+         {{"B", "b1", "c1"}, {"B", "b2", "c1"}, {"A", "a1", "b1"}},
+         true,
+         "b1 a1 "},
+        {"shared by another table",
+         {{"B", "b1", "c1"}, {"D", "d1", "c1"}, {"A", "a1", "b1"}},
+         true,
+         "b1 a1 "},
+        {"two ways to one record, both inside",
+         {{"B", "b1", "c1"}, {"D", "d1", "c1"}, {"A", "a1", "b1", "d1"}},
+         true,
+         "b1 c1 d1 a1 "},
+        {"no values", {{"A", "a1"}}, true, "a1 "},
+    };
+    int round = 0;
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        engine_.CreateNewDB("db" + std::to_string(++round), FolderPath());
+        MakeLinkedTables();
+        for (const auto& record : test.records) {
+            const auto text = [&](std::size_t at) { return record[at] ? record[at] : ""; };
+            engine_.AddRecord(record[0], 1, {text(1), text(2), text(3), text(4)});
+        }
+        removed_.clear();
+        engine_.DeleteRecord("A", "a1", test.cascade);
+        EXPECT_EQ(removed_, test.removed);
+    }
+}
+
+TEST_F(RecordsTest, ACascadePassesOverMissingRecordsAndEndsInCycles) {
+    MakeLinkedTables();
+    engine_.LinkTables("C", 1, "A");
+    engine_.AddRecord("A", 1, {"a", "b"});
+    engine_.GetRecord("B", "b")->prop(1, "c");
+    engine_.AddRecord("C", 1, {"c", "a"});
+    engine_.DeleteRecord("B", "b");
+    EXPECT_EQ(removed_, "a c b ");
+    removed_.clear();
+    engine_.AddRecord("A", 1, {"x", "y", "z"});
+    engine_.DeleteRecord("B", "y");
+    removed_.clear();
+    engine_.DeleteRecord("A", "x");
+    EXPECT_EQ(removed_, "z x ");
+    engine_.LinkTables("D", 2, "D");
+    engine_.AddRecord("D", 1, {"self", "", "self"});
+    removed_.clear();
+    engine_.DeleteRecord("D", "self");
+    EXPECT_EQ(removed_, "self ");
+}
+
+// A ring of tables: the deeper records stand in the tables of the ones further up.
+TEST_F(RecordsTest, ACascadeGoesAsDeepAsTheDataGoes) {
+    constexpr int kDepth = 20'000;
+    constexpr int kTables = 50;
+    const auto name = [](int i) { return "T" + std::to_string(i % kTables); };
+    for (int i = 0; i < kTables; ++i) engine_.CreateNewPrimaryTable(name(i), {"ID", "Next"});
+    for (int i = 0; i < kDepth; ++i) {
+        const std::string next = i + 1 < kDepth ? std::to_string(i + 1) : "";
+        engine_.AddRecord(name(i), 1, {std::to_string(i), next});
+    }
+    for (int i = 0; i < kTables; ++i) engine_.LinkTables(name(i), 1, name(i + 1));
+    int expected = kDepth;
+    engine_.OnRecordRemove.Connect(
+        [&](const auto& record) { EXPECT_EQ(record->Key(), std::to_string(--expected)); });
+    engine_.DeleteRecord("T0", "0");
+    EXPECT_EQ(expected, 0);
+    for (int i = 0; i < kTables; ++i) EXPECT_EQ(engine_.GetTable(name(i))->Count(), 0);
+}
+
+TEST_F(RecordsTest, FindGivesTheMatchesOfTheFirstTableThatHasAny) {
+    engine_.CreateNewPrimaryTable("A", {"ID", "Name"});
+    engine_.CreateNewPrimaryTable("B", {"ID", "Name"});
+    engine_.AddRecord("A", 1, {"1", "S\u00E3o Paulo"});
+    engine_.AddRecord("B", 1, {"1", "s\u00E3o tom\u00E9"});
+    engine_.AddRecord("B", 1, {"2", "Paris"});
+    EXPECT_EQ(engine_.Find("S\u00C3O")->Key(), "A");
+    EXPECT_EQ(engine_.Find("S\u00C3O")->Count(), 1);
+    EXPECT_EQ(engine_.Find("2", true)->Key(), "B");
+    EXPECT_EQ(engine_.Find("", false, engine_.GetTable("B"))->Count(), 2);
+    ExpectError(Num::GetValueNotFoundError(), "CVLDBEngine:Find Method",
+                "Value: 1 Not Found In DataBase!", [&] { engine_.Find("1", false, nullptr, 1); });
+    EXPECT_EQ(ErrorNumber([&] { engine_.Find("Paris", false, engine_.GetTable("A")); }),
+              Num::GetValueNotFoundError());
+    const auto result = engine_.Find("par");
+    engine_.DeleteRecord(result, 1);
+    EXPECT_EQ(result->Count(), 0);
+    EXPECT_EQ(Keys("B"), "1 2 ");
+}
+
+TEST_F(RecordsTest, EventsComeFromTheSetTheTableAndTheEngineInThisOrder) {
+    engine_.CreateNewPrimaryTable("Cities", {"Name"});
+    const auto table = engine_.CreateNewPrimaryTable("T", {"ID", "City"});
+    engine_.LinkTables("T", 1, "Cities");
+    std::string events;
+    const auto note = [&](const char* from) {
+        return [&events, from](const auto& record) { events += from + record->Key() + " "; };
+    };
+    engine_.GetRecordSet("Cities")->OnRecordAdd.Connect(note("city:"));
+    table->CVLRecordSet()->OnRecordAdd.Connect(note("set+"));
+    table->OnRecordAdd.Connect(note("table+"));
+    engine_.OnRecordAdd.Connect(note("engine+"));
+    table->CVLRecordSet()->OnRecordRemove.Connect(note("set-"));
+    table->OnRecordRemove.Connect(note("table-"));
+    engine_.OnRecordRemove.Connect(note("engine-"));
+    engine_.AddRecord("T", 1, {"1", "Paris"});
+    EXPECT_EQ(events, "set+1 city:Paris table+1 engine+1 ");
+    events.clear();
+    engine_.DeleteRecord("T", "1", false);
+    EXPECT_EQ(events, "set-1 table-1 engine-1 ");
+}
+
+TEST_F(RecordsTest, HandlersMayCallBack) {
+    MakeLinkedTables();
+    // Adding while adding, and leaving.
+    EventConnection connection = 0;
+    connection = engine_.OnRecordAdd.Connect([&](const auto& record) {
+        engine_.OnRecordAdd.Disconnect(connection);
+        engine_.AddRecord("D", 1, {"copy of " + record->Key()});
+    });
+    engine_.AddRecord("A", 1, {"a", "b"});
+    EXPECT_EQ(Keys("D"), "copy of a ");
+    // Deleting what is in deletion: the dependent's event takes its referrer away.
+    const auto meddler = engine_.OnRecordRemove.Connect([&](const auto& record) {
+        if (record->Key() == "b") engine_.DeleteRecord("A", "a");
+    });
+    removed_.clear();
+    engine_.DeleteRecord("A", "a");
+    EXPECT_EQ(Keys("A") + Keys("B"), "");
+    EXPECT_EQ(removed_, "b a ");  // each is told of once
+    engine_.OnRecordRemove.Disconnect(meddler);
+    // Another database in the middle of a deletion: the old one's records are out of reach.
+    engine_.AddRecord("A", 1, {"a", "b"});
+    engine_.OnRecordRemove.Connect(
+        [&](const auto&) { engine_.CreateNewDB("second", FolderPath()); });
+    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("A", "a"); }),
+              Num::GetUserPermissionToDelError());
+    EXPECT_EQ(engine_.DBName(), "second.cdb");
+    EXPECT_EQ(engine_.CVLTableSet()->Count(), 0);
+}
+
+TEST_F(RecordsTest, WhatAHandlerThrowsLeavesAfterTheChange) {
+    engine_.CreateNewPrimaryTable("T", {"ID"});
+    engine_.OnRecordAdd.Connect([](const auto&) { throw std::runtime_error("no"); });
+    ExpectError(51, "CVLDBEngine:AddRecord Method", "An internal malfunction has occurred",
+                [&] { engine_.AddRecord("T", 1, {"1"}); });
+    EXPECT_EQ(Keys("T"), "1 ");
+}
+
+}  // namespace
+}  // namespace tavolin

@@ -1,0 +1,127 @@
+// Who is listed as the owner of which databases, and what becomes of a registry that is damaged.
+#include "tests/support/engine_state.h"
+
+namespace tavolin {
+namespace {
+
+class RegistryTest : public EngineTest {
+  protected:
+    std::string File(const char* name) const { return folder_ / name; }
+    // What somebody who logs on now finds.
+    std::string OnDisk(const char* owner) const {
+        CVLDBEngine engine;
+        engine.LogOn("eve", "");
+        return Listed(engine, owner);
+    }
+    // Another user's database, saved.
+    void MakeBobs(const char* name) const {
+        CVLDBEngine engine;
+        engine.LogOn("bob", "b");
+        engine.CreateNewDB(name, FolderPath());
+        engine.SaveDB();
+    }
+    const std::string shop_ = File("shop.cdb") + ";";
+};
+
+TEST_F(RegistryTest, TheFirstSaveWritesItAndLaterOnesAddToIt) {
+    EXPECT_FALSE(FileSystem::Current().Exists(File("RDX.dat")));
+    engine_.SaveDB();
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("ANN"), shop_);
+    MakeBobs("bobs");
+    engine_.LogOn("ann", "secret");
+    engine_.DBLegalUser(owner_, Ownership);
+    engine_.SaveDB({}, "second");
+    EXPECT_EQ(OnDisk("ann"), shop_ + File("second.cdb") + ";");
+    EXPECT_EQ(OnDisk("bob"), File("bobs.cdb") + ";");
+}
+
+TEST_F(RegistryTest, LoadingMakesNobodyTheOwnerOfAnothersDatabase) {
+    engine_.SaveDB();
+    MakeBobs("bobs");
+    engine_.LogOn("ann", "secret");
+    engine_.CVLDBOwnerSet()->Remove("bob");
+    engine_.LoadDB(File("bobs.cdb"));
+    EXPECT_EQ(Listed(engine_, "ann"), shop_);
+    EXPECT_EQ(Listed(engine_, "bob"), "");
+    engine_.LogOn("bob", "b");
+    engine_.CVLDBOwnerSet()->Remove("bob");
+    engine_.LoadDB(File("bobs.cdb"));
+    EXPECT_EQ(Listed(engine_, "bob"), File("bobs.cdb") + ";");
+}
+
+TEST_F(RegistryTest, AnUnreadableFileIsKeptAside) {
+    engine_.SaveDB();
+    const std::string good = Contents(File("RDX.dat"));
+    const std::string damaged[] = {"", "not a registry", good.substr(0, good.size() - 1),
+                                   Contents(File("shop.cdb"))};
+    for (int i = 0; i < 4; ++i) {
+        WriteContents(File("RDX.dat"), damaged[i]);
+        EXPECT_TRUE(engine_.LogOn("ann", "secret"));
+        EXPECT_EQ(engine_.CVLDBOwnerSet()->Count(), 0);
+        EXPECT_EQ(Contents(File("RDX.dat")), damaged[i]);
+        engine_.DBLegalUser(owner_, Ownership);
+        engine_.SaveDB();
+        engine_.SaveDB();
+        EXPECT_EQ(OnDisk("ann"), shop_);
+        const std::string number = i == 0 ? "" : std::to_string(i + 1);
+        EXPECT_EQ(Contents(File("RDX.dat.unreadable") + number), damaged[i]);
+    }
+    EXPECT_FALSE(FileSystem::Current().Exists(File("RDX.dat.unreadable5")));
+}
+
+TEST_F(RegistryTest, WithoutAPlaceForItTheDatabaseAndTheLogAreStillWritten) {
+    ScopedLibraryFolder gone;
+    std::filesystem::remove(gone.folder().path());
+    ExpectError(76, "CVLDBEngine:SaveDB Method",
+                "Unable to find the specified path\r\nRespecify the path",
+                [&] { engine_.SaveDB({}, "second"); });
+    EXPECT_EQ(engine_.DBName(), "second.cdb");
+    EXPECT_NE(Contents(File("second.log")).find("DATABASE SAVED! As "), std::string::npos);
+    std::filesystem::create_directory(gone.folder().path());
+    EXPECT_EQ(engine_.GetDB(File("second.cdb"))->DBOwner(), "ann");
+}
+
+TEST_F(RegistryTest, DeletedAndHandedOverDatabasesMove) {
+    engine_.SaveDB();
+    engine_.SaveDB({}, "second");
+    engine_.DeleteDB(File("shop.cdb"));
+    EXPECT_EQ(OnDisk("ann"), File("second.cdb") + ";");
+    engine_.ChangeOwner("bob", "b");
+    EXPECT_EQ(Listed(engine_, "bob"), File("second.cdb") + ";");
+    EXPECT_TRUE(engine_.CVLDBOwnerSet()->CanAdd("ann"));
+    EXPECT_EQ(OnDisk("bob"), "");  // only the next save tells
+    engine_.CVLDBOwnerSet()->Remove("bob");
+    engine_.LogedOnUser(engine_.GetUser("bob", "b"));
+    engine_.DBLegalUser(engine_.LogedOnUser(), Ownership);
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), File("second.cdb") + ";");
+}
+
+TEST_F(RegistryTest, ADatabaseThatCannotBeDeletedStaysListed) {
+    engine_.SaveDB();
+    const std::string file = File("shop.cdb");
+    const std::string saved = Contents(file);
+    const std::size_t calls =
+        FailEachCall([&] { engine_.DeleteDB(file); },
+                     [&](const std::string& call, bool threw) {
+                         const bool there = FileSystem::Current().Exists(file);
+                         EXPECT_TRUE(threw || !there) << call;
+                         EXPECT_EQ(Listed(engine_, "ann"), there ? shop_ : "") << call;
+                         EXPECT_EQ(OnDisk("ann"), there ? shop_ : "") << call;
+                         if (there) {
+                             EXPECT_TRUE(Contents(file) == saved) << call;
+                             return;
+                         }
+                         WriteContents(file, saved);
+                         engine_.LoadDB(file);
+                         engine_.DBLegalUser(owner_, Ownership);
+                         engine_.SaveDB();
+                         WriteContents(file, saved);
+                     });
+    EXPECT_GE(calls, 10u);
+    EXPECT_FALSE(FileSystem::Current().Exists(file));
+}
+
+}  // namespace
+}  // namespace tavolin

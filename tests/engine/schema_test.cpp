@@ -1,0 +1,118 @@
+// Tables through the engine: made, found, linked, unlinked, deleted.
+#include "tests/support/engine_state.h"
+
+namespace tavolin {
+namespace {
+
+using Num = CVLErrorNum;
+
+class SchemaTest : public EngineTest {
+  protected:
+    SchemaTest() {
+        engine_.OnTableCreation.Connect([this](const auto& name) { events_ += "+" + name; });
+        engine_.OnLinkedTableCreation.Connect([this](const auto& name) { events_ += "~" + name; });
+        engine_.OnTableDeletion.Connect([this](const auto& name) { events_ += "-" + name; });
+        engine_.OnLinkedTableDeletion.Connect([this](const auto& name) { events_ += "/" + name; });
+    }
+    std::string Names() const {
+        std::string names;
+        for (const auto& table : engine_.CVLTableSet()->NewEnum()) names += table->Key() + " ";
+        return names;
+    }
+    std::string events_;
+};
+
+TEST_F(SchemaTest, ALinkedTableIsNamedByItsFieldAndItsParent) {
+    const auto customers = engine_.CreateNewPrimaryTable("Customers", {"ID", "City"});
+    engine_.AddRecord("Customers", 1, {"7", "Paris"});
+    engine_.AddRecord("Customers", 2, {"8", "paris"});
+    const auto cities = engine_.CreateNewLinkedTable("Customers", "City", {"Name"});
+    EXPECT_EQ(cities->Key(), "CityCustomers");
+    EXPECT_EQ(cities->PrimaryKey(), (PrimaryKeyType{0, 99, 99, 99}));
+    EXPECT_EQ(customers->LinkedTable(1), "CityCustomers");
+    EXPECT_EQ(cities->SpecificType(), isLinkedTable);
+    EXPECT_EQ(cities->Count(), 1);
+    EXPECT_EQ(engine_.CreateNewLinkedTable(1, 0, {"x"})->Key(), "ID1");
+    EXPECT_EQ(engine_.CreateNewLinkedTable(customers, 0, {"x"})->Key(), "IDCustomers");
+    EXPECT_EQ(engine_.GetLinkedTable("customers", "City"), cities);
+    EXPECT_EQ(engine_.GetLinkedTable(1, 1), cities);
+    EXPECT_EQ(engine_.GetTable("ID1")->SpecificType(), isPrimaryTable);  // its field moved on
+    EXPECT_EQ(events_, "+Customers~CityCustomers~ID1~IDCustomers");
+}
+
+TEST_F(SchemaTest, FailuresHaveTheirTextsAndChangeNothing) {
+    engine_.CreateNewPrimaryTable("A", {"ID", "Ref"});
+    engine_.CreateNewPrimaryTable("RefA", {"ID"});
+    const auto expect = [&](std::int32_t number, const char* member, const char* text,
+                            const auto& call) {
+        ExpectError(number, std::string("CVLDBEngine:") + member + " Method", text, call);
+    };
+    const auto taken = Num::GetNewTableCreationError(), missing = Num::GetTableNotFoundError();
+    events_.clear();
+    const std::string report = engine_.LogReport();
+    expect(taken, "CreateNewPrimaryTable", "The Table a That Is Being Created Already Exists!",
+           [&] { engine_.CreateNewPrimaryTable("a", {"ID"}); });
+    expect(5, "CreateNewPrimaryTable", "Invalid procedure call or argument",
+           [&] { engine_.CreateNewPrimaryTable("", {"ID"}); });
+    expect(taken, "CreateNewLinkedTable",
+           "The Linked Table RefA That Is Being Created Already Exists!",
+           [&] { engine_.CreateNewLinkedTable("A", "Ref", {"ID"}); });
+    expect(missing, "CreateNewLinkedTable", "Referenced Table none Not Found!",
+           [&] { engine_.CreateNewLinkedTable("none", 0, {"ID"}); });
+    expect(missing, "LinkTables", "Referenced Table A OR none Not Found!",
+           [&] { engine_.LinkTables("A", 0, "none"); });
+    expect(missing, "UnlinkTables", "Referenced Table 9 OR A Not Found!",
+           [&] { engine_.UnlinkTables(9, "A"); });
+    expect(missing, "GetLinkedTable", "Table A Not Found!",
+           [&] { engine_.GetLinkedTable("A", 1); });
+    expect(missing, "GetTable", "Table 0 Not Found!", [&] { engine_.GetTable(0); });
+    expect(missing, "DeleteTable", "Linked Table none Not Found!",
+           [&] { engine_.DeleteTable("none"); });
+    EXPECT_EQ(ErrorNumber([&] { engine_.CreateNewPrimaryTable("B", {"ID"}, 10); }),
+              Num::GetFieldOutOfRangeError());
+    EXPECT_EQ(ErrorNumber([&] { engine_.CreateNewPrimaryTable("B", {"ID"}, 0, 256); }), 6);
+    EXPECT_EQ(ErrorNumber([&] { engine_.LinkTables("A", 10, "RefA"); }),
+              Num::GetReferencedFldNotFoundError());
+    EXPECT_EQ(engine_.LogReport(), report);
+    engine_.LinkTables("A", 1, "RefA");
+    ActWith(ToDelete);
+    expect(Num::GetUserIsNotDBOwnerError(), "DeleteTable",
+           "User: deleter Is Not The DataBase Owner\r\nThus Does Not Have The Right To Delete "
+           "Tables!",
+           [&] { engine_.DeleteTable("A"); });
+    EXPECT_EQ(engine_.GetTable("A")->LinkedTable(1), "RefA");  // refused before any change
+    EXPECT_EQ(Names(), "A RefA ");
+    EXPECT_EQ(events_, "");
+}
+
+TEST_F(SchemaTest, DeletionTakesAlongWhatOnlyTheTableRefersTo) {
+    struct Case {
+        const char* table;
+        bool cascade;
+        const char* left;
+        const char* events;
+    };
+    const Case cases[] = {
+        {"Orders", true, "Other Shared ", "-Orders"},
+        {"Orders", false, "Items Parts Other Shared ", "-Orders"},
+        {"Items", true, "Orders Other Shared ", "/Items"},
+        {"Shared", true, "Orders Items Parts Other ", "/Shared"},
+    };
+    int round = 0;
+    for (const Case& test : cases) {
+        engine_.CreateNewDB("db" + std::to_string(++round), FolderPath());
+        for (const char* name : {"Orders", "Items", "Parts", "Other", "Shared"})
+            engine_.CreateNewPrimaryTable(name, {"ID", "Ref"});
+        engine_.LinkTables("Orders", 1, "Items");
+        engine_.LinkTables("Items", 1, "Parts");
+        engine_.LinkTables("Orders", 2, "Shared");
+        engine_.LinkTables("Other", 2, "Shared");
+        events_.clear();
+        EXPECT_TRUE(engine_.DeleteTable(test.table, test.cascade));
+        EXPECT_EQ(Names(), test.left);
+        EXPECT_EQ(events_, test.events);
+    }
+}
+
+}  // namespace
+}  // namespace tavolin

@@ -1,0 +1,178 @@
+// Who is let in, and what he may do then.
+#include "tests/support/engine_state.h"
+
+namespace tavolin {
+namespace {
+
+using Num = CVLErrorNum;
+
+class UsersTest : public EngineTest {
+  protected:
+    UsersTest() {
+        engine_.CreateNewPrimaryTable("T", {"ID"});
+        engine_.CreateNewUser("reader", "word", true, false, false);
+        engine_.CreateNewUser("writer", "word", false, true, false);
+        engine_.CreateNewUser("deleter", "word", false, false, true);
+        engine_.CreateNewUser("none", "word", false, false, false);
+        engine_.CreateNewUser("off", "word", true, true, true, {}, {}, true);
+        engine_.ChangePassword("", "open");
+    }
+};
+
+TEST_F(UsersTest, DBLegalUserLetsInByNamePasswordAndNeed) {
+    struct Refusal {
+        std::int32_t number;
+        const char* text;
+    };
+    const Refusal none = {};
+    const Refusal read = {Num::GetUserPermissionToRdError(),
+                          "User Does Not Have Permission To Read!"};
+    const Refusal write = {Num::GetUserPermissionToRWError(),
+                           "User Does Not Have Permission To Read/Write!"};
+    const Refusal remove = {Num::GetUserPermissionToDelError(),
+                            "User Does Not Have Permission To Delete!"};
+    const Refusal owner = {Num::GetUserIsNotDBOwnerError(),
+                           "User: reader Is Not The DataBase Owner"};
+    const Refusal off = {Num::GetUserDisabledError(),
+                         "Log In To DataBase Denied!\r\nCause: User Is Disabled!"};
+    const Refusal password = {Num::GetDBPasswordError(),
+                              "Log In To DataBase Denied!\r\nCause: Incorrect DataBase Password!"};
+    struct Case {
+        const char* name;
+        const char* word;
+        PermitStateEnum needed;
+        const Refusal& refusal;
+        PermitStateEnum state;
+    };
+    const Case cases[] = {
+        {"ANN", "Secret", ToDelete, none, Ownership},
+        {"ann", "open", ToRead, none, ToRead},
+        {"ann", "wrong", Undefined, password, Undefined},
+        {"reader", "WORD", ToRead, none, ToRead},
+        {"reader", "word", ToLoad, none, ToRead},
+        {"reader", "word", ToReadWrite, write, ToRead},
+        {"reader", "word", ToDelete, remove, ToRead},
+        {"reader", "word", Ownership, owner, ToRead},
+        {"reader", "word", Undefined, none, ToRead},
+        {"reader", "open", ToRead, none, ToRead},
+        {"reader", "wrong", ToRead, password, Undefined},
+        {"writer", "word", ToSave, none, ToReadWrite},
+        {"writer", "word", ToRead, read, ToReadWrite},
+        {"writer", "open", ToSave, write, ToRead},
+        {"deleter", "word", ToDelete, none, ToDelete},
+        {"deleter", "word", ToLoad, read, ToDelete},
+        {"none", "word", ToRead, read, Undefined},
+        {"none", "word", Undefined, none, Undefined},
+        {"off", "word", ToRead, off, Undefined},
+        {"off", "open", ToRead, off, Undefined},
+        {"off", "wrong", Undefined, off, Undefined},
+        {"stranger", "Open", ToRead, none, ToRead},
+        {"stranger", "open", ToReadWrite, write, ToRead},
+        {"stranger", "", Undefined, password, Undefined},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(std::string(test.name) + "/" + test.word + std::to_string(test.needed));
+        EXPECT_TRUE(engine_.LogOn(test.name, test.word));
+        EXPECT_EQ(StateOf(engine_), Undefined);
+        const auto user = engine_.LogedOnUser();
+        engine_.DBLegalUser(owner_, Undefined);  // a state that must not be inherited
+        ASSERT_EQ(StateOf(engine_), Ownership);
+        const auto ask = [&] { EXPECT_TRUE(engine_.DBLegalUser(user, test.needed)); };
+        if (test.refusal.number == 0) {
+            ask();
+        } else {
+            ExpectError(test.refusal.number, "CVLDBEngine:DBLegalUser Method", test.refusal.text,
+                        ask);
+        }
+        EXPECT_EQ(StateOf(engine_), test.state);
+    }
+}
+
+TEST(UsersAndRightsTest, NobodyLoggedOnAndNothingOpenHaveTheirOwnTexts) {
+    const ScopedLibraryFolder library;
+    struct Member {
+        const char* name;
+        std::function<void(CVLDBEngine&)> call;
+    };
+    const Member members[] = {
+        {"LogedOnIsOwner", [](auto& e) { e.LogedOnIsOwner(e.LogedOnUser()); }},
+        {"PasswordCorrect", [](auto& e) { e.PasswordCorrect(""); }},
+        {"ChangePassword", [](auto& e) { e.ChangePassword("", ""); }},
+        {"UserExists", [](auto& e) { e.UserExists("ann"); }},
+        {"CreateNewUser", [](auto& e) { e.CreateNewUser("bob", "", true, true, true); }},
+        {"GetUser", [](auto& e) { e.GetUser("ann"); }},
+        {"DBLegalUser", [](auto& e) { e.DBLegalUser(e.LogedOnUser(), Undefined); }},
+        {"SaveDB", [](auto& e) { e.SaveDB(); }},
+    };
+    const char* const log_on = "User Should Log On To Be Able To Perform Any DataBase Activity!";
+    const char* const create = "User Should Log On To Create A New DataBase!";
+    CVLDBEngine nobody, engine;
+    engine.LogOn("ann", "secret");
+    for (const Member& member : members) {
+        const std::string source = std::string("CVLDBEngine:") + member.name + " Method";
+        ExpectError(Num::GetUserLogedOnNotFoundError(), source, log_on,
+                    [&] { member.call(nobody); });
+        ExpectError(Num::GetDBNotSetError(), source, "DataBase Is Not Set!",
+                    [&] { member.call(engine); });
+    }
+    ExpectError(Num::GetUserLogedOnNotFoundError(), "CVLDBEngine:GetDB Method", log_on,
+                [&] { nobody.GetDB("x"); });
+    ExpectError(Num::GetUserLogedOnNotFoundError(), "CVLDBEngine:DeleteDB Method", log_on,
+                [&] { nobody.DeleteDB("x"); });
+    ExpectError(Num::GetUserLogedOnNotFoundError(), "CVLDBEngine:LoadDB Method",
+                "User Should Log On To Be Able To Open A DataBase!", [&] { nobody.LoadDB("x"); });
+    ExpectError(Num::GetNewDBCreationError(), "CVLDBEngine:CreateNewDB Method", create,
+                [&] { nobody.CreateNewDB("x", ""); });
+    ExpectError(Num::GetNewDBCreationError(), "CVLDBEngine:ChangeOwner Method", create,
+                [&] { nobody.ChangeOwner(); });
+    ExpectError(Num::GetDBNotSetError(), "CVLDBEngine:TransactionBegin Method",
+                "DataBase Is Not Set!", [&] { nobody.TransactionBegin(); });
+    ExpectError(Num::GetUserIsNotDBOwnerError(), "CVLDBEngine:LogDBActivities",
+                "User: --- Is Not The DataBase Owner\r\nThus Does Not Permission To Set The Log!",
+                [&] { nobody.LogDBActivities(true); });
+}
+
+TEST_F(UsersTest, CreateNewUserFillsTheUserAndRefuses) {
+    const auto bob = engine_.CreateNewUser("bob", "b", true, false, true, "Bob B.", "second", true);
+    EXPECT_EQ(bob->UserFullName() + "/" + bob->UserDescription(), "Bob B./second");
+    EXPECT_TRUE(bob->UserDisabled() && bob->CanRead() && !bob->CanReadWrite() && bob->CanDelete());
+    ExpectError(Num::GetNewUserCreationError(), "CVLDBEngine:CreateNewUser Method",
+                "User: Bob Cannot Be Created!\r\nCause: User Already Exists In DataBase",
+                [&] { engine_.CreateNewUser("Bob", "", true, true, true); });
+    ActWith(ToDelete);
+    EXPECT_EQ(ErrorNumber([&] { engine_.CreateNewUser("eve", "", true, true, true); }),
+              Num::GetUserIsNotDBOwnerError());
+    EXPECT_FALSE(engine_.UserExists("eve"));
+}
+
+TEST_F(UsersTest, GetUserAsksForTheUsersOwnPassword) {
+    const char* const source = "CVLDBEngine:GetUser Method";
+    const auto reader = engine_.CVLDBUserSet()->Item("reader");
+    EXPECT_EQ(engine_.GetUser("Reader", "Word"), reader);
+    EXPECT_EQ(engine_.GetUser(reader, "ignored"), reader);
+    ExpectError(Num::GetUserPasswordError(), source, "Incorrect Password!",
+                [&] { engine_.GetUser("reader", "open"); });
+    ExpectError(Num::GetUserNotFoundError(), source, "User: eve Does Not Exist!",
+                [&] { engine_.GetUser("eve", "open"); });
+    engine_.LogOn("reader", "wrong");
+    EXPECT_EQ(ErrorNumber([&] { engine_.GetUser(engine_.LogedOnUser(), "word"); }),
+              Num::GetUserPasswordError());
+}
+
+TEST_F(UsersTest, TheDatabasePasswordIsChangedByTheOwnerOrWhoKnowsIt) {
+    engine_.LogOn("reader", "word");
+    ExpectError(Num::GetDBPasswordChangeError(), "CVLDBEngine:ChangePassword Method",
+                "DataBase Password Did Not Change!\r\nCause: Old DataBase Password Provided By "
+                "reader Is Incorrect!",
+                [&] { engine_.ChangePassword("word", "new"); });
+    EXPECT_TRUE(engine_.PasswordCorrect("OPEN"));
+    EXPECT_TRUE(engine_.ChangePassword("oPEn", "new"));
+    EXPECT_TRUE(engine_.PasswordCorrect("new"));
+    EXPECT_TRUE(engine_.LogReport().ends_with("DataBase shop.cdb Password Has Been Changed\r\n"));
+    engine_.LogOn("ann", "secret");
+    EXPECT_TRUE(engine_.ChangePassword("wrong", "newer"));
+    EXPECT_TRUE(engine_.PasswordCorrect("newer"));
+}
+
+}  // namespace
+}  // namespace tavolin

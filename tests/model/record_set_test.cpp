@@ -1,0 +1,352 @@
+#include "tavolin/model/record_set.h"
+
+#include <optional>
+#include <random>
+
+#include "tavolin/base/text.h"
+#include "tavolin/model/attachment_set.h"
+#include "tests/support/expect_error.h"
+
+namespace tavolin {
+namespace {
+
+using N = CVLErrorNum;
+constexpr PrimaryKeyType kFirst{0, 99, 99, 99};
+
+class RecordSetTest : public EngineTest {
+  protected:
+    // Field 1 of all records in their order.
+    std::string Names() const {
+        std::string names;
+        for (const auto& record : set_.NewEnum()) names += record->prop(1);
+        return names;
+    }
+    void Fill(std::string_view names) {
+        for (const char name : names) set_.Add(kFirst, 1, {std::string(1, name), {&name, 1}});
+    }
+    CVLRecordSet set_;
+};
+
+TEST_F(RecordSetTest, ComposesKeys) {
+    const PrimaryKeyType two_zero{2, 0, 99, 99};
+    const auto record = set_.Add(two_zero, 1, {"c", "", "ab"});
+    EXPECT_EQ(record->Key(), "abc");
+    EXPECT_EQ(set_.Item("ABC"), record);
+    // Without a separator these two are one key; so are letter cases.
+    for (const FieldTexts& taken : {FieldTexts{"bc", "", "a"}, FieldTexts{"C", "", "AB"}}) {
+        ExpectError(N::GetRecordAddError(), "CVLRecordSet:Add Method",
+                    "The Record That Is Being Added Already Exists In DataBase!",
+                    [&] { set_.Add(two_zero, 2, taken); });
+    }
+    set_.Add({}, 1, {"x"});
+    EXPECT_EQ(ErrorNumber([&] { set_.Add({}, 1, {"y"}); }), N::GetRecordAddError());
+    set_.Add(kFirst, 1, {"\xC3\x89t\xC3\xA9"});
+    EXPECT_FALSE(set_.CanAdd("\xC3\xA9T\xC3\x89"));
+    // Where letters of one case take more bytes than those of the other.
+    set_.Add({0, 1, 99, 99}, 1, {"\xE2\x84\xAA", "elvin"});
+    EXPECT_FALSE(set_.CanAdd("KELVIN"));
+    EXPECT_TRUE(set_.CanAdd("KELVI"));
+    EXPECT_FALSE(set_.CanAdd(""));
+    EXPECT_EQ(ErrorNumber([&] {
+                  set_.Add({10, 99, 99, 99}, 1, {"z"});
+              }),
+              N::GetFieldOutOfRangeError());
+    EXPECT_EQ(set_.Count(), 4);
+}
+
+TEST_F(RecordSetTest, AsksForRights) {
+    ExpectNoEnds("CVLRecordSet", "Record Not Found Error ", N::GetFirstRecordError(),
+                 {[&] { set_.FirstRecord(); }, [&] { set_.LastRecord(); },
+                  [&] { set_.PreviousRecord(1); }, [&] { set_.NextRecord(0); }});
+    Fill("abc");
+    const auto record = set_.Item("a");
+    int added = 0;
+    ExpectAsks({{ToRead, "CVLRecordSet:Item Property Get", [&] { set_.Item("a"); }},
+                {ToRead, "CVLRecordSet:moveFirst Method", [&] { set_.FirstRecord(); }},
+                {ToReadWrite, "CVLRecordSet:Add Method",
+                 [&] {
+                     set_.Add(kFirst, 1, {std::to_string(++added), "+"});
+                 }},
+                {ToReadWrite, "CVLRecordSet:UpDate Method",
+                 [&] {
+                     set_.Update(kFirst, record, {"a", "Z"});
+                 }},
+                {ToDelete, "CVLRecordSet:Remove Method", [&] { set_.Remove(2); }}});
+    EXPECT_EQ(Names(), "Z+++");
+    ActWith(Undefined);  // what asks for no right
+    record->prop(1, "x");
+    set_.ObjectState(set_.ObjectState());
+    EXPECT_EQ(Names(), "x+++");
+}
+
+TEST_F(RecordSetTest, TellsAMissedPositionFromAMissedKey) {
+    Fill("ab");
+    for (int position : {-1, 0, 3}) {
+        ExpectError(N::GetRecordNotFoundError(), "CVLRecordSet:Item Property Get",
+                    "No Record Is Found On This Range!", [&] { set_.Item(position); });
+    }
+    ExpectError(N::GetDBNotSetError(), "CVLRecordSet:Remove Method", "DataBase Is Not Set!",
+                [&] { set_.Remove("1"); });
+    EXPECT_EQ(set_.NextRecord(1), set_.LastRecord());
+    EXPECT_EQ(set_.PreviousRecord(2), set_.FirstRecord());
+    EXPECT_EQ(ErrorNumber([&] { set_.NextRecord(2); }), N::GetNextRecordError());
+    EXPECT_TRUE(set_.NextRecordIsAvailable(1) && !set_.NextRecordIsAvailable(2));
+    EXPECT_TRUE(set_.PreviousRecordIsAvailable(2) && !set_.PreviousRecordIsAvailable(1));
+    ExpectError(N::GetFieldOutOfRangeError(), "CVLRecord:prop Property Get",
+                "Field Is Out Of Range(0-9)", [&] { set_.Item(1)->prop(10); });
+    EXPECT_EQ(ErrorNumber([&] { set_.Item(1)->prop(-1, "x"); }), kOverflow);
+}
+
+TEST_F(RecordSetTest, UpdatesFieldByField) {
+    const PrimaryKeyType second{2, 99, 99, 99};
+    const auto record = set_.Add(second, 1, {"a", "b", "Key", "d"});
+    std::string events;
+    record->OnPropertyChange.Connect([&](const auto& changed, const auto& name, const auto& value) {
+        EXPECT_EQ(changed, record);
+        events += name + "=" + value + " ";
+    });
+    set_.OnRecordUpDate.Connect([&](const auto&) { events += "done "; });
+    EXPECT_EQ(set_.Update(second, record, {"A", "B2", "KEY"}), record);
+    EXPECT_EQ(record->prop(0) + record->prop(1) + record->prop(2) + record->prop(3), "aB2Key");
+    EXPECT_EQ(events, "prop1=B2 prop3= done ");
+    for (const FieldTexts& other : {FieldTexts{"1", "2"}, FieldTexts{"3", "2", "other", "4"}}) {
+        ExpectError(N::GetRecordUpDateError(), "CVLRecordSet:Update Method",
+                    "Record Key Cannot Be UpDated!", [&] { set_.Update(second, record, other); });
+    }
+    EXPECT_EQ(record->prop(0) + record->prop(1) + record->prop(3), "32");
+}
+
+TEST_F(RecordSetTest, RefusesPlacesThatAreNotThere) {
+    Fill("ab");
+    for (const Placement& place :
+         {Placement{.before = 0}, Placement{.after = 5}, Placement{.before = "none"},
+          Placement{.before = 1, .after = 1}}) {
+        ExpectError(5, "CVLRecordSet:Add Method", "Invalid procedure call or argument", [&] {
+            set_.Add(kFirst, 1, {"e", "e"}, nullptr, place);
+        });
+    }
+    EXPECT_TRUE(set_.CanAdd("e"));
+    EXPECT_EQ(Names(), "ab");
+}
+
+TEST_F(RecordSetTest, FilesUnderAHostsKeyWhenItIsLoaded) {
+    Fill("abcd");
+    set_.Item("a")->Key("z");
+    set_.Item("b")->prop(0, "new");  // a changed field leaves the key alone
+    set_.Item("c")->Key("D");
+    EXPECT_EQ(set_.Item("A")->Key(), "z");
+    EXPECT_EQ(set_.Item("b")->Key(), "b");
+    EXPECT_TRUE(set_.CanAdd("z") && set_.CanAdd("new"));
+    set_.ObjectState(set_.ObjectState());
+    EXPECT_EQ(Names(), "abcd");
+    EXPECT_EQ(set_.Item("Z")->prop(1), "a");
+    EXPECT_EQ(set_.Item("b")->prop(0), "new");
+    EXPECT_EQ(set_.Item("d")->prop(1), "c");  // of two with one key, the first has it
+    EXPECT_TRUE(set_.CanAdd("a") && set_.CanAdd("c"));
+    EXPECT_EQ(set_.Item(4)->Key(), "d");
+    set_.Remove(4);
+    EXPECT_EQ(set_.Item("d")->prop(1), "c");
+}
+
+TEST_F(RecordSetTest, EnumeratesWhileItChanges) {
+    Fill("abcdef");
+    std::string seen;
+    for (const auto& record : set_.NewEnum()) {
+        seen += record->prop(1);
+        set_.Remove(record->Key());
+        if (record->prop(1) == "b") set_.Remove("d");
+        if (record->prop(1) == "c") Fill("g");
+    }
+    EXPECT_EQ(seen, "abcefg");
+    Fill("xy");
+    auto old = set_.NewEnum();
+    set_.ObjectState(CVLRecordSet().ObjectState());
+    EXPECT_EQ(set_.Count(), 0);
+    EXPECT_EQ(old.Next()->prop(1), "x");
+}
+
+TEST_F(RecordSetTest, SharesAndStoresAttachments) {
+    const auto shared = std::make_shared<CVLAttachmentSet>();
+    const auto a = set_.Add(kFirst, 1, {"a"}, shared);
+    const auto b = set_.Add(kFirst, 1, {"b"}, shared);
+    set_.AttachToRecord(a, 3, "C:\\map.png", aPicture);
+    EXPECT_EQ(b->CVLAttachmentSet()->Item("c:\\MAP.png")->nKey(), 3);
+    set_.ObjectState(set_.ObjectState());
+    for (int i : {1, 2}) {
+        const auto loaded = set_.Item(i)->CVLAttachmentSet()->Item(1);
+        EXPECT_EQ(loaded->Key() + loaded->attachmentPathName(), "C:\\map.pngC:\\map.png");
+        EXPECT_EQ(loaded->SpecificType(), aPicture);
+    }
+}
+
+TEST_F(RecordSetTest, RefusesDamagedState) {
+    Fill("ab");
+    set_.Item("b")->Key("other");
+    set_.Item("a")->Attach(1, "p", aMovie);
+    const auto state = set_.ObjectState();
+    Fill("c");
+    const auto record = set_.Item("c");
+    ExpectDamageRefused(state, [&](const auto& damaged) { set_.ObjectState(damaged); });
+    ExpectError(31037, "CVLRecordSet:ObjectState Property Let",
+                "Error loading from file. The file is corrupted", [&] { set_.ObjectState({}); });
+    EXPECT_EQ(set_.Item(3), record);
+    EXPECT_EQ(Names(), "abc");
+}
+
+// The same set in the plainest way.
+struct Row {
+    std::optional<std::string> filed;  // what it is found under
+    std::string key;
+    std::int32_t n_key = 0;
+    std::array<std::string, kFieldCount> fields;
+};
+
+class RecordSetModel {
+  public:
+    const Row* Find(std::string_view key) const {
+        for (const Row& row : rows) {
+            if (row.filed && EqualFold(*row.filed, key)) return &row;
+        }
+        return nullptr;
+    }
+    void Load() {
+        auto old = std::exchange(rows, {});
+        for (Row& row : old) {
+            row.filed = Find(row.key) ? std::nullopt : std::optional(row.key);
+            rows.push_back(row);
+        }
+    }
+    std::vector<Row> rows;
+};
+
+class RandomRecords {
+  public:
+    RandomRecords(CVLRecordSet& set, std::uint32_t seed) : set_(set), random_(seed) {}
+
+    void Step() {
+        const auto at = model_.rows.empty() ? 0 : Below(model_.rows.size());
+        switch (model_.rows.empty() ? 0 : Below(12)) {
+            case 0:
+            case 1:
+            case 2:
+                return Add(at);
+            case 3:
+            case 4:
+                return Update(at);
+            case 5:
+            case 6:
+                return SetField(at, Below(kFieldCount), Text());
+            case 7:
+                model_.rows[at].key = Key();
+                return set_.Item(at + 1)->Key(model_.rows[at].key);
+            case 8:
+            case 9:
+                return Remove(at);
+            case 10:
+                return Lookup(Key());
+            default:
+                if (Below(10) == 0) Reload();
+        }
+    }
+
+    void Check() {
+        ASSERT_EQ(static_cast<std::size_t>(set_.Count()), model_.rows.size());
+        auto walk = set_.NewEnum();
+        for (std::size_t i = 0; i < model_.rows.size(); ++i) {
+            const Row& row = model_.rows[i];
+            const auto record = walk.Next();
+            ASSERT_EQ(record, set_.Item(i + 1));
+            ASSERT_EQ(record->Key(), row.key);
+            ASSERT_EQ(record->nKey(), row.n_key);
+            for (std::size_t f = 0; f < row.fields.size(); ++f) {
+                ASSERT_TRUE(record->prop(static_cast<int>(f)) == row.fields[f]) << "field " << f;
+            }
+            if (row.filed) Lookup(*row.filed);
+        }
+    }
+
+  private:
+    std::size_t Below(std::size_t limit) { return random_() % limit; }
+    std::string Key() {
+        static constexpr const char* kLetters[] = {"a", "B", "\xC3\xA9", "\xC3\x89", "b", "A"};
+        std::string key;
+        for (std::size_t i = Below(4); i-- > 0;) key += kLetters[Below(std::size(kLetters))];
+        return key;
+    }
+    std::string Text() {
+        if (Below(3) == 0) return Key();
+        static constexpr std::size_t kSizes[] = {0, 3, 8, 30, 254, 256, 1000, 65536, 600000};
+        return std::string(kSizes[Below(Below(20) == 0 ? 9 : 6)],
+                           static_cast<char>('a' + Below(26)));
+    }
+    void Add(std::size_t at) {
+        Row row{std::nullopt, "", static_cast<std::int32_t>(random_()), {Key(), Text(), Key()}};
+        row.key = row.fields[2] + row.fields[0];
+        row.filed = row.key;
+        Placement place;
+        std::size_t index = model_.rows.size();
+        if (!model_.rows.empty() && Below(2) == 0) {
+            const bool before = Below(2) == 0;
+            index = before ? at : at + 1;
+            const auto& key = model_.rows[at].filed;
+            const IndexKey where = key && Below(2) == 0 ? IndexKey(*key) : IndexKey(at + 1);
+            (before ? place.before : place.after) = where;
+        }
+        const auto add = [&] { set_.Add({2, 0, 99, 99}, row.n_key, row.fields, nullptr, place); };
+        if (model_.Find(row.key)) {
+            EXPECT_EQ(ErrorNumber(add), N::GetRecordAddError());
+        } else {
+            add();
+            model_.rows.insert(model_.rows.begin() + static_cast<std::ptrdiff_t>(index), row);
+        }
+    }
+    void Update(std::size_t at) {
+        Row& row = model_.rows[at];
+        auto fields = row.fields;
+        for (std::size_t f = 3 + Below(7); f < fields.size(); f += 2) fields[f] = Text();
+        set_.Update({2, 0, 99, 99}, set_.Item(at + 1), fields);
+        for (std::size_t f = 3; f < fields.size(); ++f) {
+            if (!EqualFold(fields[f], row.fields[f])) row.fields[f] = fields[f];
+        }
+    }
+    void SetField(std::size_t at, std::size_t field, const std::string& value) {
+        model_.rows[at].fields[field] = value;
+        set_.Item(at + 1)->prop(static_cast<int>(field), value);
+    }
+    void Remove(std::size_t at) {
+        const auto& key = model_.rows[at].filed;
+        set_.Remove(key && Below(2) == 0 ? IndexKey(*key) : IndexKey(at + 1));
+        model_.rows.erase(model_.rows.begin() + static_cast<std::ptrdiff_t>(at));
+    }
+    void Lookup(const std::string& key) {
+        const Row* row = model_.Find(key);
+        if (!row) {
+            EXPECT_EQ(ErrorNumber([&] { set_.Item(key); }), N::GetDBNotSetError()) << key;
+        } else {
+            EXPECT_EQ(set_.Item(key), set_.Item(row - model_.rows.data() + 1)) << key;
+        }
+    }
+    void Reload() {
+        set_.ObjectState(set_.ObjectState());
+        model_.Load();
+    }
+
+    CVLRecordSet& set_;
+    RecordSetModel model_;
+    std::mt19937 random_;
+};
+
+TEST_F(RecordSetTest, AgreesWithAPlainModel) {
+    const std::uint32_t seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    RandomRecords random(set_, seed);
+    for (int i = 0; i < 4000; ++i) {
+        random.Step();
+        if (i % 50 == 0) random.Check();
+        if (HasFailure()) FAIL() << "in step " << i;
+    }
+    random.Check();
+}
+
+}  // namespace
+}  // namespace tavolin

@@ -1,0 +1,127 @@
+#include "tavolin/model/session.h"
+
+#include <thread>
+
+#include "tavolin/model/attachment_set.h"
+#include "tests/support/expect_error.h"
+
+namespace tavolin {
+namespace {
+
+using N = CVLErrorNum;
+constexpr PrimaryKeyType kFirst{0, 99, 99, 99};
+
+class SessionTest : public EngineTest {
+  protected:
+    static bool MayWrite(CVLRecordSet& set) {
+        static int count = 0;
+        const std::string key = "key" + std::to_string(++count);
+        const std::int32_t number = ErrorNumber([&] { set.Add(kFirst, 1, {key}); });
+        EXPECT_TRUE(number == 0 || number == N::GetUserPermissionToRWError()) << number;
+        return number == 0;
+    }
+    static std::unique_ptr<CVLDBEngine> Reader(const std::string& folder) {
+        auto engine = std::make_unique<CVLDBEngine>();
+        engine->LogOn("rob", "word");
+        engine->CreateNewDB("other", folder);
+        engine->CreateNewPrimaryTable("T", {"ID"});
+        engine->CreateNewUser("r", "word", true, false, false);
+        engine->LogOn("r", "word");
+        engine->DBLegalUser(engine->LogedOnUser(), ToRead);
+        return engine;
+    }
+};
+
+TEST_F(SessionTest, RightsOfTwoEnginesNeverMix) {
+    const auto own = engine_.CreateNewPrimaryTable("T", {"ID"});
+    const auto other_engine = Reader(FolderPath());
+    const auto other = other_engine->GetTable("T");
+    EXPECT_TRUE(MayWrite(*own->CVLRecordSet()));
+    EXPECT_FALSE(MayWrite(*other->CVLRecordSet()));
+    const auto record = engine_.AddRecord("T", 1, {"a"});
+    record->Attach(1, "p", aPicture);  // made by the one, though the other is the newest
+    EXPECT_EQ(ErrorNumber([&] { other_engine->AddRecord("T", 1, {"a"}); }),
+              N::GetUserPermissionToRWError());
+    // What is put into another's tree goes by that tree's rights.
+    const auto shared = std::make_shared<CVLAttachmentSet>();
+    EXPECT_NE(ErrorNumber([&] { shared->Add("k", 1, "p", aPicture); }), 0);
+    record->CVLAttachmentSet(shared);
+    shared->Add("k", 1, "p", aPicture);
+    const auto records = std::make_shared<CVLRecordSet>();
+    EXPECT_FALSE(MayWrite(*records));
+    own->CVLRecordSet(records);
+    EXPECT_TRUE(MayWrite(*records));
+}
+
+TEST_F(SessionTest, FreeObjectsBelongToTheNewestEngineOfTheirThread) {
+    CVLRecordSet mine;
+    EXPECT_TRUE(MayWrite(mine));
+    {
+        const auto other_engine = Reader(FolderPath());
+        CVLRecordSet others;
+        EXPECT_FALSE(MayWrite(others));
+        EXPECT_TRUE(MayWrite(mine));
+        std::thread([] {
+            CVLRecordSet nobodys;
+            ExpectError(N::GetUserPermissionToRWError(), "CVLRecordSet:Add Method",
+                        "User --- Does Not Have Permission To Read/Write!",
+                        [&] { nobodys.Add(kFirst, 1, {"a"}); });
+        }).join();
+    }
+    CVLRecordSet after;
+    EXPECT_TRUE(MayWrite(after));
+    engine_.SaveDB();
+    const auto opened = engine_.GetDB(FolderPath() + "\\shop.cdb");
+    CVLRecordSet still;
+    EXPECT_TRUE(MayWrite(still));
+    EXPECT_EQ(ErrorNumber([&] { opened->CVLTableSet()->Item("T"); }),
+              N::GetUserPermissionToRdError());
+}
+
+// A tree that was replaced can be read field by field and not changed.
+TEST_F(SessionTest, ReplacedTreesAreRetired) {
+    const auto table = engine_.CreateNewPrimaryTable("T", {"ID"});
+    const auto record = engine_.AddRecord("T", 1, {"a", "b"});
+    const auto result = table->Find("b");
+    const auto tables = engine_.CVLTableSet();
+    const auto users = engine_.CVLDBUserSet();
+    const auto bob = users->Add("bob", "", true, false, false);
+    const auto replaced = [&] {
+        EXPECT_EQ(record->prop(1) + table->FieldName(0), "bID");
+        EXPECT_FALSE(MayWrite(*table->CVLRecordSet()));
+        EXPECT_FALSE(MayWrite(*result->CVLRecordSet()));
+        EXPECT_EQ(ErrorNumber([&] { record->Attach(1, "p", aPicture); }),
+                  N::GetUserPermissionToRWError());
+        EXPECT_EQ(ErrorNumber([&] { tables->Item("T"); }), N::GetUserPermissionToRdError());
+        EXPECT_EQ(ErrorNumber([&] { users->Remove("ann"); }), N::GetUserIsNotDBOwnerError());
+        EXPECT_EQ(ErrorNumber([&] { bob->CanRead(false); }), N::GetUserIsNotDBOwnerError());
+    };
+    engine_.CreateNewDB("next", FolderPath());
+    replaced();
+    EXPECT_TRUE(MayWrite(*engine_.CreateNewPrimaryTable("T", {"ID"})->CVLRecordSet()));
+    const auto old = engine_.GetTable("T");
+    engine_.TransactionBegin();
+    engine_.TansactionAbort();
+    EXPECT_FALSE(MayWrite(*old->CVLRecordSet()));
+    EXPECT_TRUE(MayWrite(*engine_.GetTable("T")->CVLRecordSet()));
+}
+
+TEST(SessionEndTest, ObjectsOutliveTheirEngine) {
+    ScopedLibraryFolder library;
+    std::shared_ptr<CVLTable> table;
+    std::shared_ptr<CVLRecord> record;
+    {
+        CVLDBEngine engine;
+        engine.LogOn("ann", "secret");
+        engine.CreateNewDB("shop", PortablePath(library.folder().path()));
+        table = engine.CreateNewPrimaryTable("T", {"ID"});
+        record = engine.AddRecord("T", 1, {"a"});
+    }
+    EXPECT_EQ(record->prop(0) + table->Key(), "aT");
+    EXPECT_EQ(table->Count(), 1);
+    EXPECT_EQ(ErrorNumber([&] { table->Add(nullptr, 1, {"b"}); }), N::GetUserPermissionToRWError());
+    EXPECT_EQ(table->Find("a")->Count(), 1);
+}
+
+}  // namespace
+}  // namespace tavolin

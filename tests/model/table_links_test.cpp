@@ -1,0 +1,193 @@
+#include "tavolin/model/table_set.h"
+#include "tests/support/expect_error.h"
+
+namespace tavolin {
+namespace {
+
+using N = CVLErrorNum;
+
+class TableLinksTest : public EngineTest {
+  protected:
+    std::shared_ptr<CVLTable> Make(const std::string& name) {
+        return engine_.CreateNewPrimaryTable(name, {"ID", "One", "Two"}, 0);
+    }
+    static std::string Records(const CVLTable& table) {
+        std::string text;
+        for (const auto& record : table.CVLRecordSet()->NewEnum()) {
+            text += record->prop(0) + ":" + std::to_string(record->nKey()) + " ";
+        }
+        return text;
+    }
+    // Every table with its outgoing links and the slots of its referrers.
+    std::string Links() const {
+        std::string text;
+        for (const auto& table : tables_->NewEnum()) {
+            text += table->Key() + "(";
+            for (int i = 0; i < kFieldCount; ++i) {
+                EXPECT_EQ(table->FieldIsForeignKey(i), !table->LinkedTable(i).empty());
+                if (table->FieldIsForeignKey(i)) {
+                    text += std::to_string(i) + table->LinkedTable(i);
+                }
+            }
+            text += "|";
+            for (int i = 0; i < kFieldCount; ++i) text += table->ReferencedTable(i);
+            text += ")";
+        }
+        return text;
+    }
+    std::shared_ptr<CVLTableSet> tables_ = engine_.CVLTableSet();
+    std::shared_ptr<CVLTable> a_ = Make("A"), b_ = Make("B"), c_ = Make("C");
+};
+
+TEST_F(TableLinksTest, FillsTheTargetOnTheFirstLinkOnly) {
+    const char* rows[][3] = {{"1", "x", "p"}, {"2", "y", "q"}, {"3", "X", "x"}, {"4", "", ""}};
+    for (const auto& row : rows) a_->Add(tables_, 8, row);
+    std::string events;
+    a_->OnFieldSetAsForeignKey.Connect([&](const std::string& field) { events += field + " "; });
+    b_->OnRecordAdd.Connect([&](const auto& record) { events += "+" + record->Key() + " "; });
+    EXPECT_EQ(a_->Link(1, "b"), b_);
+    EXPECT_EQ(Records(*b_), "x:1 y:1 ");
+    EXPECT_EQ(a_->Link(2, 2), b_);
+    EXPECT_EQ(Records(*b_), "x:1 y:1 ");
+    EXPECT_EQ(Links(), "A(1B2B|)B(|A)C(|)");
+    EXPECT_EQ(a_->NumberOfLinkedTables(), 2);
+    EXPECT_EQ(events, "+x +y One Two ");
+}
+
+TEST_F(TableLinksTest, FillsAlongChains) {
+    a_->Link(1, b_);
+    b_->Link(0, c_);
+    std::string events;
+    for (const auto& table : {a_, b_, c_}) {
+        table->OnRecordAdd.Connect([&, name = table->Key()](const auto&) { events += name; });
+    }
+    const auto record = a_->Add(tables_, 7, {"1", "v"});
+    EXPECT_EQ(Records(*b_) + Records(*c_), "v:7 v:7 ");
+    EXPECT_EQ(events, "CBA");
+    a_->Update(tables_, record, {"1", "w"});  // with the table's type as the number
+    EXPECT_EQ(Records(*b_) + Records(*c_), "v:7 w:1 v:7 w:1 ");
+    a_->Update(tables_, record, {"1", ""});
+    EXPECT_EQ(b_->Count(), 2);
+    b_->SetPrimaryKeyFields(1);  // a one-field record has the empty key there now
+    a_->Add(tables_, 1, {"2", "n1"});
+    a_->Add(tables_, 1, {"3", "n2"});
+    EXPECT_EQ(b_->Count(), 3);
+    EXPECT_EQ(a_->Count(), 3);
+
+    c_->Link(0, a_);  // in a circle
+    a_->Add(tables_, 1, {"4", "deep"});
+    EXPECT_EQ(c_->GetRecord("n1")->nKey(), 1);
+
+    tables_->Remove("C");
+    const auto before = Records(*a_) + Records(*b_);
+    ExpectError(N::GetTableNotFoundError(), "CVLTable:Add Method", "Table Not Found!", [&] {
+        a_->Add(tables_, 1, {"5", "lost"});
+    });
+    EXPECT_EQ(Records(*a_) + Records(*b_), before);
+}
+
+TEST_F(TableLinksTest, MovesALinkToAnotherTable) {
+    a_->Link(1, b_);
+    a_->Link(2, b_);
+    a_->Link(1, c_);
+    EXPECT_EQ(Links(), "A(1C2B|)B(|A)C(|A)");
+    a_->Link(2, c_);
+    EXPECT_EQ(Links(), "A(1C2C|)B(|)C(|A)");
+    EXPECT_EQ(b_->SpecificType(), isPrimaryTable);
+    EXPECT_EQ(c_->SpecificType(), isLinkedTable);
+    a_->Link(5, a_);
+    EXPECT_EQ(Links(), "A(1C2C5A|A)B(|)C(|A)");
+    EXPECT_EQ(a_->Unlink("c"), c_);
+    EXPECT_EQ(a_->Unlink(a_), a_);
+    EXPECT_EQ(Links(), "A(|)B(|)C(|)");
+    EXPECT_EQ(c_->SpecificType(), isPrimaryTable);
+}
+
+TEST_F(TableLinksTest, RefusesLinks) {
+    a_->Link(1, b_);
+    const std::string before = Links();
+    ExpectError(N::GetReferencedFldNotFoundError(), "CVLTable:Link Method",
+                "Referenced Field Not Found!", [&] { a_->Link(10, "B"); });
+    EXPECT_EQ(ErrorNumber([&] { a_->Link(256, "B"); }), kOverflow);
+    ExpectError(N::GetTableNotFoundError(), "CVLTable:Link Method", "Table Not Found!",
+                [&] { a_->Link(2, "none"); });
+    ExpectError(N::GetTableNotFoundError(), "CVLTable:Unlink Method", "Table: 9 Not Found!",
+                [&] { a_->Unlink(9); });
+    EXPECT_EQ(Links(), before);
+    ExpectAsks({{ToReadWrite, "CVLTable:Link Method", [&] { a_->Link(2, c_); },
+                 "User: * Does Not Have Permission To Read/Write!"},
+                {Ownership, "CVLTable:Unlink Method", [&] { a_->Unlink(b_); },
+                 "User: * Is Not The DataBase Owner!\r\nThus Does Not Have The Right To Unlink A "
+                 "Field From A Table!"}});
+    EXPECT_EQ(Links(), "A(2C|)B(|)C(|A)");
+}
+
+TEST_F(TableLinksTest, FollowsRenaming) {
+    a_->Link(1, b_);
+    c_->Link(0, b_);
+    b_->Link(2, a_);
+    for (const char* taken : {"a", "C"}) {
+        ExpectError(N::GetTableAddError(), "CVLTable:Key Property Let",
+                    "The Table That Is Being Added Already Exists In DataBase!",
+                    [&] { b_->Key(taken); });
+    }
+    EXPECT_EQ(ErrorNumber([&] { b_->Key(""); }), kInvalidCall);
+    b_->Key("b");
+    EXPECT_EQ(Links(), "A(1b|b)b(2A|AC)C(0b|)");
+    b_->Key("New");
+    a_->Key("First");
+    EXPECT_EQ(Links(), "First(1New|New)New(2First|FirstC)C(0New|)");
+    EXPECT_EQ(tables_->Item("new"), b_);
+    EXPECT_TRUE(tables_->CanAdd("B"));
+    a_->Add(tables_, 1, {"1", "v"});
+    EXPECT_EQ(Records(*b_), "v:1 ");
+}
+
+TEST_F(TableLinksTest, KeepsAllOfMoreThanTenReferrers) {
+    for (int i = 0; i < 11; ++i) {
+        const auto referrer = Make("R" + std::to_string(i));
+        referrer->Add(tables_, 1, {"v" + std::to_string(i)});
+        referrer->Link(0, a_);
+        if (i < 10) {
+            EXPECT_EQ(a_->ReferencedTable(i), referrer->Key());
+        }
+    }
+    const auto last = tables_->Item("R10");
+    EXPECT_EQ(last->LinkedTable(0), "A");
+    EXPECT_EQ(a_->Count(), 11);
+    a_->FreeFromInOutLinks();
+    EXPECT_FALSE(last->FieldIsForeignKey(0) || a_->IsReferenced());
+    EXPECT_EQ(a_->SpecificType(), isPrimaryTable);
+    last->Link(0, "A");
+    EXPECT_EQ(a_->ReferencedTable(0), "R10");
+}
+
+TEST_F(TableLinksTest, DeletesWhatOnlyItsLinksReferTo) {
+    const auto d = Make("D"), e = Make("E"), f = Make("F");
+    a_->Link(1, b_);
+    b_->Link(1, c_);
+    c_->Link(1, d);
+    c_->Link(2, a_);  // back to where it begins
+    f->Link(1, d);
+    a_->Link(2, d);
+    b_->Link(2, e);
+    tables_->Remove("E");
+    a_->DeleteLinks(tables_);
+    EXPECT_EQ(Links(), "A(2D|)D(|F)F(1D|)");
+    a_->Unlink(d);
+    f->DeleteLinks(tables_);
+    EXPECT_EQ(Links(), "A(|)F(|)");
+
+    // Far deeper than calls may nest.
+    auto previous = a_;
+    for (int i = 0; i < 3000; ++i) {
+        auto next = tables_->Add("T" + std::to_string(i), isPrimaryTable);
+        previous->Link(0, next);
+        previous = next;
+    }
+    a_->DeleteLinks(tables_);
+    EXPECT_EQ(tables_->Count(), 2);
+}
+
+}  // namespace
+}  // namespace tavolin

@@ -1,0 +1,100 @@
+#include "tavolin/model/table_set.h"
+
+#include "tavolin/persist/property_bag.h"
+#include "tests/support/expect_error.h"
+
+namespace tavolin {
+namespace {
+
+using N = CVLErrorNum;
+
+class TableSetTest : public EngineTest {
+  protected:
+    std::shared_ptr<CVLTableSet> set_ = engine_.CVLTableSet();
+};
+
+TEST_F(TableSetTest, AddsAndUpdates) {
+    std::string events;
+    set_->OnTableAdd.Connect([&](const auto& table) { events += "+" + table->Key(); });
+    set_->OnTableUpDate.Connect([&](const auto& table) { events += "=" + table->Key(); });
+    set_->OnTableRemove.Connect(
+        [&](const auto& table) { events += "-" + table->Key() + std::to_string(set_->Count()); });
+    const auto records = std::make_shared<CVLRecordSet>();
+    const auto table = set_->Add("T", isLinkedTable, records, {"ID", "", "City"});
+    EXPECT_EQ(table->CVLRecordSet(), records);
+    EXPECT_EQ(table->FieldName(2) + table->FieldLabel(2) + table->FieldName(1), "CityCity");
+    EXPECT_EQ(table->SpecificType(), isLinkedTable);
+    EXPECT_EQ(set_->Update("t", isLinkedTable, nullptr, {"", "", "Town"}), table);
+    EXPECT_EQ(table->SpecificType(), isLinkedTable);
+    EXPECT_EQ(table->FieldName(2) + table->FieldLabel(2) + table->FieldLabel(0), "CityTownID");
+    set_->Update(1);
+    EXPECT_EQ(table->SpecificType(), isPrimaryTable);
+    EXPECT_EQ(table->FieldLabel(2), "Town");
+    EXPECT_EQ(table->CVLRecordSet(), records);
+    ExpectError(N::GetTableAddError(), "CVLTableSet:Add Method",
+                "The Table That Is Being Added Already Exists In DataBase!",
+                [&] { set_->Add("t", isPrimaryTable); });
+    EXPECT_EQ(ErrorNumber([&] { set_->Add("", isPrimaryTable); }), kInvalidCall);
+    for (const IndexKey& which : {IndexKey("1"), IndexKey(0), IndexKey(2)}) {
+        ExpectError(N::GetTableUpDateError(), "CVLTableSet:Update Method", "Table Does Not Exist!",
+                    [&] { set_->Update(which); });
+        ExpectError(N::GetTableNotFoundError(), "CVLTableSet:Item Property Get", "Table Not Found!",
+                    [&] { set_->Item(which); });
+        ExpectError(N::GetTableNotFoundError(), "CVLTableSet:Remove Method", "Table Not Found!",
+                    [&] { set_->Remove(which); });
+    }
+    set_->Remove("T");
+    EXPECT_EQ(events, "+T=T=T-T0");
+}
+
+TEST_F(TableSetTest, AsksForRights) {
+    ExpectNoEnds("CVLTableSet", "Table Not Found Error ", N::GetFirstTableError(),
+                 {[&] { set_->FirstTable(); }, [&] { set_->LastTable(); },
+                  [&] { set_->PreviousTable(1); }, [&] { set_->NextTable(0); }});
+    set_->Add("T", isPrimaryTable);
+    int added = 0;
+    ExpectAsks({{ToRead, "CVLTableSet:Item Property Get", [&] { set_->Item("T"); }},
+                {ToReadWrite, "CVLTableSet:Add Method",
+                 [&] { set_->Add(std::to_string(++added), isPrimaryTable); }},
+                {ToReadWrite, "CVLTableSet:UpDate Method", [&] { set_->Update(1); }},
+                {Ownership, "CVLTableSet:Remove Method", [&] { set_->Remove("T"); },
+                 "User: * Is Not The DataBase Owner\r\n"
+                 "Thus Does Not Have The Right To Delete Tables!"}});
+    EXPECT_EQ(set_->Count(), 3);
+}
+
+TEST_F(TableSetTest, ComesBackFromItsStoredForm) {
+    const auto a = engine_.CreateNewPrimaryTable("A", {"ID", "Caf\xC3\xA9"}, 1, 0);
+    const auto b = engine_.CreateNewPrimaryTable("B", {"ID"});
+    a->Link(1, b);
+    a->FieldLabel(9, "last");
+    a->Add(set_, 3, {"x", "y"});
+    PropertyBagWriter writer;
+    set_->WriteProperties(writer);
+    const auto state = std::move(writer).Finish();
+    CVLTableSet loaded;
+    const auto load = [&](const std::vector<std::uint8_t>& bytes) {
+        Trap("load", [&] {
+            PropertyBagReader reader(bytes);
+            loaded.ReadProperties(reader);
+        });
+    };
+    load(state);
+    ASSERT_EQ(loaded.Count(), 2);
+    const auto first = loaded.Item(1);
+    EXPECT_EQ(first->Key() + first->FieldName(1) + first->FieldLabel(9), "ACaf\xC3\xA9last");
+    EXPECT_EQ(first->PrimaryKey(), (PrimaryKeyType{1, 0, 99, 99}));
+    EXPECT_EQ(first->LinkedTable(1) + loaded.Item("b")->ReferencedTable(0), "BA");
+    EXPECT_TRUE(first->FieldIsForeignKey(1) && !first->FieldIsForeignKey(0));
+    EXPECT_EQ(loaded.Item(2)->SpecificType(), isLinkedTable);
+    EXPECT_EQ(first->GetRecord("yx")->nKey(), 3);
+    EXPECT_EQ(loaded.Item(2)->GetRecord(1)->Key(), "y");
+    first->Key("Renamed");  // a table of this set, whose links follow
+    EXPECT_EQ(loaded.Item("renamed")->LinkedTable(1) + loaded.Item(2)->ReferencedTable(0),
+              "BRenamed");
+    ExpectDamageRefused(state, load);
+    EXPECT_EQ(loaded.Item("renamed"), first);
+}
+
+}  // namespace
+}  // namespace tavolin

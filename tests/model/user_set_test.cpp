@@ -1,0 +1,165 @@
+#include "tavolin/model/user_set.h"
+
+#include "tavolin/model/user_note.h"
+#include "tavolin/persist/property_bag.h"
+#include "tests/support/expect_error.h"
+
+namespace tavolin {
+namespace {
+
+using N = CVLErrorNum;
+
+class UserSetTest : public EngineTest {
+  protected:
+    std::string Names() const {
+        std::string names;
+        for (const auto& user : users_->NewEnum()) names += user->UserName() + " ";
+        return names;
+    }
+    std::shared_ptr<CVLDBUserSet> users_ = engine_.CVLDBUserSet();
+};
+
+TEST_F(UserSetTest, KeepsNamesApartWithoutRegardToCase) {
+    const auto bob = users_->Add("Bob", "pw", true, false, false);
+    EXPECT_EQ(users_->Item("bOB"), bob);
+    EXPECT_EQ(users_->Item(2), bob);
+    EXPECT_EQ(bob->Key(), "Bob");
+    EXPECT_FALSE(users_->CanAdd("BOB"));
+    ExpectError(N::GetUserAddError(), "CVLDBUserSet:Add Method",
+                "The User That Is Being Added Already Exists In DataBase!",
+                [&] { users_->Add("BOB", "other", true, true, true); });
+    for (const IndexKey& which : {IndexKey("2"), IndexKey(0), IndexKey(3)}) {
+        ExpectError(N::GetUserNotFoundError(), "CVLDBUserSet:Item Property Get", "User Not Found!",
+                    [&] { users_->Item(which); });
+        ExpectError(N::GetUserNotFoundError(), "CVLDBUserSet:Remove Method", "User Not Found!",
+                    [&] { users_->Remove(which); });
+        ExpectError(N::GetUserUpDateError(), "CVLDBUserSet:Update Method", "User Does Not Exist!",
+                    [&] { users_->Update(which, true); });
+    }
+    EXPECT_EQ(Names(), "ann Bob ");
+}
+
+TEST_F(UserSetTest, IsChangedByTheOwnerAlone) {
+    const auto bob = users_->Add("bob", "pw", false, false, false);
+    const std::string set =
+        "User: * Is Not The DataBase Owner!\r\nThus Does Not Have The Right To ";
+    const std::string state =
+        "User: * Is Not The DataBase Owner\r\nThus Does Not Have The Right To Set User State!";
+    ExpectAsks({
+        {Ownership, "CVLDBUserSet:Add Method", [&] { users_->Add("x", "", true, true, true); },
+         set + "Create Users"},
+        {Ownership, "CVLDBUserSet:Update Method", [&] { users_->Update("x", {}, false); },
+         set + "UpDate Users"},
+        {Ownership, "CVLDBUserSet:Remove Method", [&] { users_->Remove(2); }, set + "Delete Users"},
+        {Ownership, "CVLDBUser:UserName Property let", [&] { bob->UserName("y"); }, state},
+        {Ownership, "CVLDBUser:UserFullName Property let", [&] { bob->UserFullName("y"); }, state},
+        {Ownership, "CVLDBUser:UserDescription Property let", [&] { bob->UserDescription("y"); },
+         state},
+        {Ownership, "CVLDBUser:UserDisabled Property Let", [&] { bob->UserDisabled(true); }, state},
+        {Ownership, "CVLDBUser:CanRead Property Let", [&] { bob->CanRead(true); }, state},
+        {Ownership, "CVLDBUser:CanReadWrite Property Let", [&] { bob->CanReadWrite(true); }, state},
+        {Ownership, "CVLDBUser:CanDelete Property Let", [&] { bob->CanDelete(true); }, state},
+    });
+    EXPECT_EQ(Names(), "ann undefined reader writer deleter x ");
+    EXPECT_EQ(bob->UserName() + bob->UserFullName() + bob->UserDescription(), "yyy");
+    EXPECT_TRUE(bob->UserDisabled() && bob->CanRead() && bob->CanReadWrite() && bob->CanDelete());
+    const auto x = users_->Item("x");  // what an update leaves out stays
+    EXPECT_TRUE(x->CanRead() && !x->CanReadWrite() && x->CanDelete());
+    const CVLDBUserSet empty;
+    ExpectNoEnds("CVLDBUserSet", "User Not Found Error ", N::GetFirstUserError(),
+                 {[&] { empty.FirstUser(); }, [&] { empty.LastUser(); },
+                  [&] { empty.PreviousUser(1); }, [&] { empty.NextUser(0); }});
+}
+
+TEST_F(UserSetTest, RenamesInPlaceAndTheOwnerWithIt) {
+    users_->Add("bob", "", true, false, false);
+    ExpectError(N::GetUserAddError(), "CVLDBUser:UserName Property Let",
+                "The User That Is Being Added Already Exists In DataBase!",
+                [&] { owner_->UserName("BOB"); });
+    EXPECT_EQ(engine_.DBOwner(), "ann");
+    owner_->UserName("Anna");
+    EXPECT_EQ(engine_.DBOwner(), "Anna");
+    EXPECT_EQ(users_->Item("anna"), owner_);
+    EXPECT_TRUE(users_->CanAdd("ann"));
+    const auto bob = users_->Item("bob");
+    users_->Remove("bob");
+    bob->UserName("anna");  // a user of no set has nobody to collide with
+    EXPECT_EQ(Names(), "Anna ");
+}
+
+TEST_F(UserSetTest, ComparesPasswords) {
+    const auto user = users_->Add("ab", "C\xC3\x89", true, false, false);
+    const auto joined = users_->Add("a", "BC\xC3\xA9", true, false, false);
+    EXPECT_TRUE(user->PasswordCorrect("c\xC3\xA9"));
+    EXPECT_FALSE(user->PasswordCorrect("c"));
+    EXPECT_TRUE(user->Equals(joined));
+    EXPECT_FALSE(user->Equals(owner_));
+    // Whoever knows the password is the one who is refused.
+    std::string events;
+    user->OnPasswordChange.Connect([&](const std::string& name) { events += name; });
+    ExpectError(N::GetUserPasswordChangeError(), "CVLDBUser:ChangePassword Method",
+                "You Are Not Authorized To Change User Password!",
+                [&] { user->ChangePassword("c\xC3\xA9", "new"); });
+    EXPECT_TRUE(user->ChangePassword("wrong", "new"));
+    EXPECT_TRUE(user->PasswordCorrect("NEW"));
+    EXPECT_EQ(events, "ab");
+}
+
+TEST_F(UserSetTest, TellsWhatHappened) {
+    std::string events;
+    users_->OnUserAdd.Connect([&](const auto& user) {
+        events += "+" + user->UserName() + std::to_string(users_->Count());
+        user->OnUserDisable.Connect([&](const std::string& name) { events += " off " + name; });
+        user->OnUserEnable.Connect([&](const std::string& name) { events += " on " + name; });
+    });
+    users_->OnUserRemove.Connect([&](const auto& user) {
+        events += " -" + user->UserName() + std::to_string(users_->Count());
+    });
+    const auto bob = users_->Add("bob", "", true, false, false);
+    EXPECT_EQ(ErrorNumber([&] { users_->Add("bob", "", true, false, false); }),
+              N::GetUserAddError());
+    bob->UserDisabled(true);
+    bob->UserDisabled(false);
+    users_->Remove("BOB");
+    EXPECT_EQ(events, "+bob2 off bob on bob -bob1");
+}
+
+TEST_F(UserSetTest, ComesBackFromItsState) {
+    const auto notes = std::make_shared<CVLUserNoteSet>();
+    PropertyBagWriter note_bag;
+    note_bag.Write("RecordsCount", 1);
+    note_bag.WriteSeries("Record", 1, [&](std::size_t) {
+        CVLUserNote{"31.12.2024 23:59:59", -7, "caf\xC3\xA9"}.WriteProperties(note_bag);
+    });
+    notes->ObjectState(std::move(note_bag).Finish());
+    const auto bob =
+        users_->Add("bob", "Pass\xE2\x82\xAC\xF0\x9F\x98\x80", true, false, true, notes);
+    bob->UserFullName("Bob \xC3\x89");
+    bob->UserDisabled(true);
+    users_->Add("cid", "", false, true, false)->Key("free text");
+    const auto state = users_->ObjectState();
+    EXPECT_EQ(std::string(state.begin(), state.end()).find("Pass"), std::string::npos);
+
+    CVLDBUserSet loaded;
+    loaded.Add("gone", "", true, true, true);
+    loaded.ObjectState(state);
+    ASSERT_EQ(loaded.Count(), 3);
+    EXPECT_EQ(loaded.Item(3)->UserName() + loaded.Item(3)->Key(), "cidfree text");
+    EXPECT_TRUE(!loaded.Item(3)->CanRead() && loaded.Item(3)->CanReadWrite());
+    const auto again = loaded.Item("BOB");
+    EXPECT_TRUE(again->Equals(bob));
+    EXPECT_EQ(again->UserFullName(), "Bob \xC3\x89");
+    EXPECT_TRUE(again->UserDisabled() && again->CanRead() && again->CanDelete());
+    const auto note = again->CVLUserNoteSet()->NewEnum().Next();
+    ASSERT_NE(note, nullptr);
+    EXPECT_EQ(note->dateKey + note->Note, "31.12.2024 23:59:59caf\xC3\xA9");
+    EXPECT_EQ(note->nKey, -7);
+    EXPECT_EQ(loaded.ObjectState(), state);
+    ExpectDamageRefused(state, [&](const auto& damaged) { loaded.ObjectState(damaged); });
+    EXPECT_EQ(loaded.Item("bob"), again);
+    again->UserName("dora");  // still a user of this set
+    EXPECT_EQ(loaded.Item(2), loaded.Item("dora"));
+}
+
+}  // namespace
+}  // namespace tavolin

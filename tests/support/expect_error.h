@@ -1,0 +1,182 @@
+// What tests of the library's surface share: the comparison of an error in all its parts, and an
+// engine with a database in a folder of the test's own.
+//
+//     ExpectError(CVLErrorNum::GetTableNotFoundError(), "CVLTableSet:Item Property Get",
+//                 "Table Not Found!", [&] { tables->Item("none"); });
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tavolin/engine/engine.h"
+#include "tests/support/failing_file_system.h"
+
+namespace tavolin {
+
+template <class Body>
+void ExpectError(std::int32_t number, std::string_view source, std::string_view description,
+                 Body&& body) {
+    const std::string wanted = std::string(source) + ": " + std::string(description);
+    try {
+        body();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.number(), number) << "where expected: " << wanted;
+        EXPECT_EQ(error.source(), source) << "where expected: " << wanted;
+        EXPECT_EQ(error.description(), description) << "where expected: " << wanted;
+        return;
+    }
+    ADD_FAILURE() << "no error where expected: " << wanted;
+}
+
+// The number of the error that the body raises, 0 for none.
+template <class Body>
+std::int32_t ErrorNumber(Body&& body) {
+    try {
+        body();
+    } catch (const Error& error) {
+        return error.number();
+    }
+    return 0;
+}
+
+// load(state) must refuse the state with any one byte changed, cut off anywhere, or with a byte
+// more. Whether it has changed nothing meanwhile is for the caller to see.
+template <class Load>
+void ExpectDamageRefused(const std::vector<std::uint8_t>& state, Load&& load) {
+    const auto refuses = [&](const std::vector<std::uint8_t>& damaged) {
+        const std::int32_t number = ErrorNumber([&] { load(damaged); });
+        return number == kCorruptedFile || number == kIncompatibleFormat;
+    };
+    for (std::size_t at = 0; at < state.size(); ++at) {
+        auto damaged = state;
+        for (const std::uint8_t bits : {0x01, 0x80, 0xFF}) {
+            damaged[at] = static_cast<std::uint8_t>(state[at] ^ bits);
+            EXPECT_TRUE(refuses(damaged)) << "byte " << at << " changed by " << int{bits};
+        }
+        damaged.resize(at);
+        EXPECT_TRUE(refuses(damaged)) << "cut to " << at;
+    }
+    auto longer = state;
+    longer.push_back(0);
+    EXPECT_TRUE(refuses(longer));
+}
+
+// Whatever is asked of the ends of an empty set is refused, under sources that begin with `set`,
+// with the text and four numbers in a row. `ask` are its members First, Last, Previous and Next.
+inline void ExpectNoEnds(const std::string& set, std::string_view text, std::int32_t first,
+                         const std::vector<std::function<void()>>& ask) {
+    const char* steps[] = {"moveFirst", "moveEnd", "movePrevious", "moveNext"};
+    for (std::size_t i = 0; i < ask.size(); ++i) {
+        ExpectError(first + static_cast<std::int32_t>(i), set + ":" + steps[i] + " Method", text,
+                    ask[i]);
+    }
+}
+
+// A temporary folder that is the library's own until the end of the scope, so that no test writes
+// the owner registry of the machine.
+class ScopedLibraryFolder {
+  public:
+    ScopedLibraryFolder() {
+        if (const char* old = std::getenv(kVariable)) previous_ = old;
+        Set(PortablePath(folder_.path()));
+    }
+    ~ScopedLibraryFolder() { Set(previous_); }
+    ScopedLibraryFolder(const ScopedLibraryFolder&) = delete;
+    ScopedLibraryFolder& operator=(const ScopedLibraryFolder&) = delete;
+
+    const TemporaryFolder& folder() const { return folder_; }
+
+  private:
+    static constexpr const char* kVariable = "TAVOLIN_FOLDER";
+    static void Set(const std::string& value) {
+#ifdef _WIN32
+        _putenv_s(kVariable, value.c_str());
+#else
+        setenv(kVariable, value.c_str(), 1);
+#endif
+    }
+
+    TemporaryFolder folder_;
+    std::string previous_;
+};
+
+// "ann" has created the database "shop.cdb", which is open and not saved yet; she is its owner.
+class EngineTest : public testing::Test {
+  protected:
+    EngineTest() {
+        engine_.LogOn("ann", "secret");
+        engine_.CreateNewDB("shop", FolderPath());
+        owner_ = engine_.LogedOnUser();
+    }
+
+    // The folder in which the database and the registry are, as the library writes it.
+    std::string FolderPath() const { return PortablePath(folder_.path()); }
+
+    // From now on a user who has this right and no higher one acts: `Ownership` is ann, the others
+    // are "undefined", "reader", "writer" and "deleter", all of them with the password "word".
+    void ActWith(PermitStateEnum right) {
+        engine_.LogedOnUser(owner_);
+        engine_.DBLegalUser(owner_, Ownership);
+        if (right == Ownership) return;
+        const char* name = right == ToDelete      ? "deleter"
+                           : right == ToReadWrite ? "writer"
+                           : right == ToRead      ? "reader"
+                                                  : "undefined";
+        if (!engine_.UserExists(name)) {
+            engine_.CreateNewUser(name, "word", right == ToRead, right == ToReadWrite,
+                                  right == ToDelete);
+        }
+        const auto user = engine_.GetUser(name, "word");
+        engine_.LogedOnUser(user);
+        if (right != Undefined) engine_.DBLegalUser(user, right);
+    }
+
+    // What asks for a right: a member, by its source and what it does. A text that is not given is
+    // the usual refusal; "*" in it is the user's name.
+    struct Asking {
+        PermitStateEnum right;
+        const char* source;
+        std::function<void()> body;
+        std::string text = {};
+    };
+    // Each body is refused for every lower right than its own and runs for the others.
+    void ExpectAsks(const std::vector<Asking>& askings) {
+        const std::vector<PermitStateEnum> ladder = {Undefined, ToRead, ToReadWrite, ToDelete,
+                                                     Ownership};
+        const std::int32_t numbers[] = {
+            0, CVLErrorNum::GetUserPermissionToRdError(), CVLErrorNum::GetUserPermissionToRWError(),
+            CVLErrorNum::GetUserPermissionToDelError(), CVLErrorNum::GetUserIsNotDBOwnerError()};
+        const char* texts[] = {"", "Read!", "Read/Write!", "Delete!", ""};
+        for (std::size_t has = 0; has < ladder.size(); ++has) {
+            ActWith(ladder[has]);
+            for (const Asking& asking : askings) {
+                const auto needs = static_cast<std::size_t>(
+                    std::find(ladder.begin(), ladder.end(), asking.right) - ladder.begin());
+                if (has >= needs) {
+                    EXPECT_NO_THROW(asking.body()) << asking.source;
+                    continue;
+                }
+                std::string text = asking.text;
+                if (text.empty())
+                    text = std::string("User * Does Not Have Permission To ") + texts[needs];
+                text.replace(text.find('*'), 1, engine_.LogedOnUser()->UserName());
+                ExpectError(numbers[needs], asking.source, text, asking.body);
+            }
+        }
+    }
+
+    ScopedLibraryFolder library_;
+    const TemporaryFolder& folder_ = library_.folder();
+    CVLDBEngine engine_;
+    std::shared_ptr<CVLDBUser> owner_;
+};
+
+}  // namespace tavolin
