@@ -294,6 +294,13 @@ class CVLDBEngine {
         bool is_log_on;
     };
 
+    struct RegistryChange {
+        bool added;
+        std::string owner;
+        std::string dir;
+        std::string name;
+    };
+
     struct ForAnotherEngine {};
     explicit CVLDBEngine(ForAnotherEngine);
 
@@ -325,7 +332,6 @@ class CVLDBEngine {
     std::shared_ptr<Session> RetiredSession() const;
     std::unique_ptr<Database> ReadState(std::span<const std::uint8_t> state) const;
     std::vector<std::uint8_t> ObjectState() const;
-    std::string FilePath() const;
     bool IsOpenFile(std::string_view path) const;
     void AskToWriteTo(const std::string& path, const char* source) const;
     std::optional<Error> DeleteFiles(const std::string& path, const CVLDBEngine& opened);
@@ -339,7 +345,8 @@ class CVLDBEngine {
     void WriteRegistry();
     void Register(const Database& database);
     void AddEntry(const std::string& owner, const std::string& dir, const std::string& name);
-    bool RemoveEntry(const std::string& owner, const std::string& path);
+    bool RemoveEntry(const std::string& owner, const std::string& dir, const std::string& name);
+    bool Apply(const RegistryChange& change);
 
     // tables and records
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table) const;
@@ -369,7 +376,7 @@ class CVLDBEngine {
     std::string file_;  // the open database's file; empty when it has none
     std::shared_ptr<tavolin::CVLDBOwnerSet> owners_;
     bool registry_read_ = false;
-    bool registry_changed_ = false;  // since it was read or written
+    std::vector<RegistryChange> unwritten_;  // what has been done to the registry since
     bool transaction_ = false;
     std::vector<std::uint8_t> snapshot_;
     std::string log_report_;

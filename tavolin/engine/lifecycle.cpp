@@ -91,8 +91,6 @@ void CVLDBEngine::Recheck() {
     authority_->permission = authority_->user ? RightsOf(*authority_->user) : Undefined;
 }
 
-std::string CVLDBEngine::FilePath() const { return JoinPath(database_->path, database_->name); }
-
 bool CVLDBEngine::IsOpenFile(std::string_view path) const {
     if (!database_->tables || file_.empty()) return false;
     if (path == file_) return true;
@@ -293,7 +291,7 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
 std::optional<Error> CVLDBEngine::DeleteFiles(const std::string& path, const CVLDBEngine& opened) {
     FileSystem& files = FileSystem::Current();
     const std::string owner = opened.DBOwner();
-    const bool listed = RemoveEntry(owner, path);
+    const bool listed = RemoveEntry(owner, opened.DBPath(), opened.DBName());
     WhenFails(
         [&] {
             WriteRegistry();
@@ -337,7 +335,8 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
         // An engine that is not kept has to put its change on the disk now.
         if (other) other->PrintToBinaryFile(other->ObjectState(), DBPathName);
         AddEntry(new_owner, target.DBPath(), target.DBName());
-        if (!EqualFold(old_owner, new_owner)) RemoveEntry(old_owner, target.FilePath());
+        if (!EqualFold(old_owner, new_owner))
+            RemoveEntry(old_owner, target.DBPath(), target.DBName());
         if (other) WriteRegistry();
         OnOwnerChange.Fire(new_owner);
         const Message message("OwnerShip Of DataBase ", target.DBName(), " Has Been Changed From ",

@@ -6,13 +6,15 @@
 
 namespace tavolin {
 
-// Whatever is wrong with the file, log-on goes on. Changes that are not on the disk yet are kept.
+// Whatever is wrong with the file, log-on goes on. What this engine has changed and not yet written
+// is changed again in what was read.
 void CVLDBEngine::ReadRegistry() {
-    if (registry_changed_) return;
     auto owners = std::make_shared<tavolin::CVLDBOwnerSet>();
     owners->LoadRegistry();
     owners_ = std::move(owners);
     registry_read_ = true;
+    const auto unwritten = unwritten_;
+    for (const RegistryChange& change : unwritten) Apply(change);
 }
 
 // For a user who was put in place without a log-on.
@@ -23,7 +25,7 @@ void CVLDBEngine::NeedRegistry() {
 void CVLDBEngine::WriteRegistry() {
     NeedRegistry();
     owners_->StoreRegistry();
-    registry_changed_ = false;
+    unwritten_.clear();
 }
 
 // Lists a database under the logged-on user's name if that is its owner's: loading somebody else's
@@ -35,38 +37,45 @@ void CVLDBEngine::Register(const Database& database) {
     }
 }
 
-// One file has one entry, whichever way its path is written.
 void CVLDBEngine::AddEntry(const std::string& owner, const std::string& dir,
                            const std::string& name) {
     NeedRegistry();
-    const auto entry = owners_->CanAdd(owner) ? owners_->Add(owner) : owners_->Item(owner);
-    const auto databases = entry->CVLOwnerDBSet();
-    const std::string path = JoinPath(dir, name);
-    if (!databases->CanAdd(path)) return;
-    for (const auto& database : databases->NewEnum()) {
-        if (FileSystem::Current().IsSameFile(database->Key(), path)) return;
-    }
-    databases->Add(name, dir);
-    registry_changed_ = true;
+    RegistryChange change{true, owner, dir, name};
+    if (Apply(change)) unwritten_.push_back(std::move(change));
 }
 
-// False when the database is not listed under that owner. An owner who has no other goes along.
-bool CVLDBEngine::RemoveEntry(const std::string& owner, const std::string& path) {
+// False when the database is not listed under that owner.
+bool CVLDBEngine::RemoveEntry(const std::string& owner, const std::string& dir,
+                              const std::string& name) {
     NeedRegistry();
-    if (owners_->CanAdd(owner)) return false;
-    const auto entry = owners_->Item(owner);
-    const auto databases = entry->CVLOwnerDBSet();
-    bool removed = false;
-    for (const auto& database : databases->NewEnum()) {
-        if (EqualFold(database->Key(), path) ||
-            FileSystem::Current().IsSameFile(database->Key(), path)) {
-            databases->Remove(*database);
-            removed = true;
-        }
-    }
-    if (databases->Count() == 0) owners_->Remove(*entry);
-    registry_changed_ = true;
+    RegistryChange change{false, owner, dir, name};
+    const bool removed = Apply(change);
+    if (removed) unwritten_.push_back(std::move(change));
     return removed;
+}
+
+// One file has one entry, whichever way its path is written, and an owner without databases has
+// none.
+bool CVLDBEngine::Apply(const RegistryChange& change) {
+    if (!change.added && owners_->CanAdd(change.owner)) return false;
+    const auto owner =
+        owners_->CanAdd(change.owner) ? owners_->Add(change.owner) : owners_->Item(change.owner);
+    const auto databases = owner->CVLOwnerDBSet();
+    const std::string path = JoinPath(change.dir, change.name);
+    bool listed = false;
+    for (const auto& database : databases->NewEnum()) {
+        if (!EqualFold(database->Key(), path) &&
+            !FileSystem::Current().IsSameFile(database->Key(), path)) {
+            continue;
+        }
+        listed = true;
+        if (!change.added) databases->Remove(*database);
+    }
+    if (change.added && !listed && databases->CanAdd(path)) {
+        databases->Add(change.name, change.dir);
+    }
+    if (databases->Count() == 0) owners_->Remove(*owner);
+    return change.added != listed;
 }
 
 }  // namespace tavolin

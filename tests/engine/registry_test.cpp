@@ -50,6 +50,31 @@ TEST_F(RegistryTest, LoadingMakesNobodyTheOwnerOfAnothersDatabase) {
     EXPECT_EQ(Listed(engine_, "bob"), File("bobs.cdb") + ";");
 }
 
+TEST_F(RegistryTest, ALogOnKeepsWhatIsNotWrittenYetAndSeesWhatOthersWrote) {
+    MakeBobs("bobs");
+    engine_.LogOn("bob", "b");
+    EXPECT_EQ(Listed(engine_, "ann"), shop_);
+    EXPECT_EQ(Listed(engine_, "bob"), File("bobs.cdb") + ";");
+    engine_.LogOn("ann", "secret");
+    engine_.DBLegalUser(owner_, Ownership);
+    engine_.ChangeOwner("bob", "b");
+    engine_.LogOn("bob", "b");
+    EXPECT_EQ(Listed(engine_, "ann"), "");
+    engine_.DBLegalUser(engine_.LogedOnUser(), Ownership);
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("ann"), "");
+    EXPECT_EQ(OnDisk("bob"), File("bobs.cdb") + ";" + shop_);
+}
+
+TEST_F(RegistryTest, AUserWhoWasPutInPlaceKeepsWhatOthersWrote) {
+    engine_.SaveDB();
+    CVLDBEngine engine;
+    engine.LogedOnUser(engine_.LogedOnUser());
+    engine.CreateNewDB("second", FolderPath());
+    engine.SaveDB();
+    EXPECT_EQ(OnDisk("ann"), shop_ + File("second.cdb") + ";");
+}
+
 TEST_F(RegistryTest, AnUnreadableFileIsKeptAside) {
     engine_.SaveDB();
     const std::string good = Contents(File("RDX.dat"));
