@@ -352,6 +352,9 @@ class CVLDBEngine {
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table) const;
     template <class Body>
     decltype(auto) WithRecordsOf(const TableArgument& table, const char* source, Body&& body);
+    template <class Body>
+    bool ChangeLinks(const TableArgument& Table1, const TableArgument& Table2, const char* source,
+                     std::string_view text, Body&& body);
     class RecordDeletion;
 
     // log

@@ -84,49 +84,43 @@ std::shared_ptr<CVLTable> CVLDBEngine::CreateNewLinkedTable(
     });
 }
 
-bool CVLDBEngine::LinkTables(const TableArgument& Table1,
-                             const FieldArgument& referenceFldNumOrName,
-                             const TableArgument& Table2) {
-    static constexpr const char* kSource = "CVLDBEngine:LinkTables Method";
-    return Report(kSource, [&] {
-        AskOpen(kSource);
+// Runs body(table, target), and logs `text` with both names under the switch of linking.
+template <class Body>
+bool CVLDBEngine::ChangeLinks(const TableArgument& Table1, const TableArgument& Table2,
+                              const char* source, std::string_view text, Body&& body) {
+    return Report(source, [&] {
+        AskOpen(source);
         return WhenRaised(
             kTableNotFound,
             [&] {
                 const auto table = Resolve(Table1);
                 const auto target = Resolve(Table2);
-                table->Link(table->FieldNumber(referenceFldNumOrName), target);
-                Log(Message("Tables Linking: ", table->Key(), " And ", target->Key()),
+                body(*table, target);
+                Log(Message(text, table->Key(), " And ", target->Key()),
                     database_->switches.logTablesLinking);
                 return true;
             },
             [&] {
-                RaiseTableNotFound(kSource, Message("Referenced Table ", Table1.Text(), " OR ",
-                                                    Table2.Text(), " Not Found!"));
+                RaiseTableNotFound(source, Message("Referenced Table ", Table1.Text(), " OR ",
+                                                   Table2.Text(), " Not Found!"));
             });
     });
 }
 
+bool CVLDBEngine::LinkTables(const TableArgument& Table1,
+                             const FieldArgument& referenceFldNumOrName,
+                             const TableArgument& Table2) {
+    return ChangeLinks(Table1, Table2, "CVLDBEngine:LinkTables Method", "Tables Linking: ",
+                       [&](CVLTable& table, const std::shared_ptr<CVLTable>& target) {
+                           table.Link(table.FieldNumber(referenceFldNumOrName), target);
+                       });
+}
+
+// Logged under the switch of linking as well: the one of unlinking is asked nowhere.
 bool CVLDBEngine::UnlinkTables(const TableArgument& Table1, const TableArgument& Table2) {
-    static constexpr const char* kSource = "CVLDBEngine:UnlinkTables Method";
-    return Report(kSource, [&] {
-        AskOpen(kSource);
-        return WhenRaised(
-            kTableNotFound,
-            [&] {
-                const auto table = Resolve(Table1);
-                const auto target = Resolve(Table2);
-                table->Unlink(target);
-                // Under the switch of linking: the one of unlinking is asked nowhere.
-                Log(Message("Tables Unlinking: ", table->Key(), " And ", target->Key()),
-                    database_->switches.logTablesLinking);
-                return true;
-            },
-            [&] {
-                RaiseTableNotFound(kSource, Message("Referenced Table ", Table1.Text(), " OR ",
-                                                    Table2.Text(), " Not Found!"));
-            });
-    });
+    return ChangeLinks(
+        Table1, Table2, "CVLDBEngine:UnlinkTables Method", "Tables Unlinking: ",
+        [](CVLTable& table, const std::shared_ptr<CVLTable>& target) { table.Unlink(target); });
 }
 
 std::shared_ptr<CVLTable> CVLDBEngine::GetLinkedTable(const TableArgument& ParentTableNumOrName,

@@ -24,11 +24,12 @@ std::string_view RunTimeText(std::int32_t number) {
 
 void Message::Add(std::string_view name) {
     text_.append(name);
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const bool crlf = name[i] == '\r' && i + 1 < name.size() && name[i + 1] == '\n';
-        if (crlf) ++i;
-        one_line_ += name[i] == '\r' || name[i] == '\n' ? ' ' : name[i];
+    for (std::size_t end = name.find_first_of(kLineBreak); end != std::string_view::npos;
+         end = name.find_first_of(kLineBreak)) {
+        one_line_.append(name.substr(0, end)).append(" ");
+        name.remove_prefix(end + (name.substr(end, 2) == kLineBreak ? 2 : 1));
     }
+    one_line_.append(name);
 }
 
 Error::Error(std::int32_t run_time_number, std::string detail)
