@@ -6,7 +6,9 @@
 
 #ifdef _WIN32
 #define WIN32_LEAN_AND_MEAN
+#ifndef NOMINMAX  // the compiler's library may have defined it
 #define NOMINMAX
+#endif
 #include <windows.h>
 #else
 #include <dlfcn.h>
