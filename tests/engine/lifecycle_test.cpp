@@ -75,12 +75,14 @@ TEST_F(LifecycleTest, EverythingSavedIsThereAfterLoading) {
     engine_.ChangePassword("", "p\u00E4ss");
     const LogType switches = engine_.LoggedActivities();
     engine_.SaveDB();
+    std::filesystem::create_directory(folder_.path() / "sub");
+    FileSystem::Current().Rename(file_, folder_ / "sub\\moved.dat");  // a file is where it is found
     CVLDBEngine other;
     other.LogOn("ann", "secret");
     SetClock({});
-    EXPECT_EQ(other.LoadDB(file_)->Count(), 2);
+    EXPECT_EQ(other.LoadDB(folder_ / "sub\\moved.dat")->Count(), 2);
     EXPECT_EQ(other.DBName() + "|" + other.DBPath() + "|" + other.DBOwner(),
-              "shop.cdb|" + FolderPath() + "\\|ann");
+              "moved.dat|" + FolderPath() + "\\sub\\|ann");
     EXPECT_EQ(other.DBCreationDate(), MakeDate(2026, 11, 15, 1, 5));
     EXPECT_EQ(other.LoggedActivities(), switches);
     EXPECT_TRUE(other.PasswordCorrect("p\u00E4ss"));
@@ -95,17 +97,12 @@ TEST_F(LifecycleTest, EverythingSavedIsThereAfterLoading) {
     EXPECT_EQ(record->prop(1), "\u0141\u00F3d\u017A \U0001F600");
     EXPECT_EQ(record->CVLAttachmentSet()->Item("p")->SpecificType(), aMovie);
     EXPECT_EQ(other.GetRecordSet("TextT")->Count(), 2);
-}
-
-TEST_F(LifecycleTest, AMovedFileIsWhereItWasFound) {
-    std::filesystem::create_directory(folder_.path() / "sub");
-    FileSystem::Current().Rename(file_, folder_ / "sub\\moved.dat");
-    engine_.LoadDB(FolderPath() + "/sub/moved.dat");
-    EXPECT_EQ(engine_.DBName(), "moved.dat");
-    engine_.AddRecord("T", 1, {"2"});
-    engine_.SaveDB();
+    other.LoadDB(FolderPath() + "/sub/moved.dat");
+    EXPECT_EQ(other.DBPath(), FolderPath() + "/sub");
+    other.AddRecord("T", 1, {"3"});
+    EXPECT_TRUE(other.SaveDB());
     EXPECT_FALSE(There("shop.cdb"));
-    EXPECT_EQ(Summary(File("sub\\moved.dat")), "ann: 1 2");
+    EXPECT_EQ(Summary(File("sub\\moved.dat")), "ann: 1 2 3");
 }
 
 TEST_F(LifecycleTest, SavingNeverWritesOverAnotherFile) {

@@ -153,15 +153,6 @@ TEST_F(LogTest, ANameCannotStartALineOfTheFile) {
               std::string::npos);
 }
 
-TEST_F(LogTest, TheFileStandsBesideTheDatabaseUnderItsName) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"Cdb.shop.CDB", "log.shop.log"}, {"shop.dat", "shop.dat.log"}, {"two", "two.log"}};
-    for (const auto& [database, log] : cases) {
-        engine_.SaveDB({}, database);
-        EXPECT_TRUE(There(log)) << log;
-    }
-}
-
 TEST_F(LogTest, IsInCodePage1252UntilACharacterIsOutsideIt) {
     engine_.LogDBActivities(false, false, false, false, true);
     engine_.SaveDB();

@@ -29,12 +29,7 @@ TEST(ErrorMessages, AreFoundByTheirExactNumber) {
     EXPECT_EQ(GetErrorMessage(6),
               "An overflow occured as a result of an assignment\r\n"
               "that exceeds the limitations of the application");
-    EXPECT_EQ(GetErrorMessage(76), "Unable to find the specified path\r\nRespecify the path");
-    EXPECT_EQ(GetErrorMessage(31037), "Error loading from file. The file is corrupted");
     EXPECT_EQ(GetErrorMessage(32755), "Operation Cancelled");
-    const std::string printer(GetErrorMessage(484));
-    EXPECT_NE(printer.find("Control Panel, double-click the Printers icon,\r\n and click"),
-              std::string::npos);
     int known = 0;
     for (std::int32_t number = -1; number <= 40000; ++number) {
         if (GetErrorMessage(number) != "ERROR") ++known;

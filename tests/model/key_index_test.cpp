@@ -4,7 +4,6 @@
 
 #include <map>
 #include <random>
-#include <set>
 
 namespace tavolin {
 namespace {
@@ -53,15 +52,6 @@ TEST(KeyIndex, EqualsAMapUnderRandomChanges) {
             for (const auto& [kept, hash] : model) ASSERT_TRUE(Holds(index, hash, kept));
         }
     }
-}
-
-TEST(KeyIndex, ComparesOnlyEntriesWithTheHash) {
-    KeyIndex index;
-    for (std::uint32_t i = 0; i < 1000; ++i) index.Insert(i / 2, i);
-    std::set<std::uint32_t> compared;
-    EXPECT_EQ(index.Find(7, [&](std::uint32_t handle) { return compared.insert(handle), false; }),
-              kNoHandle);
-    EXPECT_EQ(compared, (std::set<std::uint32_t>{14, 15}));
 }
 
 TEST(KeyIndex, StaysSmall) {

@@ -93,19 +93,6 @@ TEST(OrderList, EqualsAVectorUnderRandomEdits) {
     pair.Check();
 }
 
-// A wrong leaf must neither find an element nor harm the list.
-TEST(OrderList, RefusesAWrongLeaf) {
-    Pair pair;
-    for (std::uint32_t i = 0; i < 3000; ++i) pair.Insert(i, i);
-    for (int round = 0; round < 2; ++round) {
-        for (std::uint32_t leaf : {1u, 2u, 3u, 77u, 0xFFFFFFFFu}) {
-            EXPECT_EQ(pair.list.PositionOf(5, leaf), 0u) << leaf;
-            EXPECT_FALSE(pair.list.Remove(5, leaf, pair.Setter())) << leaf;
-        }
-        pair.Insert(1500, 3000);  // gives up the direct layout for the second round
-    }
-}
-
 // Moving elements between chunks is what could grow quadratically: a chunk split or joined for
 // every change would tell hundreds of leaves each time.
 TEST(OrderList, MovesFewElementsBetweenChunks) {

@@ -116,19 +116,6 @@ TEST_F(RecordSetTest, UpdatesFieldByField) {
     EXPECT_EQ(record->prop(0) + record->prop(1) + record->prop(3), "32");
 }
 
-TEST_F(RecordSetTest, RefusesPlacesThatAreNotThere) {
-    Fill("ab");
-    for (const Placement& place :
-         {Placement{.before = 0}, Placement{.after = 5}, Placement{.before = "none"},
-          Placement{.before = 1, .after = 1}}) {
-        ExpectError(5, "CVLRecordSet:Add Method", "Invalid procedure call or argument", [&] {
-            set_.Add(kFirst, 1, {"e", "e"}, nullptr, place);
-        });
-    }
-    EXPECT_TRUE(set_.CanAdd("e"));
-    EXPECT_EQ(Names(), "ab");
-}
-
 TEST_F(RecordSetTest, FilesUnderAHostsKeyWhenItIsLoaded) {
     Fill("abcd");
     set_.Item("a")->Key("z");
@@ -146,23 +133,6 @@ TEST_F(RecordSetTest, FilesUnderAHostsKeyWhenItIsLoaded) {
     EXPECT_EQ(set_.Item(4)->Key(), "d");
     set_.Remove(4);
     EXPECT_EQ(set_.Item("d")->prop(1), "c");
-}
-
-TEST_F(RecordSetTest, EnumeratesWhileItChanges) {
-    Fill("abcdef");
-    std::string seen;
-    for (const auto& record : set_.NewEnum()) {
-        seen += record->prop(1);
-        set_.Remove(record->Key());
-        if (record->prop(1) == "b") set_.Remove("d");
-        if (record->prop(1) == "c") Fill("g");
-    }
-    EXPECT_EQ(seen, "abcefg");
-    Fill("xy");
-    auto old = set_.NewEnum();
-    set_.ObjectState(CVLRecordSet().ObjectState());
-    EXPECT_EQ(set_.Count(), 0);
-    EXPECT_EQ(old.Next()->prop(1), "x");
 }
 
 TEST_F(RecordSetTest, SharesAndStoresAttachments) {

@@ -108,9 +108,6 @@ TEST_F(TableLinksTest, RefusesLinks) {
     const std::string before = Links();
     ExpectError(N::GetReferencedFldNotFoundError(), "CVLTable:Link Method",
                 "Referenced Field Not Found!", [&] { a_->Link(10, "B"); });
-    EXPECT_EQ(ErrorNumber([&] { a_->Link(256, "B"); }), kOverflow);
-    ExpectError(N::GetTableNotFoundError(), "CVLTable:Link Method", "Table Not Found!",
-                [&] { a_->Link(2, "none"); });
     ExpectError(N::GetTableNotFoundError(), "CVLTable:Unlink Method", "Table: 9 Not Found!",
                 [&] { a_->Unlink(9); });
     EXPECT_EQ(Links(), before);
@@ -120,27 +117,6 @@ TEST_F(TableLinksTest, RefusesLinks) {
                  "User: * Is Not The DataBase Owner!\r\nThus Does Not Have The Right To Unlink A "
                  "Field From A Table!"}});
     EXPECT_EQ(Links(), "A(2C|)B(|)C(|A)");
-}
-
-TEST_F(TableLinksTest, FollowsRenaming) {
-    a_->Link(1, b_);
-    c_->Link(0, b_);
-    b_->Link(2, a_);
-    for (const char* taken : {"a", "C"}) {
-        ExpectError(N::GetTableAddError(), "CVLTable:Key Property Let",
-                    "The Table That Is Being Added Already Exists In DataBase!",
-                    [&] { b_->Key(taken); });
-    }
-    EXPECT_EQ(ErrorNumber([&] { b_->Key(""); }), kInvalidCall);
-    b_->Key("b");
-    EXPECT_EQ(Links(), "A(1b|b)b(2A|AC)C(0b|)");
-    b_->Key("New");
-    a_->Key("First");
-    EXPECT_EQ(Links(), "First(1New|New)New(2First|FirstC)C(0New|)");
-    EXPECT_EQ(tables_->Item("new"), b_);
-    EXPECT_TRUE(tables_->CanAdd("B"));
-    a_->Add(tables_, 1, {"1", "v"});
-    EXPECT_EQ(Records(*b_), "v:1 ");
 }
 
 TEST_F(TableLinksTest, KeepsAllOfMoreThanTenReferrers) {

@@ -199,14 +199,6 @@ TEST(PropertyBag, BlocksBeginAtMultiplesOfEight) {
     }
 }
 
-TEST(PropertyBag, NamesTheKeysOfASeriesOnce) {
-    PropertyBagWriter writer;
-    writer.WriteSeries("Record", 1000, [&](std::size_t) {
-        for (const char* key : {"a rather long key", "another long key"}) writer.Write(key, "v");
-    });
-    EXPECT_LT(std::move(writer).Finish().size(), 1000u * 16 + 120);
-}
-
 TEST(PropertyBag, RefusesEveryDamagedByteAndEveryCut) {
     const Bytes good = ExampleBag();
     ASSERT_EQ(Damage([&] { ReadExample(good); }), "");
