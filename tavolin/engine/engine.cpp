@@ -29,13 +29,6 @@ void CVLDBEngine::AskOpen(const char* source) const {
     Raise(CVLErrorNum::GetDBNotSetError(), source, Message("DataBase Is Not Set!"));
 }
 
-// That of objects which are not the open database's any more.
-std::shared_ptr<Session> CVLDBEngine::RetiredSession() const {
-    auto session = std::make_shared<Session>(authority_);
-    session->Retire();
-    return session;
-}
-
 std::string CVLDBEngine::DBName() const { return database_->name; }
 
 void CVLDBEngine::DBName(std::string_view name) {
@@ -59,7 +52,8 @@ void CVLDBEngine::CVLTableSet(std::shared_ptr<tavolin::CVLTableSet> tables) {
     Report(kSource, [&] {
         AskOpen(kSource);
         if (!tables) RaiseRunTime(kObjectNotSet);
-        if (tables != database_->tables) database_->tables->JoinSession(RetiredSession());
+        if (tables != database_->tables)
+            database_->tables->JoinSession(database_->session->Retired());
         tables->JoinSession(database_->session);
         database_->tables = std::move(tables);
         authority_->tables = database_->tables;
@@ -73,7 +67,7 @@ void CVLDBEngine::CVLDBUserSet(std::shared_ptr<tavolin::CVLDBUserSet> users) {
     Report(kSource, [&] {
         AskOpen(kSource);
         if (!users) RaiseRunTime(kObjectNotSet);
-        if (users != database_->users) database_->users->JoinSession(RetiredSession());
+        if (users != database_->users) database_->users->JoinSession(database_->session->Retired());
         users->JoinSession(database_->session);
         database_->users = std::move(users);
     });

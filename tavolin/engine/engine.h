@@ -296,6 +296,7 @@ class CVLDBEngine {
 
     struct RegistryChange {
         bool added;
+        bool saved;  // the database that it belongs to is on the disk with it
         std::string owner;
         std::string dir;
         std::string name;
@@ -327,9 +328,8 @@ class CVLDBEngine {
     class Naming;
     std::unique_ptr<Database> NewDatabase() const;
     void Install(std::unique_ptr<Database> database);
-    void Open(std::unique_ptr<Database> database, std::string file);
+    void Open(std::unique_ptr<Database> database, const std::string& file);
     void Recheck();
-    std::shared_ptr<Session> RetiredSession() const;
     std::unique_ptr<Database> ReadState(std::span<const std::uint8_t> state) const;
     std::vector<std::uint8_t> ObjectState() const;
     bool IsOpenFile(std::string_view path) const;
@@ -347,6 +347,7 @@ class CVLDBEngine {
     void AddEntry(const std::string& owner, const std::string& dir, const std::string& name);
     bool RemoveEntry(const std::string& owner, const std::string& dir, const std::string& name);
     bool Apply(const RegistryChange& change);
+    void ForgetUnsavedEntries();
 
     // tables and records
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table) const;
@@ -376,7 +377,7 @@ class CVLDBEngine {
     std::shared_ptr<Authority> authority_;
     std::shared_ptr<Session> session_;  // that of the objects which the host makes
     std::unique_ptr<Database> database_;
-    std::string file_;  // the open database's file; empty when it has none
+    std::string file_;  // the open database's file from the root on; empty when it has none
     std::shared_ptr<tavolin::CVLDBOwnerSet> owners_;
     bool registry_read_ = false;
     std::vector<RegistryChange> unwritten_;  // what has been done to the registry since

@@ -1,10 +1,10 @@
 // Creating, loading, saving and deleting databases, and handing them to another owner.
-#include <filesystem>
 #include <optional>
 
 #include "tavolin/base/clock.h"
 #include "tavolin/base/text.h"
 #include "tavolin/engine/report.h"
+#include "tavolin/persist/database_file.h"
 #include "tavolin/persist/file_system.h"
 #include "tavolin/persist/paths.h"
 #include "tavolin/persist/property_bag.h"
@@ -77,9 +77,9 @@ void CVLDBEngine::Install(std::unique_ptr<Database> database) {
 }
 
 // The same for a database other than the open one, whose transaction and pending lines end.
-void CVLDBEngine::Open(std::unique_ptr<Database> database, std::string file) {
+void CVLDBEngine::Open(std::unique_ptr<Database> database, const std::string& file) {
     Install(std::move(database));
-    file_ = std::move(file);
+    file_ = AbsolutePath(file);
     transaction_ = false;
     snapshot_ = {};
     std::erase_if(pending_, [](const PendingLine& line) { return !line.is_log_on; });
@@ -93,12 +93,7 @@ void CVLDBEngine::Recheck() {
 
 bool CVLDBEngine::IsOpenFile(std::string_view path) const {
     if (!database_->tables || file_.empty()) return false;
-    if (path == file_) return true;
-    try {
-        return FileSystem::Current().IsSameFile(path, file_);
-    } catch (const std::filesystem::filesystem_error&) {
-        return false;  // no path at all
-    }
+    return AbsolutePath(path) == file_ || IsOneFile(path, file_);
 }
 
 std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortName,
@@ -122,6 +117,7 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
         database->created = Now();
         database->tables = std::make_shared<tavolin::CVLTableSet>(database->session);
         database->users = std::make_shared<tavolin::CVLDBUserSet>(database->session);
+        ForgetUnsavedEntries();
         Register(*database);
         database->users->AddForOwners(user);
         user->can_read_ = user->can_read_write_ = user->can_delete_ = true;
@@ -161,6 +157,7 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, st
         database->path = parts.dir;
         database->name = parts.name;
         const auto user = authority_->user;  // whatever handlers do
+        ForgetUnsavedEntries();
         Register(*database);
         Open(std::move(database), std::string(DBPathName));
         Recheck();
@@ -219,13 +216,15 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
         if (!DBPwd.empty() && session_->IsOwner()) naming.password = DBPwd;
         PrintToBinaryFile(StateNamed(naming), file, FileNumber, compact);
         naming.Exchange(*database_);
-        file_ = file;
+        file_ = AbsolutePath(file);
         std::optional<Error> registry_failure;
         try {
             Register(*database_);
             WriteRegistry();
         } catch (...) {
             registry_failure = CurrentError();
+            registry_failure->AddDetail("the database has been saved; the owner registry " +
+                                        RegistryPath() + " has not: " + registry_failure->detail());
         }
         LogPending(Message("DATABASE SAVED! As ", file));
         FlushPending();
@@ -295,7 +294,7 @@ std::optional<Error> CVLDBEngine::DeleteFiles(const std::string& path, const CVL
     WhenFails(
         [&] {
             WriteRegistry();
-            files.Delete(path);
+            files.Delete(files.FollowLink(path));
         },
         [&](const Error& error) {
             if (listed) AddEntry(owner, opened.DBPath(), opened.DBName());
@@ -304,7 +303,8 @@ std::optional<Error> CVLDBEngine::DeleteFiles(const std::string& path, const CVL
         });
     try {
         const std::string log = opened.LogPath();
-        if (files.Exists(log)) files.Delete(log);
+        // The name of a log is made from the database's, and may be that of another database.
+        if (files.Exists(log) && !IsDatabaseFile(log)) files.Delete(log);
         return {};
     } catch (...) {
         return CurrentError();

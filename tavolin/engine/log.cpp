@@ -3,6 +3,7 @@
 #include "tavolin/base/clock.h"
 #include "tavolin/base/text.h"
 #include "tavolin/engine/report.h"
+#include "tavolin/persist/database_file.h"
 #include "tavolin/persist/paths.h"
 #include "tavolin/persist/text_file.h"
 
@@ -83,7 +84,10 @@ std::string CVLDBEngine::LogPath() const {
 bool CVLDBEngine::WriteLog(std::string_view text) const {
     if (!database_->tables) return false;
     try {
-        AppendTextFile(LogPath(), std::string(text).append(kLineBreak));
+        const std::string path = LogPath();
+        // The name is made from the database's, and may be that of another database.
+        if (IsDatabaseFile(path)) return false;
+        AppendTextFile(path, std::string(text).append(kLineBreak));
         return true;
     } catch (...) {
         return false;

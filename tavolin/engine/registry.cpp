@@ -1,7 +1,8 @@
 // The owner registry: who owns which databases, in a file of the library's folder.
+#include <utility>
+
 #include "tavolin/base/text.h"
 #include "tavolin/engine/report.h"
-#include "tavolin/persist/file_system.h"
 #include "tavolin/persist/paths.h"
 
 namespace tavolin {
@@ -24,6 +25,7 @@ void CVLDBEngine::NeedRegistry() {
 
 void CVLDBEngine::WriteRegistry() {
     NeedRegistry();
+    for (RegistryChange& change : unwritten_) change.saved = true;
     owners_->StoreRegistry();
     unwritten_.clear();
 }
@@ -40,7 +42,7 @@ void CVLDBEngine::Register(const Database& database) {
 void CVLDBEngine::AddEntry(const std::string& owner, const std::string& dir,
                            const std::string& name) {
     NeedRegistry();
-    RegistryChange change{true, owner, dir, name};
+    RegistryChange change{true, false, owner, dir, name};
     if (Apply(change)) unwritten_.push_back(std::move(change));
 }
 
@@ -48,10 +50,22 @@ void CVLDBEngine::AddEntry(const std::string& owner, const std::string& dir,
 bool CVLDBEngine::RemoveEntry(const std::string& owner, const std::string& dir,
                               const std::string& name) {
     NeedRegistry();
-    RegistryChange change{false, owner, dir, name};
+    RegistryChange change{false, false, owner, dir, name};
     const bool removed = Apply(change);
     if (removed) unwritten_.push_back(std::move(change));
     return removed;
+}
+
+// What was changed for the open database and not saved with it goes when another takes its place.
+void CVLDBEngine::ForgetUnsavedEntries() {
+    const auto unwritten = std::exchange(unwritten_, {});
+    for (auto change = unwritten.rbegin(); change != unwritten.rend(); ++change) {
+        if (change->saved) {
+            unwritten_.insert(unwritten_.begin(), *change);
+        } else {
+            Apply({!change->added, false, change->owner, change->dir, change->name});
+        }
+    }
 }
 
 // One file has one entry, whichever way its path is written, and an owner without databases has
@@ -64,8 +78,7 @@ bool CVLDBEngine::Apply(const RegistryChange& change) {
     const std::string path = JoinPath(change.dir, change.name);
     bool listed = false;
     for (const auto& database : databases->NewEnum()) {
-        if (!EqualFold(database->Key(), path) &&
-            !FileSystem::Current().IsSameFile(database->Key(), path)) {
+        if (!EqualFold(database->Key(), path) && !IsOneFile(database->Key(), path)) {
             continue;
         }
         listed = true;

@@ -170,9 +170,14 @@ bool CVLDBEngine::DeleteTable(const TableArgument& varTable, bool CascadeDelete)
         tables->AskToRemove();
         const bool linked = table->SpecificType() == isLinkedTable;
         const std::string name = table->Key();
-        if (CascadeDelete) table->DeleteLinks(tables);
-        table->FreeFromInOutLinks();
-        tables->Remove(name);
+        WhenRaised(
+            kTableNotFound,
+            [&] {
+                if (CascadeDelete) table->DeleteLinks(tables);
+                table->FreeFromInOutLinks();
+                tables->Remove(*table);
+            },
+            raise_not_found);
         if (linked) {
             OnLinkedTableDeletion.Fire(name);
             Log(Message("Linked Table Deleted: ", name), database_->switches.logLkTableDeletion);

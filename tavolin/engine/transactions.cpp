@@ -1,4 +1,7 @@
 // One transaction at a time, of the whole database.
+#include <utility>
+
+#include "tavolin/base/text.h"
 #include "tavolin/engine/report.h"
 #include "tavolin/persist/property_bag.h"
 
@@ -56,8 +59,15 @@ bool CVLDBEngine::TansactionAbort() {
         }
         transaction_ = false;
         const auto state = std::exchange(snapshot_, {});
-        Install(ReadState(state));
+        auto database = ReadState(state);
+        const std::string owner = DBOwner();
+        Install(std::move(database));
         Recheck();
+        // The registry follows, if the database was handed over inside the transaction.
+        if (!EqualFold(owner, DBOwner())) {
+            AddEntry(DBOwner(), DBPath(), DBName());
+            RemoveEntry(owner, DBPath(), DBName());
+        }
         LogTransaction("<Transaction Aborted> ~Rolling Back~");
         return true;
     });

@@ -197,6 +197,7 @@ class KeyedCollection {
         if (!indexed_) BuildIndexNow();
     }
     void BuildIndexNow() const {
+        index_.Clear();  // of what an earlier attempt left when memory ran out
         index_.Reserve(order_.size());
         order_.ForEach([this](std::uint32_t handle) {
             if (!store_.Keyed(handle)) return;

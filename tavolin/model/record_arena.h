@@ -86,6 +86,7 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     void SetLeaf(RecordHandle record, std::uint32_t leaf) { At(record)->leaf = leaf; }
     bool Keyed(RecordHandle record) const { return (At(record)->flags & kKeyless) == 0; }
     void DropKey(RecordHandle record) { At(record)->flags |= kKeyless; }
+    void TakeKey(RecordHandle record) { At(record)->flags &= static_cast<std::uint8_t>(~kKeyless); }
 
     // The object that a host holds: the same one for as long as anyone holds it.
     std::shared_ptr<CVLRecord> Object(RecordHandle record);

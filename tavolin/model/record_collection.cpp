@@ -64,6 +64,15 @@ void RecordCollection::Adopt(std::span<const RecordHandle> records) {
     for (const RecordHandle record : records) arena_->AddReference(record);
 }
 
+void RecordCollection::FileOwnKeys(std::span<const RecordHandle> records) {
+    for (const RecordHandle record : records) arena_->DropKey(record);
+    for (const RecordHandle record : records) {
+        const std::string key = arena_->FilingKey(record);
+        if (records_.FindKey(key) != kNoHandle) continue;
+        records_.ChangeKey(record, key, [&] { arena_->TakeKey(record); });
+    }
+}
+
 void RecordCollection::Remove(RecordHandle record) {
     MakePlaces();
     // Before the first of several with one key goes, the others must be known to have none.
@@ -85,7 +94,9 @@ void RecordCollection::MakePlaces() {
 }
 
 std::uint32_t RecordCollection::Store::Leaf(RecordHandle record) const {
-    return guest ? places.at(record) : arena->Leaf(record);
+    if (!guest) return arena->Leaf(record);
+    const auto place = places.find(record);
+    return place == places.end() ? kNoHandle : place->second;
 }
 
 void RecordCollection::Store::SetLeaf(RecordHandle record, std::uint32_t leaf) {

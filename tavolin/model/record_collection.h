@@ -48,8 +48,15 @@ class RecordCollection {
     // Appends records that were just read from stored state; the keys are looked at later.
     void Adopt(std::span<const RecordHandle> records);
     void Remove(RecordHandle record);
-    // Whether a record of this collection's own arena stands in it; not for guests.
-    bool Holds(RecordHandle record) const { return records_.PositionOf(record) != 0; }
+    // For records of those, that have a key of their own: none of them takes a key that another
+    // record has from its fields.
+    void FileOwnKeys(std::span<const RecordHandle> records);
+    // Whether a record of the arena stands in this collection.
+    bool Holds(RecordHandle record) {
+        MakePlaces();
+        return records_.PositionOf(record) != 0;
+    }
+    bool IsGuest() const { return records_.store().guest; }
 
     template <class Body>
     void ForEach(Body&& body) const {

@@ -30,7 +30,7 @@ void CheckParts(const PrimaryKeyType& key, const char* source) {
 CVLRecordSet::CVLRecordSet() : CVLRecordSet(Session::Current()) {}
 
 CVLRecordSet::CVLRecordSet(std::shared_ptr<Session> session)
-    : session_(std::move(session)), records_(std::make_shared<RecordCollection>(session_)) {}
+    : records_(std::make_shared<RecordCollection>(std::move(session))) {}
 
 bool CVLRecordSet::CanAdd(IndexKey Key) const {
     return Trap("CVLRecordSet:CanAdd Method", [&] {
@@ -45,7 +45,7 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Add(const PrimaryKeyType& Key, std::int
                                              const Placement& place) {
     static constexpr const char* kSource = "CVLRecordSet:Add Method";
     return Trap(kSource, [&] {
-        AskWrite(*session_, kSource);
+        AskWrite(session(), kSource);
         CheckParts(Key, kSource);
         std::shared_ptr<CVLRecord> record;
         try {
@@ -66,7 +66,7 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Update(const PrimaryKeyType& Key,
                                                 std::shared_ptr<CVLAttachmentSet> AttachmentSet) {
     static constexpr const char* kSource = "CVLRecordSet:Update Method";
     return Trap(kSource, [&] {
-        AskWrite(*session_, "CVLRecordSet:UpDate Method");
+        AskWrite(session(), "CVLRecordSet:UpDate Method");
         if (!record) RaiseRunTime(kObjectNotSet);
         // The record may be of another tree, or of one that was replaced.
         AskWrite(*record->arena()->session(), "CVLRecordSet:UpDate Method");
@@ -98,7 +98,7 @@ RecordHandle CVLRecordSet::Existing(const IndexKey& which, const char* source) c
 std::shared_ptr<CVLRecord> CVLRecordSet::Item(IndexKey vntIndexKey) const {
     return Trap("CVLRecordSet:Record Property Get", [&] {
         static constexpr const char* kSource = "CVLRecordSet:Item Property Get";
-        AskRead(*session_, kSource);
+        AskRead(session(), kSource);
         return records_->Object(Existing(vntIndexKey, kSource));
     });
 }
@@ -106,7 +106,7 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Item(IndexKey vntIndexKey) const {
 void CVLRecordSet::Remove(IndexKey vntIndexKey) {
     static constexpr const char* kSource = "CVLRecordSet:Remove Method";
     Trap(kSource, [&] {
-        AskDelete(*session_, kSource);
+        AskDelete(session(), kSource);
         Remove(records_->Object(Existing(vntIndexKey, kSource)));
     });
 }
@@ -114,7 +114,7 @@ void CVLRecordSet::Remove(IndexKey vntIndexKey) {
 void CVLRecordSet::Remove(const std::shared_ptr<CVLRecord>& record) {
     static constexpr const char* kSource = "CVLRecordSet:Remove Method";
     Trap(kSource, [&] {
-        AskDelete(*session_, kSource);
+        AskDelete(session(), kSource);
         if (record->arena() != records_->shared_arena()) RaiseRunTime(kInvalidCall);
         records_->Remove(record->handle());
         OnRecordRemove.Fire(record);
@@ -148,8 +148,11 @@ bool CVLRecordSet::ValueOccursMoreThan(int field, std::string_view value, int li
 }
 
 void CVLRecordSet::JoinSession(std::shared_ptr<Session> session) {
-    session_ = std::move(session);
-    records_->arena().JoinSession(session_);
+    records_->arena().JoinSession(std::move(session));
+}
+
+void CVLRecordSet::Retire() {
+    if (!records_->IsGuest()) JoinSession(records_->arena().session()->Retired());
 }
 
 std::shared_ptr<CVLRecord> CVLRecordSet::LastRecord() const {

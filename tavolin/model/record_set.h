@@ -37,6 +37,10 @@ class RecordEnumerator {
     explicit RecordEnumerator(std::shared_ptr<const RecordCollection> records)
         : records_(std::move(records)), cursor_(*records_) {}
 
+    // Moving copies: an enumerator always has its collection.
+    RecordEnumerator(const RecordEnumerator&) = default;
+    RecordEnumerator& operator=(const RecordEnumerator&) = default;
+
     // The next record, or nothing at the end.
     std::shared_ptr<CVLRecord> Next() {
         const RecordHandle record = cursor_.Next();
@@ -153,11 +157,16 @@ class CVLRecordSet {
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
     void JoinSession(std::shared_ptr<Session> session);
+    // Takes the records' rights away, unless they stand in another set as well.
+    void Retire();
 
   private:
     RecordHandle Existing(const IndexKey& which, const char* source) const;
 
-    std::shared_ptr<Session> session_;
+    // Whose rights count: those of the tree that the records stand in, which a search's result
+    // shares.
+    const Session& session() const { return *records_->arena().session(); }
+
     std::shared_ptr<RecordCollection> records_;
 };
 

@@ -1,5 +1,7 @@
 // The stored form of a record set: the number of records, their images one behind the other, and
 // beside them what few records have.
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "tavolin/errors/trap.h"
@@ -80,7 +82,7 @@ void CVLRecordSet::WriteProperties(PropertyBagWriter& bag) const {
 void CVLRecordSet::ReadProperties(PropertyBagReader& bag) {
     const std::int32_t count = bag.ReadInt("RecordsCount");
     auto images = bag.ReadBlocks("Record");
-    auto records = std::make_shared<RecordCollection>(session_);
+    auto records = std::make_shared<RecordCollection>(records_->arena().session());
     RecordArena& arena = records->arena();
     std::vector<RecordHandle> handles;
     // An image has 32 bytes at least: the count is believed no further than that.
@@ -95,6 +97,14 @@ void CVLRecordSet::ReadProperties(PropertyBagReader& bag) {
     }
     bag.ReadSeries("RecordExtra", [&](std::size_t) { ReadSpecial(bag, arena, handles); });
     records->Adopt(handles);
+    if (arena.AnyOwnKeys()) {
+        std::vector<RecordHandle> own;
+        std::copy_if(handles.begin(), handles.end(), std::back_inserter(own),
+                     [&](RecordHandle record) { return arena.HasOwnKey(record); });
+        records->FileOwnKeys(own);
+    }
+    // Whoever holds a record of the old ones can read it, and change nothing in the set by it.
+    Retire();
     records_ = std::move(records);
 }
 

@@ -43,6 +43,12 @@ class Session {
     bool MayRead() const { return MayWrite() || Permission() == ToRead; }
 
     void Retire() { retired_ = true; }
+    // One of the same engine for what is not in use any more.
+    std::shared_ptr<Session> Retired() const {
+        auto session = std::make_shared<Session>(authority_);
+        session->Retire();
+        return session;
+    }
 
     // The name of the open database's owner.
     std::string owner;

@@ -97,6 +97,10 @@ void CVLTable::FieldName(int fldNum0to9, std::string_view name) {
 void CVLTable::CVLRecordSet(std::shared_ptr<tavolin::CVLRecordSet> records) {
     Trap("CVLTable:CVLRecordSet Property Set", [&] {
         if (!records) RaiseRunTime(kObjectNotSet);
+        if (records == records_) return;
+        // The records of a search's result stand in another set; this one gets its own.
+        if (records->Collection()->IsGuest()) records->ObjectState(records->ObjectState());
+        records_->Retire();
         records->JoinSession(session_);
         records_ = std::move(records);
     });

@@ -66,7 +66,8 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     const std::string& FieldName(int fldNum0to9) const;
     void FieldName(int fldNum0to9, std::string_view name);
 
-    // Never nothing. Setting nothing raises 91.
+    // Never nothing. Setting nothing raises 91. The set that was there loses its rights. A search's
+    // result gets records of its own when it is given to a table.
     std::shared_ptr<tavolin::CVLRecordSet> CVLRecordSet() const { return records_; }
     void CVLRecordSet(std::shared_ptr<tavolin::CVLRecordSet> records);
 
@@ -132,9 +133,8 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     // gone are passed over.
     void FreeFromInOutLinks();
 
-    // Deletes, depth first, every table of `useTableSet` that only this one's links refer to;
-    // unlinking and removing them asks for `Ownership`. Tables that others refer to stay and lose
-    // the reference to this one.
+    // Deletes, depth first, every table of `useTableSet` that only this one's links refer to. Asks
+    // for `Ownership`. Tables that others refer to stay and lose the reference to this one.
     void DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet);
 
     // Library-internal.

@@ -169,7 +169,7 @@ void CVLTable::DropOldLink(int field, const std::string& new_target) {
     if (old_target.empty() || EqualFold(old_target, new_target)) return;
     linked_[at].clear();
     const auto tables = session_->Tables();
-    if (RefersTo(old_target) || !tables) return;
+    if (RefersTo(old_target) || !tables || tables.get() != set_) return;
     const auto old_table = tables->Lookup(old_target);
     if (!old_table) return;
     old_table->ClearReferencesTo(key_);
@@ -307,7 +307,7 @@ class CVLTable::Cascade {
         // A handler may have removed the one or the other meanwhile.
         if (target->set_ == nullptr || frame.table->set_ == nullptr) return;
         frame.table->Unlink(target);
-        if (frame.only_referrer) tables_->Remove(target->key_);
+        if (frame.only_referrer) tables_->Remove(*target);
     }
 
     bool OthersReferTo(const CVLTable& target, const CVLTable& table) const {
@@ -322,7 +322,9 @@ class CVLTable::Cascade {
 };
 
 void CVLTable::DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet) {
-    Trap("CVLTable:DeleteLinks Method", [&] {
+    static constexpr const char* kSource = "CVLTable:DeleteLinks Method";
+    Trap(kSource, [&] {
+        AskToUnlink(*session_, kSource);
         if (!useTableSet) RaiseRunTime(kObjectNotSet);
         if (is_result_) RaiseRunTime(kInvalidCall);
         Cascade(useTableSet).Run(shared_from_this());

@@ -119,6 +119,11 @@ void CVLTableSet::Remove(IndexKey vntIndexKey) {
     });
 }
 
+void CVLTableSet::Remove(const CVLTable& table) {
+    const std::int32_t position = tables_->PositionOf(&table);
+    Remove(position);  // 0 is that of no table
+}
+
 void CVLTableSet::Rename(const CVLTable& table, std::string_view name, const char* source) {
     if (name.empty()) RaiseRunTime(kInvalidCall);
     const auto other = tables_->Find(name);

@@ -73,6 +73,8 @@ class CVLTableSet {
 
     // The table or nothing, without asking for a right.
     std::shared_ptr<CVLTable> Lookup(IndexKey which) const { return tables_->Find(which); }
+    // The element, if it is in the set, whatever its key is.
+    void Remove(const CVLTable& table);
     void Rename(const CVLTable& table, std::string_view name, const char* source);
     // Raises what Remove raises without `Ownership`.
     void AskToRemove() const;

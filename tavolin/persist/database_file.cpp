@@ -51,6 +51,18 @@ std::vector<std::uint8_t> ReadDatabaseFile(std::string_view path) {
     return bytes;
 }
 
+bool IsDatabaseFile(std::string_view path) {
+    FileSystem& files = FileSystem::Current();
+    if (!files.Exists(path)) return false;
+    const auto file = files.Open(path, FileMode::kRead);
+    try {
+        ReadDescriptor(*file, path);
+        return true;
+    } catch (const DamagedState&) {
+        return false;
+    }
+}
+
 void WriteDatabaseFile(std::string_view path, std::span<const std::uint8_t> bytes, bool cut_tail) {
     if (bytes.size() >= kTooLarge) throw Error(kOverflow);
     std::array<std::uint8_t, kDescriptorSize> descriptor{};

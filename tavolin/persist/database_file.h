@@ -14,6 +14,9 @@ namespace tavolin {
 // bytes, and the file errors of FileSystem.
 std::vector<std::uint8_t> ReadDatabaseFile(std::string_view path);
 
+// Whether the file is there and begins as one that holds an array. The file errors of FileSystem.
+bool IsDatabaseFile(std::string_view path);
+
 // Makes the file hold the array, by FileSystem::Replace: after a failure the old file is as it was.
 // The bytes of a longer old file stay behind the array unless `cut_tail` says to drop them. An
 // array of 2^31 bytes or more is Error(kOverflow), raised before any file is touched.

@@ -1,5 +1,8 @@
 #include "tavolin/persist/paths.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "tavolin/persist/file_system.h"
 
 namespace tavolin {
@@ -29,6 +32,20 @@ bool FileExists(std::string_view path) {
     // Not a possible name, so nothing says that a file of that name is missing.
     if (path.find('\0') != std::string_view::npos) return true;
     return FileSystem::Current().Kind(path) != PathKind::kMissing;
+}
+
+std::string AbsolutePath(std::string_view path) {
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(NativePath(path), error);
+    return error ? std::string(path) : PortablePath(absolute.lexically_normal());
+}
+
+bool IsOneFile(std::string_view a, std::string_view b) {
+    try {
+        return FileSystem::Current().IsSameFile(a, b);
+    } catch (const std::filesystem::filesystem_error&) {
+        return false;
+    }
 }
 
 }  // namespace tavolin

@@ -31,6 +31,13 @@ std::string LibraryFolder();
 // The file in which the owners of databases are registered: "RDX.dat" in LibraryFolder().
 std::string RegistryPath();
 
+// The path from the root on, as the current folder is now; the path itself when that cannot be
+// told.
+std::string AbsolutePath(std::string_view path);
+
+// Whether both lead to one file. False when either is missing or is no path. Raises nothing.
+bool IsOneFile(std::string_view a, std::string_view b);
+
 // False exactly for an empty path and for a name missing from an existing folder. A missing folder,
 // or a file that may not be asked about, gives true. Raises nothing.
 bool FileExists(std::string_view path);

@@ -204,5 +204,18 @@ TEST_F(LogTest, PendingLinesAreKeptUntilTheyCanBeWritten) {
     EXPECT_EQ(Contents(File("shop.log")), "\r\n" + log_on_ + saved_ + saved_);
 }
 
+TEST_F(LogTest, NeverTouchesADatabaseThatBearsTheNameOfTheLog) {
+    const std::string other = folder_ / "xlog.dat";
+    engine_.SaveDB({}, "xlog.dat");
+    const std::string saved = Contents(other);
+    CVLDBEngine engine;
+    engine.LogOn("ann", "secret");
+    engine.CreateNewDB("xcdb.dat", FolderPath());
+    engine.SaveDB();
+    EXPECT_EQ(Contents(other), saved);
+    engine.DeleteDB(folder_ / "xcdb.dat");
+    EXPECT_EQ(Contents(other), saved);
+}
+
 }  // namespace
 }  // namespace tavolin

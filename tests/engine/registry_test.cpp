@@ -66,6 +66,21 @@ TEST_F(RegistryTest, ALogOnKeepsWhatIsNotWrittenYetAndSeesWhatOthersWrote) {
     EXPECT_EQ(OnDisk("bob"), File("bobs.cdb") + ";" + shop_);
 }
 
+TEST_F(RegistryTest, FollowsAHandOverThatIsTakenBack) {
+    engine_.SaveDB();
+    engine_.TransactionBegin();
+    engine_.ChangeOwner("bob", "b");
+    engine_.TansactionAbort();
+    engine_.DBLegalUser(owner_, Ownership);
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), shop_);
+    engine_.ChangeOwner("bob", "b");  // and is never saved
+    engine_.LoadDB(File("shop.cdb"));
+    engine_.DBLegalUser(owner_, Ownership);
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), shop_);
+}
+
 TEST_F(RegistryTest, AUserWhoWasPutInPlaceKeepsWhatOthersWrote) {
     engine_.SaveDB();
     CVLDBEngine engine;

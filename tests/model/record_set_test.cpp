@@ -128,11 +128,12 @@ TEST_F(RecordSetTest, FilesUnderAHostsKeyWhenItIsLoaded) {
     EXPECT_EQ(Names(), "abcd");
     EXPECT_EQ(set_.Item("Z")->prop(1), "a");
     EXPECT_EQ(set_.Item("b")->prop(0), "new");
-    EXPECT_EQ(set_.Item("d")->prop(1), "c");  // of two with one key, the first has it
+    EXPECT_EQ(set_.Item("d")->prop(1), "d");  // which nobody has changed
     EXPECT_TRUE(set_.CanAdd("a") && set_.CanAdd("c"));
-    EXPECT_EQ(set_.Item(4)->Key(), "d");
-    set_.Remove(4);
-    EXPECT_EQ(set_.Item("d")->prop(1), "c");
+    EXPECT_EQ(set_.Item(3)->Key(), "D");
+    set_.Remove("d");
+    EXPECT_TRUE(set_.CanAdd("d"));
+    EXPECT_EQ(Names(), "abc");
 }
 
 TEST_F(RecordSetTest, SharesAndStoresAttachments) {
@@ -167,6 +168,7 @@ TEST_F(RecordSetTest, RefusesDamagedState) {
 struct Row {
     std::optional<std::string> filed;  // what it is found under
     std::string key;
+    bool own_key = false;  // the host has had a hand in it
     std::int32_t n_key = 0;
     std::array<std::string, kFieldCount> fields;
 };
@@ -180,10 +182,9 @@ class RecordSetModel {
         return nullptr;
     }
     void Load() {
-        auto old = std::exchange(rows, {});
-        for (Row& row : old) {
-            row.filed = Find(row.key) ? std::nullopt : std::optional(row.key);
-            rows.push_back(row);
+        for (Row& row : rows) row.filed = row.own_key ? std::nullopt : std::optional(row.key);
+        for (Row& row : rows) {
+            if (row.own_key && !Find(row.key)) row.filed = row.key;
         }
     }
     std::vector<Row> rows;
@@ -208,6 +209,7 @@ class RandomRecords {
                 return SetField(at, Below(kFieldCount), Text());
             case 7:
                 model_.rows[at].key = Key();
+                model_.rows[at].own_key = true;
                 return set_.Item(at + 1)->Key(model_.rows[at].key);
             case 8:
             case 9:
@@ -250,7 +252,9 @@ class RandomRecords {
                            static_cast<char>('a' + Below(26)));
     }
     void Add(std::size_t at) {
-        Row row{std::nullopt, "", static_cast<std::int32_t>(random_()), {Key(), Text(), Key()}};
+        Row row;
+        row.n_key = static_cast<std::int32_t>(random_());
+        row.fields = {Key(), Text(), Key()};
         row.key = row.fields[2] + row.fields[0];
         row.filed = row.key;
         Placement place;
@@ -281,6 +285,7 @@ class RandomRecords {
     }
     void SetField(std::size_t at, std::size_t field, const std::string& value) {
         model_.rows[at].fields[field] = value;
+        if (field == 0 || field == 2) model_.rows[at].own_key = true;
         set_.Item(at + 1)->prop(static_cast<int>(field), value);
     }
     void Remove(std::size_t at) {

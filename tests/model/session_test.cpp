@@ -1,5 +1,6 @@
 #include "tavolin/model/session.h"
 
+#include <functional>
 #include <thread>
 
 #include "tavolin/model/attachment_set.h"
@@ -121,6 +122,41 @@ TEST(SessionEndTest, ObjectsOutliveTheirEngine) {
     EXPECT_EQ(table->Count(), 1);
     EXPECT_EQ(ErrorNumber([&] { table->Add(nullptr, 1, {"b"}); }), N::GetUserPermissionToRWError());
     EXPECT_EQ(table->Find("a")->Count(), 1);
+}
+
+TEST_F(SessionTest, AResultGivenToATableGetsRecordsOfItsOwn) {
+    auto table = engine_.CreateNewPrimaryTable("T", {"ID", "X"});
+    const auto record = engine_.AddRecord("T", 1, {"1", "one"});
+    engine_.AddRecord("T", 2, {"2", "two"});
+    {
+        CVLDBEngine other;
+        other.LogOn("eve", "e");
+        other.CreateNewDB("eves", FolderPath());
+        const auto copy =
+            other.CVLTableSet()->Add("Copy", isPrimaryTable, table->Find("one")->CVLRecordSet());
+        other.DeleteRecord("Copy", "1");
+        EXPECT_EQ(copy->Count(), 0);
+    }
+    EXPECT_EQ(table->Count(), 2);
+    engine_.UpDateRecord("T", record, 1, {"1", "uno"});
+    EXPECT_EQ(table->GetRecord("1")->prop(1), "uno");
+}
+
+TEST_F(SessionTest, RecordsOfAReplacedSetChangeNothing) {
+    auto table = engine_.CreateNewPrimaryTable("T", {"ID", "X"});
+    const auto stale = engine_.AddRecord("T", 1, {"1", "one"});
+    const auto result = table->Find("one");
+    table->CVLRecordSet()->ObjectState(table->CVLRecordSet()->ObjectState());
+    for (const auto& body : {std::function<void()>([&] {
+                                 engine_.UpDateRecord("T", stale, 1, {"1", "uno"});
+                             }),
+                             std::function<void()>([&] {
+                                 engine_.AddRecord(result, 1, {"9", "nine"});
+                             })}) {
+        EXPECT_EQ(ErrorNumber(body), CVLErrorNum::GetUserPermissionToRWError());
+    }
+    EXPECT_EQ(stale->prop(1), "one");
+    EXPECT_EQ(table->GetRecord("1")->prop(1), "one");
 }
 
 }  // namespace
