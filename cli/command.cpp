@@ -12,8 +12,8 @@ constexpr Where kSessionOnly = Where::kSessionOnly;
 
 constexpr Command kCommands[] = {
     {"create", "[--full-name NAME] [--ask-password] [--database-password-file F]",
-     "Make a new, empty database of yours and save it.", "create --full-name 'Ann Lee'",
-     Need::kNewDatabase, kAnywhere, CreateCommand},
+     "Make a new, empty database of yours, save it and enter it in the registry of owners.",
+     "create --full-name 'Ann Lee'", Need::kNewDatabase, kAnywhere, CreateCommand},
     {"info", "", "Show what the database is and who owns it.", "info", Need::kRead, kAnywhere,
      InfoCommand},
     {"save", "[--as NAME] [--to FOLDER] [--compact]",
@@ -64,7 +64,8 @@ constexpr Command kCommands[] = {
     {"get", "TABLE KEY", "Show a record, a field a line, and its attachments.",
      "get Customers '#1'", Need::kRead, kAnywhere, GetCommand},
     {"find", "TEXT [--in TABLE] [--field FIELD] [--key]",
-     "Show the records that contain a text, in any letter case; or the one with that key.",
+     "Show the records that contain a text, in any letter case, or have that key; --field "
+     "needs --in.",
      "find paris --in Customers --field City", Need::kRead, kAnywhere, FindCommand},
     {"list", "TABLE [--from N] [--count N]", "Show records in their order, from the Nth on.",
      "list Customers --from 101 --count 20", Need::kRead, kAnywhere, ListCommand},
@@ -78,8 +79,8 @@ constexpr Command kCommands[] = {
      "import Cities cities.csv --key ID", Need::kWrite, kAnywhere, ImportCommand},
 
     {"begin", "", "Begin a transaction.", "begin", Need::kWrite, kSessionOnly, BeginCommand},
-    {"commit", "", "End the transaction and save.", "commit", Need::kWrite, kSessionOnly,
-     CommitCommand},
+    {"commit", "", "End the transaction and save; it has ended even if saving fails.", "commit",
+     Need::kWrite, kSessionOnly, CommitCommand},
     {"abort", "", "End the transaction and take everything done in it back.", "abort", Need::kRead,
      kSessionOnly, AbortCommand},
 
@@ -93,9 +94,10 @@ constexpr Command kCommands[] = {
      Need::kOwner, kAnywhere, AddUserCommand},
     {"set-user",
      "NAME [--read on|off] [--write on|off] [--delete on|off] [--disabled on|off] "
-     "[--name NAME] [--full-name NAME] [--description TEXT]",
-     "Change a user's rights, names or description.", "set-user bob --write off", Need::kOwner,
-     kAnywhere, SetUserCommand},
+     "[--name NAME] [--full-name NAME] [--description TEXT] "
+     "[--password-file F] [--ask-password] [--no-password]",
+     "Change a user's rights, names, description or password.", "set-user bob --write off",
+     Need::kOwner, kAnywhere, SetUserCommand},
     {"remove-user", "NAME [--yes]", "Remove a user.", "remove-user bob --yes", Need::kOwner,
      kAnywhere, RemoveUserCommand},
 

@@ -6,6 +6,7 @@
 #include "cli/paths.h"
 #include "cli/terminal.h"
 #include "tavolin/base/clock.h"
+#include "tavolin/base/text.h"
 
 namespace tavolin::cli {
 namespace {
@@ -74,9 +75,7 @@ void SaveCommand(Host& host, const Arguments& words) {
     }
     if (!name.empty() && name.find('.') == name.npos) name += ".cdb";
     const auto folder = words.Find("--to");
-    host.engine().SaveDB(folder ? FolderPath(*folder) : std::string(), name, {},
-                         words.Has("--compact"));
-    host.Saved();
+    host.Save(folder ? FolderPath(*folder) : std::string(), name, words.Has("--compact"));
     host.Note("saved " + host.Path());
 }
 
@@ -98,8 +97,11 @@ void OwnerCommand(Host& host, const Arguments& words) {
         !engine.UserExists(name) || words.Has("--password-file") || words.Has("--no-password");
     host.Confirm(words, "Hand the database to " + name + "?");
     const std::string password = asked ? host.NewPassword(words, "of " + name) : std::string();
-    engine.ChangeOwner(name, password, words.Get("--full-name"), words.Get("--description"));
+    const auto known = engine.UserExists(name) ? engine.CVLDBUserSet()->Item(name) : nullptr;
+    engine.ChangeOwner(name, password, words.Get("--full-name", known ? known->UserFullName() : ""),
+                       words.Get("--description", known ? known->UserDescription() : ""));
     host.Changed();
+    if (EqualFold(name, host.user()) && !password.empty()) host.ActAs(name, password);
     host.Note("the owner is " + engine.DBOwner());
 }
 
@@ -126,6 +128,7 @@ void CommitCommand(Host& host, const Arguments&) {
 void AbortCommand(Host& host, const Arguments&) {
     host.Abort();
     host.Note("everything since `begin` is taken back");
+    if (host.unsaved()) host.Note("there are unsaved changes: the file is not what it was");
 }
 
 }  // namespace tavolin::cli

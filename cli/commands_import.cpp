@@ -45,6 +45,7 @@ class Import {
         } catch (const CsvError& error) {
             throw CommandFailure(Place(error.line(), error.column()) + ": " + error.what());
         }
+        progress_.Clear();
     }
 
     std::size_t added() const { return added_; }

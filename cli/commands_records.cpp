@@ -11,14 +11,17 @@
 namespace tavolin::cli {
 namespace {
 
-// The library does not say which key it did not find.
+// The library does not say which key it did not find; what it says becomes the detail.
 std::shared_ptr<CVLRecord> FindRecord(Host& host, const Arguments& words) {
     try {
         return host.engine().GetRecord(words["TABLE"], RecordKey(words["KEY"]));
-    } catch (Error& error) {
+    } catch (const Error& error) {
         const auto tables = host.engine().CVLTableSet();
         if (error.detail().empty() && !tables->CanAdd(words["TABLE"])) {
-            error.AddDetail("no record " + words["KEY"] + " in " + words["TABLE"]);
+            Error unknown(error.number(), error.source(),
+                          Message("no record ", words["KEY"], " in ", words["TABLE"]));
+            unknown.AddDetail(error.description());
+            throw unknown;
         }
         throw;
     }
@@ -39,11 +42,18 @@ Assignments InOrder(const CVLTable& table, const std::vector<std::string>& value
 
 Assignments NewValues(const CVLTable& table, const Arguments& words) {
     const auto& values = words.All("VALUE");
+    std::for_each(values.begin(), values.end(), RequireUtf8);
     const bool named = !words.Has("--values") &&
                        std::any_of(values.begin(), values.end(), [&](const std::string& word) {
                            return IsAssignment(table, word);
                        });
-    return named ? ParseAssignments(table, values) : InOrder(table, values);
+    if (named) return ParseAssignments(table, values);
+    const auto unknown = std::find_if(values.begin(), values.end(), LooksLikeAssignment);
+    if (!words.Has("--values") && unknown != values.end()) {
+        throw UsageError(table.Key() + " has no field " + unknown->substr(0, unknown->find('=')) +
+                         "; --values takes " + *unknown + " as a value");
+    }
+    return InOrder(table, values);
 }
 
 // Everything that the record holds, with the new values in their fields.
@@ -55,7 +65,7 @@ std::vector<std::string> Merged(const CVLTable& table, const CVLRecord& record,
         values.push_back(record.prop(field));
         if (!change) continue;
         const bool in_key = table.PrimaryKey().Holds(field);
-        if (in_key && !EqualFold(*change, values.back())) {
+        if (in_key && *change != values.back()) {
             throw CommandFailure("the field " + FieldTitle(table, field) +
                                  " is part of the key and cannot change");
         }
@@ -109,7 +119,9 @@ void AddCommand(Host& host, const Arguments& words) {
 
 void UpdateCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);
-    const Assignments changes = ParseAssignments(*table, words.All("FIELD=VALUE"));
+    const auto& given = words.All("FIELD=VALUE");
+    std::for_each(given.begin(), given.end(), RequireUtf8);
+    const Assignments changes = ParseAssignments(*table, given);
     const auto record = FindRecord(host, words);
     const std::vector<std::string> values = Merged(*table, *record, changes);
     host.engine().UpDateRecord(table, record, record->nKey(), values);
@@ -151,14 +163,10 @@ void GetCommand(Host& host, const Arguments& words) {
 void FindCommand(Host& host, const Arguments& words) {
     const auto only = words.Find("--in");
     const auto field_name = words.Find("--field");
+    if (field_name && !only) throw UsageError("--field needs the table that it is of: --in TABLE");
     bool found = false;
     auto search = [&](const CVLTable& table) {
-        int field = kNoField;
-        if (field_name) {
-            const auto here = FieldCalled(table, *field_name);
-            if (!here && !only) return;
-            field = here ? *here : FieldNumber(table, *field_name);
-        }
+        const int field = field_name ? FieldNumber(table, *field_name) : kNoField;
         const auto matches = table.Find(words["TEXT"], words.Has("--key"), field);
         if (!matches || matches->Count() == 0) return;
         found = true;

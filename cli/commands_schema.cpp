@@ -1,8 +1,11 @@
 // Tables: showing, making, linking, deleting.
+#include <algorithm>
+
 #include "cli/commands.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
 #include "cli/words.h"
+#include "tavolin/base/text.h"
 
 namespace tavolin::cli {
 namespace {
@@ -31,6 +34,12 @@ std::vector<std::string> FieldNames(const Arguments& words) {
     std::vector<std::string> names = SplitList(words["--fields"]);
     if (names.size() > kFieldCount) throw UsageError("a table has ten fields at most");
     if (names.empty()) throw UsageError("--fields names no field");
+    for (auto name = names.begin(); name != names.end(); ++name) {
+        const bool twice = !name->empty() && std::any_of(names.begin(), name, [&](const auto& one) {
+            return EqualFold(one, *name);
+        });
+        if (twice) throw UsageError("--fields names " + *name + " twice");
+    }
     return names;
 }
 
@@ -59,6 +68,7 @@ void TableCommand(Host& host, const Arguments& words) {
 }
 
 void MakeTableCommand(Host& host, const Arguments& words) {
+    RequireUtf8(words["TABLE"]);
     const auto names = FieldNames(words);
     const auto key = KeyFields(names, words.Get("--key"));
     const auto table =
@@ -106,6 +116,7 @@ void DropTableCommand(Host& host, const Arguments& words) {
 }
 
 void RenameTableCommand(Host& host, const Arguments& words) {
+    RequireUtf8(words["NAME"]);
     host.Table(words["TABLE"])->Key(words["NAME"]);
     host.Changed();
     host.Note("renamed");
@@ -113,7 +124,17 @@ void RenameTableCommand(Host& host, const Arguments& words) {
 
 void LabelCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);
-    table->FieldLabel(FieldNumber(*table, words["FIELD"]), words["LABEL"]);
+    const int field = FieldNumber(*table, words["FIELD"]);
+    const std::string& label = words["LABEL"];
+    RequireUtf8(label);
+    for (int other = 0; other < kFieldCount; ++other) {
+        const bool same =
+            EqualFold(table->FieldName(other), label) || EqualFold(table->FieldLabel(other), label);
+        if (other != field && !label.empty() && same) {
+            throw CommandFailure("another field is called " + label);
+        }
+    }
+    table->FieldLabel(field, label);
     host.Changed();
     host.Note("label set");
 }

@@ -1,11 +1,41 @@
 // Users and their rights.
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "cli/fields.h"
+#include "tavolin/base/text.h"
 
 namespace tavolin::cli {
 namespace {
 
 const char* YesNo(bool value) { return value ? "yes" : "no"; }
+
+bool AsksForPassword(const Arguments& words) {
+    return words.Has("--password-file") || words.Has("--ask-password") ||
+           words.Has("--no-password");
+}
+
+bool ChangesNothing(const Arguments& words) {
+    constexpr const char* kOptions[] = {"--read", "--write",     "--delete",     "--disabled",
+                                        "--name", "--full-name", "--description"};
+    return !AsksForPassword(words) &&
+           std::none_of(std::begin(kOptions), std::end(kOptions),
+                        [&](const char* option) { return words.Has(option); });
+}
+
+void CheckName(const std::string& name) {
+    if (name.empty()) throw UsageError("a user needs a name");
+    RequireUtf8(name);
+}
+
+// The library changes a password for whoever does not know the old one. So this is only for
+// commands that are the owner's alone.
+void SetPassword(CVLDBUser& user, const std::string& password) {
+    user.ChangePassword(user.PasswordCorrect("") ? "another" : "", password);
+}
 
 }  // namespace
 
@@ -33,6 +63,7 @@ void UserCommand(Host& host, const Arguments& words) {
 
 void AddUserCommand(Host& host, const Arguments& words) {
     const std::string& name = words["NAME"];
+    CheckName(name);
     const std::string password = host.NewPassword(words, "of " + name);
     host.engine().CreateNewUser(name, password, words.Has("--read"), words.Has("--write"),
                                 words.Has("--delete"), words.Get("--full-name"),
@@ -42,7 +73,12 @@ void AddUserCommand(Host& host, const Arguments& words) {
 }
 
 void SetUserCommand(Host& host, const Arguments& words) {
+    if (ChangesNothing(words)) throw UsageError("there is nothing to change");
+    if (const auto name = words.Find("--name")) CheckName(*name);
     const auto user = host.engine().CVLDBUserSet()->Item(words["NAME"]);
+    const bool oneself = EqualFold(user->UserName(), host.user());
+    std::optional<std::string> password;
+    if (AsksForPassword(words)) password = host.NewPassword(words, "of " + user->UserName());
     // The name first: it is the one thing that can be refused for its value.
     if (const auto name = words.Find("--name")) user->UserName(*name);
     host.Changed();
@@ -52,16 +88,24 @@ void SetUserCommand(Host& host, const Arguments& words) {
     if (const auto disabled = words.Switch("--disabled")) user->UserDisabled(*disabled);
     if (const auto name = words.Find("--full-name")) user->UserFullName(*name);
     if (const auto text = words.Find("--description")) user->UserDescription(*text);
+    if (password) SetPassword(*user, *password);
+    if (oneself && (words.Has("--name") || password)) {
+        host.ActAs(user->UserName(), password.value_or(host.password()));
+    }
     host.Note("user " + user->UserName() + " changed");
 }
 
 void RemoveUserCommand(Host& host, const Arguments& words) {
     const std::string& name = words["NAME"];
     const auto users = host.engine().CVLDBUserSet();
-    host.Confirm(words, "Remove the user " + users->Item(name)->UserName() + "?");
+    const std::string removed = users->Item(name)->UserName();
+    if (EqualFold(removed, host.engine().DBOwner())) {
+        throw CommandFailure(removed + " is the owner: hand the database over first");
+    }
+    host.Confirm(words, "Remove the user " + removed + "?");
     users->Remove(name);
     host.Changed();
-    host.Note("user " + name + " removed");
+    host.Note("user " + removed + " removed");
 }
 
 }  // namespace tavolin::cli

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
-#include <string_view>
 
 #include "cli/display_text.h"
 
@@ -40,8 +39,9 @@ void PrintError(std::ostream& out, const Error& error) {
     }
 }
 
-int ReportCurrentFailure() {
+int ReportCurrentFailure(std::string_view place) {
     std::cout.flush();
+    std::cerr << place;
     try {
         throw;
     } catch (const UsageError& error) {

@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "tavolin/errors/error.h"
 
@@ -32,20 +33,21 @@ class CommandFailure : public std::runtime_error {
 //       detail: what more is known, when it is
 void PrintError(std::ostream& out, const Error& error);
 
-// Calls `body`; a failure is printed to the error stream and becomes the exit status that it means.
+// Calls `body`; a failure is printed to the error stream, behind `place`, and becomes the exit
+// status that it means.
 template <class Body>
-int ReportFailures(Body&& body);
+int ReportFailures(Body&& body, std::string_view place = {});
 
 // Prints the exception in flight and returns its exit status.
-int ReportCurrentFailure();
+int ReportCurrentFailure(std::string_view place);
 
 template <class Body>
-int ReportFailures(Body&& body) {
+int ReportFailures(Body&& body, std::string_view place) {
     try {
         body();
         return kSuccess;
     } catch (...) {
-        return ReportCurrentFailure();
+        return ReportCurrentFailure(place);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <numeric>
 
+#include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/words.h"
 #include "tavolin/base/text.h"
@@ -90,13 +91,32 @@ IndexKey RecordKey(std::string_view word) {
     if (word.starts_with('#')) {
         if (const auto position = WholeNumber(word.substr(1))) return *position;
     }
-    if (word.starts_with("\\#")) word.remove_prefix(1);
+    const std::size_t other = word.find_first_not_of('\\');
+    if (other != 0 && other != word.npos && word[other] == '#') word.remove_prefix(1);
     return word;
 }
 
 bool IsAssignment(const CVLTable& table, std::string_view word) {
     const std::size_t equals = word.find('=');
     return equals != word.npos && FieldCalled(table, word.substr(0, equals)).has_value();
+}
+
+bool LooksLikeAssignment(std::string_view word) {
+    const std::string_view name = word.substr(0, word.find('='));
+    const std::string_view value = word.substr(std::min(word.size(), name.size() + 1));
+    const auto in_name = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '_' || static_cast<unsigned char>(c) >= 0x80;
+    };
+    return name.size() < word.size() && !name.empty() && !(name[0] >= '0' && name[0] <= '9') &&
+           std::all_of(name.begin(), name.end(), in_name) && !value.starts_with('=');
+}
+
+void RequireUtf8(std::string_view text) {
+    std::size_t bad = 0;
+    if (IsUtf8(text, bad)) return;
+    throw CommandFailure("byte " + std::to_string(bad + 1) + " of " + std::string(text) +
+                         " is not UTF-8");
 }
 
 Assignments ParseAssignments(const CVLTable& table, const std::vector<std::string>& words) {

@@ -31,8 +31,8 @@ int FieldNumber(const std::vector<std::string>& names, const std::string& text);
 // A record's values in the fields given.
 std::vector<std::string> Values(const CVLRecord& record, const std::vector<int>& fields);
 
-// A record as the user names it: "#3" is the third; anything else is a key, and of one that begins
-// with `\#` the backslash is dropped. It is a view of `word`.
+// A record as the user names it: "#3" is the third; anything else is a key. Of one that begins with
+// backslashes and `#` the first backslash is dropped. It is a view of `word`.
 IndexKey RecordKey(std::string_view word);
 
 // The values of "FIELD=value" words, by field. A word without a field of the table in front of its
@@ -42,6 +42,12 @@ Assignments ParseAssignments(const CVLTable& table, const std::vector<std::strin
 
 // Whether the word begins with a field of the table and "=".
 bool IsAssignment(const CVLTable& table, std::string_view word);
+
+// Whether the word begins with what might be a field's name and "=", with no second one behind it.
+bool LooksLikeAssignment(std::string_view word);
+
+// Raises CommandFailure for a text that the database should not hold.
+void RequireUtf8(std::string_view text);
 
 // The key field numbers of a new table with those field names: up to four, named by a list; the
 // first one when the list is empty.

@@ -4,9 +4,12 @@
 #include <iostream>
 #include <utility>
 
+#include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/paths.h"
+#include "cli/registry_warning.h"
 #include "cli/terminal.h"
+#include "tavolin/base/text.h"
 #include "tavolin/persist/paths.h"
 
 namespace tavolin::cli {
@@ -63,6 +66,7 @@ void Host::LogOn() {
 
 void Host::Load() {
     if (loaded_) return;
+    watch_.Look(Path());
     engine_.LoadDB(LibraryPath(Path()));
     loaded_ = true;
     if (!options_.password && InputIsTerminal() && PasswordNeeded()) {
@@ -83,8 +87,19 @@ void Host::AskPassword(const std::string& prompt) {
     engine_.LogOn(options_.user, *options_.password);
 }
 
+void Host::ActAs(const std::string& user, const std::string& password) {
+    options_.user = user;
+    options_.password = password;
+    engine_.LogOn(user, password);
+    engine_.DBLegalUser(engine_.LogedOnUser(), Undefined);
+}
+
 void Host::Create(const std::string& database_password, const std::string& full_name) {
     const auto [dir, name] = SplitPath(LibraryPath(DatabasePath(options_.file)));
+    const std::filesystem::path folder = PathOf(DatabasePath(options_.file)).parent_path();
+    if (!std::filesystem::is_directory(folder)) {
+        throw CommandFailure("the folder " + TextOf(folder) + " is not there");
+    }
     if (std::filesystem::exists(PathOf(Path()))) {
         engine_.CreateNewDB(name, dir);  // refuses, before anybody has typed a password
     }
@@ -94,8 +109,7 @@ void Host::Create(const std::string& database_password, const std::string& full_
     }
     engine_.CreateNewDB(name, dir, database_password, full_name);
     loaded_ = true;
-    engine_.SaveDB();
-    Saved();
+    Save();
 }
 
 std::string Host::Path() const {
@@ -103,24 +117,41 @@ std::string Host::Path() const {
     return MachinePath(JoinPath(engine_.DBPath(), engine_.DBName()));
 }
 
-void Host::Save() {
-    engine_.SaveDB();
+template <class Write>
+void Host::WriteFile(const std::string& path, Write&& write) {
+    if (watch_.Changed(path)) {
+        throw CommandFailure(
+            "the file was changed by somebody else since it was loaded; save --as saves elsewhere");
+    }
+    WarnOfRegistry(engine_, std::forward<Write>(write));
+    watch_.Look(Path());
     Saved();
+    std::cout << std::exchange(held_notes_, {});
+}
+
+void Host::Save(const std::string& folder, const std::string& name, bool compact) {
+    const bool renamed = !name.empty() && !EqualFold(name, engine_.DBName());
+    const std::string path = MachinePath(
+        JoinPath(folder.empty() ? engine_.DBPath() : folder, renamed ? name : engine_.DBName()));
+    WriteFile(path, [&] { engine_.SaveDB(folder, name, {}, compact); });
+    if (engine_.TransactionStarted()) before_.unsaved = true;
 }
 
 void Host::Begin() {
     engine_.TransactionBegin();
-    unsaved_before_ = unsaved_;
+    before_ = {unsaved_, user(), password()};
 }
 
 void Host::Commit() {
-    engine_.TransactionCommit();
-    Saved();
+    WriteFile(Path(), [&] { engine_.TransactionCommit(); });
 }
 
 void Host::Abort() {
     engine_.TansactionAbort();
-    unsaved_ = unsaved_before_;
+    unsaved_ = before_.unsaved;
+    if (before_.user != user() || before_.password != password()) {
+        ActAs(before_.user, before_.password);
+    }
 }
 
 std::shared_ptr<CVLTable> Host::Table(const std::string& name) { return engine_.GetTable(name); }
@@ -131,14 +162,20 @@ Results Host::Answer(std::vector<std::string> headers, Fit fit) {
                    std::move(headers));
 }
 
-void Host::Note(std::string_view text) const {
-    if (!options_.quiet) std::cout << text << '\n';
+void Host::Note(std::string_view text) {
+    if (options_.quiet) return;
+    const std::string line = Printable(text) + '\n';
+    if (!in_session() && unsaved_) {
+        held_notes_ += line;
+    } else {
+        std::cout << line;
+    }
 }
 
 void Host::Confirm(const Arguments& arguments, const std::string& question, bool abortable) {
     if (arguments.Has("--yes") || (abortable && engine_.TransactionStarted())) return;
     if (!InputIsTerminal()) throw CommandFailure("refused without --yes: " + question);
-    if (!cli::Confirm(question)) throw CommandFailure("left as it is");
+    if (Ask(question) != cli::Answer::kYes) throw CommandFailure("left as it is");
 }
 
 std::string Host::NewPassword(const Arguments& arguments, const std::string& whose) const {

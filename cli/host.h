@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "cli/arguments.h"
+#include "cli/file_watch.h"
 #include "cli/results.h"
 #include "tavolin/engine/engine.h"
 
@@ -51,6 +52,11 @@ class Host {
     void PrepareSession();
     bool loaded() const { return loaded_; }
 
+    // Goes on as the same user after his name or password was changed.
+    void ActAs(const std::string& user, const std::string& password);
+    const std::string& user() const { return options_.user; }
+    std::string password() const { return options_.password.value_or(""); }
+
     // Makes and saves the database. Without a password it is the user's own.
     void Create(const std::string& database_password, const std::string& full_name);
 
@@ -61,9 +67,13 @@ class Host {
     bool unsaved() const { return unsaved_; }
     void Changed() { unsaved_ = true; }
     void Saved() { unsaved_ = false; }
-    void Save();
+    // Writes the database to its file, or to another folder or name. A file that somebody else
+    // changed since it was loaded or saved is not written over: CommandFailure. When the owner
+    // registry alone cannot be written, the database is saved and a warning says so.
+    void Save(const std::string& folder = {}, const std::string& name = {}, bool compact = false);
 
-    // The transaction, and what there was to save before it.
+    // The transaction, and who acted and what there was to save before it. What was saved inside it
+    // is to be saved again when it is aborted.
     void Begin();
     void Commit();
     void Abort();
@@ -72,8 +82,9 @@ class Host {
     std::shared_ptr<CVLTable> Table(const std::string& name);
     enum class Fit { kTerminal, kWhole };  // whether long values are shortened on a terminal
     Results Answer(std::vector<std::string> headers, Fit fit = Fit::kTerminal);
-    // A remark on success, on a line of its own; not shown when the user wants quiet.
-    void Note(std::string_view text) const;
+    // A remark on success, on a line of its own; not shown when the user wants quiet. When a single
+    // command has changes to save, it waits until they are saved.
+    void Note(std::string_view text);
 
     // Asks before what cannot be taken back. Goes on with --yes, with a yes on a terminal, and in a
     // transaction when that can take it back; else raises CommandFailure.
@@ -86,6 +97,8 @@ class Host {
   private:
     void LogOn();
     void Load();
+    template <class Write>
+    void WriteFile(const std::string& path, Write&& write);
     bool PasswordNeeded();
     void AskPassword(const std::string& prompt);
 
@@ -94,7 +107,15 @@ class Host {
     bool logged_on_ = false;
     bool loaded_ = false;
     bool unsaved_ = false;
-    bool unsaved_before_ = false;
+    FileWatch watch_;
+    std::string held_notes_;
+
+    struct Before {
+        bool unsaved = false;
+        std::string user;
+        std::string password;
+    };
+    Before before_;
 };
 
 }  // namespace tavolin::cli

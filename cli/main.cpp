@@ -1,6 +1,7 @@
 #include <iostream>
 #include <optional>
 
+#include "cli/data_folder.h"
 #include "cli/failure.h"
 #include "cli/host.h"
 #include "cli/options.h"
@@ -12,6 +13,7 @@ int main(int argc, char** argv) {
     const int failure = ReportFailures([&] {
         const std::optional<HostOptions> options = ParseOptions(argc, argv);
         if (!options) return;
+        ChooseDataFolder();
         Host host(*options);
         status = host.in_session() ? RunSession(host) : RunOneCommand(host);
         if (!std::cout.flush()) throw CommandFailure("the output cannot be written");

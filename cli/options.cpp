@@ -15,6 +15,8 @@ constexpr const char* kFooter =
     "Without COMMAND, commands are read from the input: `tavolin FILE help` lists them.\n"
     "The password is that of --password-file or TAVOLIN_PASSWORD; on a terminal it is asked\n"
     "for when it is needed.\n"
+    "The registry of owners stands in the folder TAVOLIN_FOLDER, else beside the program, or in\n"
+    "$XDG_DATA_HOME/tavolin (~/.local/share/tavolin) when you may not write there.\n"
     "Exit status: 0, 1 for a refused or failed command, 2 for words that make no sense.";
 
 const std::map<std::string, Format> kFormats = {

@@ -10,8 +10,9 @@ namespace tavolin::cli {
 
 Progress::Progress(std::uint64_t total) : enabled_(ErrorIsTerminal()), total_(total) {}
 
-Progress::~Progress() {
+void Progress::Clear() {
     if (drawn_) std::cerr << "\r\x1B[K" << std::flush;
+    drawn_ = false;
 }
 
 void Progress::Show(std::uint64_t done, std::uint64_t rows) {

@@ -10,13 +10,14 @@ class Progress {
   public:
     // `total` is what Show counts up to; 0 when it is not known.
     explicit Progress(std::uint64_t total);
-    // Takes the bar away.
-    ~Progress();
+    ~Progress() { Clear(); }
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
     // Redraws the bar, ten times a second at most. `rows` stands beside it.
     void Show(std::uint64_t done, std::uint64_t rows);
+    // Takes the bar away.
+    void Clear();
 
   private:
     using Clock = std::chrono::steady_clock;

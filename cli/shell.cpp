@@ -6,6 +6,7 @@
 
 #include "cli/command.h"
 #include "cli/commands.h"
+#include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/line_editor.h"
 #include "cli/terminal.h"
@@ -19,7 +20,9 @@ const Command& CommandOf(Host& host, std::span<const std::string>& words) {
     const std::string name = words[0];
     const Command* const command = TakeCommand(words);
     if (command == nullptr) {
-        throw UsageError("there is no command " + name + "; `help` lists the commands");
+        constexpr std::size_t kWidth = 40;
+        throw UsageError("there is no command " + Shortened(Printable(name), kWidth) +
+                         "; `help` lists the commands");
     }
     if (command->where == Where::kSessionOnly && !host.in_session()) {
         throw UsageError(name + " has a meaning in a session only");
@@ -27,13 +30,17 @@ const Command& CommandOf(Host& host, std::span<const std::string>& words) {
     return *command;
 }
 
+std::string Usage(const Command& command) {
+    const std::string usage = "usage: " + std::string(command.name);
+    return command.pattern.empty() ? usage : usage + " " + std::string(command.pattern);
+}
+
 void RunCommand(Host& host, const Command& command, std::span<const std::string> words) {
     const Arguments arguments = [&] {
         try {
             return Arguments(command.pattern, words);
         } catch (const UsageError& error) {
-            throw UsageError(std::string(error.what()) + "\nusage: " + std::string(command.name) +
-                             " " + std::string(command.pattern));
+            throw UsageError(std::string(error.what()) + "\n" + Usage(command));
         }
     }();
     host.Prepare(command.need);
@@ -63,22 +70,32 @@ class ShellSession {
         std::optional<InterruptCatcher> catcher;
         if (on_terminal_) catcher.emplace();
         Start();
+        do {
+            RunCommands();
+        } while (!Leave());
+        return status_;
+    }
+
+  private:
+    void RunCommands() {
         while (status_ == kSuccess || GoesOn()) {
             const auto words = ReadCommand();
             if (!words || (!words->empty() && IsQuit(*words) && MayLeave(*words))) break;
             if (words->empty() || IsQuit(*words)) continue;
-            Note(ReportFailures([&] { RunWords(*words); }));
+            Try([&] { RunWords(*words); });
             std::cout.flush();
         }
-        return Leave();
     }
 
-  private:
     bool GoesOn() const { return on_terminal_ || host_.options().keep_going; }
 
-    // On a terminal a failure has been dealt with when it is shown.
-    void Note(int status) {
+    // On a terminal a failure has been dealt with when it is shown. Elsewhere its line is told.
+    template <class Body>
+    bool Try(Body&& body) {
+        const std::string place = on_terminal_ ? "" : "line " + std::to_string(line_) + ": ";
+        const int status = ReportFailures(body, place);
         if (!on_terminal_) status_ = std::max(status_, status);
+        return status == kSuccess;
     }
 
     void Start() {
@@ -86,26 +103,28 @@ class ShellSession {
         refused_ = status != kSuccess;
         status_ = status;
         if (refused_ || !on_terminal_ || host_.options().quiet) return;
-        std::cout << (host_.loaded() ? host_.Path() + "; `help` lists the commands, `quit` leaves"
-                                     : host_.Path() + " is not there yet; `create` makes it")
-                  << '\n';
+        host_.Note(host_.Path() + (host_.loaded() ? "; `help` lists the commands, `quit` leaves"
+                                                  : " is not there yet; `create` makes it"));
     }
 
     std::string Prompt() {
         const bool open = host_.loaded() && host_.engine().TransactionStarted();
-        return SplitPath(host_.Path()).name + (open ? " (transaction)> " : "> ");
+        return Printable(SplitPath(host_.Path()).name) + (open ? " (transaction)> " : "> ");
     }
 
     // The words of the next line; of several when quotations hold line breaks.
     std::optional<std::vector<std::string>> ReadCommand() {
         if (refused_) return std::nullopt;
+        line_ += lines_read_;
+        lines_read_ = 1;
         auto line = editor_.Read(Prompt());
         if (!line) return std::nullopt;
         WordSplit split = SplitWords(*line);
         while (split.open_quote) {
             const auto more = editor_.Read("... ");
+            ++lines_read_;
             if (!more || (more->empty() && Interrupted())) {
-                Note(ReportFailures([] { throw UsageError("a quote that is never closed"); }));
+                Try([] { throw UsageError("a quote that is never closed"); });
                 return more ? std::vector<std::string>()
                             : std::optional<std::vector<std::string>>();
             }
@@ -127,29 +146,38 @@ class ShellSession {
     // Sees to unsaved changes as the words of `quit` say.
     bool MayLeave(std::vector<std::string> words) {
         if (words[0] == "quit!") words = {"quit", "--discard"};
-        const int status = ReportFailures([&] {
+        return Try([&] {
             const Arguments arguments("[--discard]", std::span(words).subspan(1));
             if (arguments.Has("--discard")) discard_ = true;
         });
-        Note(status);
-        return status == kSuccess;
     }
 
-    int Leave() {
-        if (refused_ || discard_ || !host_.unsaved()) return status_;
-        if (on_terminal_ && Confirm("Save the changes?")) {
-            return ReportFailures([&] { host_.Save(); });
+    // Whether the session is over: Ctrl-C at its question goes on with it, and so does a failure to
+    // save.
+    bool Leave() {
+        if (refused_ || discard_ || !host_.unsaved()) return true;
+        const Answer answer = on_terminal_ ? Ask("Save the changes?") : Answer::kEndOfInput;
+        switch (answer) {
+            case Answer::kYes:
+                return ReportFailures([&] { host_.Save(); }) == kSuccess;
+            case Answer::kNo:
+                break;
+            case Answer::kInterrupted:
+                return false;
+            case Answer::kEndOfInput:
+                std::cerr << "the changes were not saved; `save` saves them, `quit --discard` "
+                             "gives them up\n";
+                status_ = std::max(status_, kFailure);
         }
-        if (on_terminal_) return status_;
-        std::cerr
-            << "the changes were not saved; `save` saves them, `quit --discard` gives them up\n";
-        return std::max(status_, kFailure);
+        return true;
     }
 
     Host& host_;
     bool on_terminal_;
     LineEditor editor_;
     int status_ = kSuccess;
+    std::size_t line_ = 0;        // that the command begins on, from 1
+    std::size_t lines_read_ = 1;  // of it
     bool refused_ = false;
     bool discard_ = false;
 };
@@ -170,9 +198,14 @@ std::string_view NeedText(Need need) {
 }
 
 void Explain(const Command& command) {
-    std::cout << "usage: " << command.name << (command.pattern.empty() ? "" : " ")
-              << command.pattern << "\n\n  " << command.help << "\n  It takes "
+    std::cout << Usage(command) << "\n\n  " << command.help << "\n  It takes "
               << NeedText(command.need) << ".\n\nexample: " << command.example << '\n';
+    if (command.need == Need::kNewDatabase) {
+        std::cout
+            << "\nThe registry is RDX.dat in the folder TAVOLIN_FOLDER, else beside the program,\n"
+               "or in $XDG_DATA_HOME/tavolin (~/.local/share/tavolin) when you may not write\n"
+               "there.\n";
+    }
     if (command.pattern.find("KEY") != std::string_view::npos &&
         command.pattern.find("--key") == std::string_view::npos) {
         std::cout << "\nKEY is a record's key, or #N for the Nth record; a key that begins with #\n"

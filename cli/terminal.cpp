@@ -1,8 +1,10 @@
 #include "cli/terminal.h"
 
 #include <csignal>
+#include <cstdio>
 #include <iostream>
 
+#include "cli/display_text.h"
 #include "cli/paths.h"
 
 #ifdef _WIN32
@@ -60,12 +62,14 @@ class EchoOff {
 };
 #endif
 
-// Ctrl-C ends the reading; the stream must serve the next question all the same.
+// Ctrl-C ends the reading, and so does the end of input; the stream must serve the next question
+// all the same.
 std::optional<std::string> ReadAnswer() {
+    ForgetInterrupt();
     std::string line;
     if (std::getline(std::cin, line)) return line;
-    if (Interrupted()) std::cin.clear();
-    ForgetInterrupt();
+    std::cin.clear();
+    std::clearerr(stdin);
     return std::nullopt;
 }
 
@@ -126,6 +130,7 @@ std::optional<std::string> ReadSecret(const std::string& prompt) {
     std::cerr << prompt << std::flush;
     std::optional<std::string> answer;
     {
+        const InterruptCatcher catcher;  // the echo comes back before the program ends
         const EchoOff silence;
         answer = ReadAnswer();
     }
@@ -133,12 +138,16 @@ std::optional<std::string> ReadSecret(const std::string& prompt) {
     return answer;
 }
 
-bool Confirm(const std::string& question) {
+Answer Ask(const std::string& question) {
     while (true) {
-        std::cerr << question << " [yes/no] " << std::flush;
+        std::cerr << Printable(question) << " [yes/no] " << std::flush;
         const std::optional<std::string> answer = ReadAnswer();
-        if (!answer || *answer == "no" || *answer == "n") return false;
-        if (*answer == "yes" || *answer == "y") return true;
+        if (!answer) {
+            std::cerr << '\n';
+            return Interrupted() ? Answer::kInterrupted : Answer::kEndOfInput;
+        }
+        if (*answer == "no" || *answer == "n") return Answer::kNo;
+        if (*answer == "yes" || *answer == "y") return Answer::kYes;
     }
 }
 

@@ -18,8 +18,9 @@ std::size_t TerminalWidth();
 // must be a terminal.
 std::optional<std::string> ReadSecret(const std::string& prompt);
 
-// Asks until the user answers yes or no; the end of input is no. Input must be a terminal.
-bool Confirm(const std::string& question);
+// Asks until the user answers yes or no, or neither. Input must be a terminal.
+enum class Answer { kYes, kNo, kInterrupted, kEndOfInput };
+Answer Ask(const std::string& question);
 
 // While one lives, Ctrl-C does not end the program but is remembered, and ends a wait for input.
 class InterruptCatcher {

@@ -1,83 +1,10 @@
-// The program itself, run as a user runs it: words and files in, output and exit status out.
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
-#include <string>
+// Commands, sessions, rights, imports.
+#include "tests/cli/host_fixture.h"
 
 #ifndef _WIN32
-#include <sys/wait.h>
 
+namespace tavolin::cli {
 namespace {
-
-namespace fs = std::filesystem;
-
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-class HostTest : public testing::Test {
-  protected:
-    HostTest() : folder_(NewFolder()) {
-        setenv("TAVOLIN_FOLDER", folder_.c_str(), 1);
-        setenv("TAVOLIN_USER", "ann", 1);
-        setenv("TAVOLIN_PASSWORD", "secret", 1);
-        unsetenv("TAVOLIN_NEW_PASSWORD");
-    }
-    ~HostTest() override {
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-    }
-
-    void Write(const std::string& name, const std::string& text) const {
-        std::ofstream(folder_ / name, std::ios::binary) << text;
-    }
-    std::string Read(const std::string& name) const {
-        std::ostringstream text;
-        text << std::ifstream(folder_ / name, std::ios::binary).rdbuf();
-        return text.str();
-    }
-
-    // Runs `tavolin WORDS` in the folder; `words` goes through the shell, before it stand settings
-    // of environment variables.
-    Outcome Run(const std::string& words, const std::string& input = "",
-                const std::string& settings = "") const {
-        Write("in.txt", input);
-        const std::string command = "cd '" + folder_.string() + "' && " + settings + " '" +
-                                    TAVOLIN_HOST + "' " + words + " <in.txt >out.txt 2>err.txt";
-        const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Read("out.txt"), Read("err.txt")};
-    }
-
-    std::string Csv(const std::string& table) const {
-        return Run("--format csv --no-header shop list " + table).out;
-    }
-
-    void MakeShop() const {
-        ASSERT_EQ(0, Run("shop create").status);
-        ASSERT_EQ(0, Run("shop make-table People --fields ID,Name,City --key ID").status);
-        ASSERT_EQ(0, Run("shop add People 7 'Ann Lee' Paris").status);
-        ASSERT_EQ(0, Run("shop add People City=Rome ID=8").status);
-        ASSERT_EQ("7,Ann Lee,Paris\n8,,Rome\n", Csv("People"));
-    }
-
-  private:
-    static fs::path NewFolder() {
-        std::random_device random;
-        const auto name = "tavolin-host-" + std::to_string(random()) + std::to_string(random());
-        fs::create_directories(fs::temp_directory_path() / name);
-        return fs::temp_directory_path() / name;
-    }
-
-    fs::path folder_;
-};
 
 TEST_F(HostTest, OneCommandAtATimeKeepsWhatItChanged) {
     MakeShop();
@@ -101,6 +28,8 @@ TEST_F(HostTest, KeysThatLookLikePositionsOrOptions) {
     EXPECT_EQ("#1,sharp,\n", Run("--format csv --no-header shop get People '\\#1'").out);
     EXPECT_EQ("7,Ann Lee,Paris\n", Run("--format csv --no-header shop get People '#1'").out);
     EXPECT_EQ("-5,minus,\n", Run("--format csv --no-header shop get People -5").out);
+    EXPECT_EQ(0, Run("shop add People '\\#1' slash").status);
+    EXPECT_EQ("\\#1,slash,\n", Run("--format csv --no-header shop get People '\\\\#1'").out);
 }
 
 TEST_F(HostTest, WrongWordsAndFailuresHaveTheirStatus) {
@@ -126,6 +55,20 @@ TEST_F(HostTest, WrongWordsAndFailuresHaveTheirStatus) {
         {"shop drop-table People", 1},
         {"missing tables", 1},
         {"shop create", 1},
+        {"missing/shop create", 1},
+        {"shop add People Nope=x", 2},
+        {"shop make-table X --fields A,B,a", 2},
+        {"shop make-table X --fields A,$'\\xFF'", 2},
+        {"shop add People $'\\xFF'", 1},
+        {"shop update People 7 Name=$'\\xFF'", 1},
+        {"shop label People City $'\\xFF'", 1},
+        {"shop label People City name", 1},
+        {"shop find paris --field City", 2},
+        {"shop find paris --in People --field Nope", 2},
+        {"shop set-user ann", 2},
+        {"shop set-user ann --name ''", 2},
+        {"shop add-user '' --no-password", 2},
+        {"shop remove-user ann --yes", 1},
         {"shop help import", 0},
         {"--version", 0},
         {"--help", 0},
@@ -140,6 +83,68 @@ TEST_F(HostTest, WrongWordsAndFailuresHaveTheirStatus) {
         "error -2147161495 (0x8004EA69): Table Nobody Not Found!\n"
         "  source: CVLDBEngine:GetTable Method\n",
         Run("shop count Nobody").err);
+}
+
+TEST_F(HostTest, MessagesSayWhatIsWrong) {
+    MakeShop();
+    ASSERT_EQ(0, Run("shop add People key Nope=x --values").status);
+    ASSERT_EQ(0, Run("shop add-user $'e\\x1Bve' --no-password").status);
+    struct Case {
+        const char* words;
+        const char* input;
+        const char* expected;  // in what is printed
+    };
+    const Case cases[] = {
+        {"shop get People 99", "", "): no record 99 in People\n  source: "},
+        {"shop update People 99 City=x", "", "): no record 99 in People\n"},
+        {"shop delete People 99", "", "): no record 99 in People\n"},
+        {"shop attach People 99 x.png", "", "): no record 99 in People\n"},
+        {"shop update People key id=KEY", "", "is part of the key and cannot change"},
+        {"shop add People Nope=x", "", "has no field Nope; --values takes"},
+        {"missing/shop create", "", "the folder "},
+        {"shop tables more", "", "usage: tables\n"},
+        {"shop nonesuchnonesuchnonesuchnonesuchnonesuchnonesuch", "", "nonesuc…;"},
+        {"--keep-going shop", "\nget\nadd 'x\ny\nz'\nnope\n", "line 2: error: TABLE is missing"},
+        {"--keep-going shop", "\nget\nadd 'x\ny\nz'\nnope\n", "line 6: error: there is no"},
+        {"shop remove-user ann --yes", "", "hand the database over first"},
+        {"shop remove-user $'e\\x1Bve' --yes", "", "user e\\x1Bve removed\n"},
+    };
+    for (const Case& each : cases) {
+        const Outcome outcome = Run(each.words, each.input);
+        const std::string printed = outcome.out + outcome.err;
+        EXPECT_NE(printed.npos, printed.find(each.expected)) << each.words << '\n' << printed;
+    }
+}
+
+TEST_F(HostTest, WhoeverChangesHisOwnNameOrPasswordKeepsHisRights) {
+    MakeShop();
+    Write("new.txt", "fresh\n");
+    Write("bob.txt", "hush\n");
+    const std::pair<const char*, const char*> cases[] = {
+        {"set-user ann --password-file new.txt", "--password-file new.txt"},
+        {"set-user ann --name eve --password-file new.txt", "--user eve --password-file new.txt"},
+        {"owner ann --password-file new.txt --yes", "--password-file new.txt"},
+    };
+    const std::string shop = Read("shop.cdb");
+    for (const auto& [command, log_on] : cases) {
+        Write("shop.cdb", shop);
+        const Outcome outcome =
+            Run("shop", std::string(command) + "\nadd People 9\nlog on errors\nsave\n");
+        EXPECT_EQ(0, outcome.status) << command << outcome.err;
+        EXPECT_EQ(0, Run(std::string(log_on) + " shop log off errors").status) << command;
+        EXPECT_EQ(1, Run("shop log off errors").status) << command;
+        Write("shop.cdb", shop);
+        EXPECT_EQ(0, Run("shop", "begin\n" + std::string(command) +
+                                     "\nabort\nlog on errors\nquit --discard\n")
+                         .status)
+            << command;
+    }
+    Write("shop.cdb", shop);
+    ASSERT_EQ(0, Run("shop add-user bob --read --password-file bob.txt").status);
+    ASSERT_EQ(0, Run("shop set-user bob --password-file new.txt").status);
+    EXPECT_EQ(1, Run("--user bob --password-file bob.txt shop tables").status);
+    EXPECT_EQ(0, Run("--user bob --password-file new.txt shop tables").status);
+    EXPECT_EQ(1, Run("--user bob --password-file new.txt shop set-user ann --no-password").status);
 }
 
 TEST_F(HostTest, RightsAreAskedForByCommand) {
@@ -190,6 +195,8 @@ TEST_F(HostTest, ATransactionIsTakenBackOrSaved) {
     EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n", Csv("People"));
     EXPECT_EQ(1, Run("shop", "add People 9\nbegin\nabort\n").status) << "9 is not saved";
     EXPECT_EQ(0, Run("shop", "begin\nadd People 9\ncommit\n").status);
+    EXPECT_EQ(1, Run("shop", "begin\nadd People 10\nsave\nabort\n").status) << "10 is in the file";
+    EXPECT_EQ(0, Run("shop", "delete People 10\nsave\n").status);
     EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n9,,\n", Csv("People"));
 }
 
@@ -271,5 +278,6 @@ TEST_F(HostTest, DatabasesAreCopiedHandedOverAndDeleted) {
 }
 
 }  // namespace
+}  // namespace tavolin::cli
 
 #endif
