@@ -181,7 +181,7 @@ void Host::Confirm(const Arguments& arguments, const std::string& question, bool
 std::string Host::NewPassword(const Arguments& arguments, const std::string& whose) const {
     if (arguments.Has("--no-password")) return {};
     if (const auto file = arguments.Find("--password-file")) return FirstLine(*file);
-    if (const auto given = Environment("TAVOLIN_NEW_PASSWORD"); !given.empty()) return given;
+    if (auto given = Environment("TAVOLIN_NEW_PASSWORD"); !given.empty()) return given;
     if (InputIsTerminal()) return TypedTwice("New password " + whose);
     throw UsageError("the new password " + whose +
                      " is missing: use --password-file, TAVOLIN_NEW_PASSWORD or --no-password");

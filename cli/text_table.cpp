@@ -59,6 +59,7 @@ void TextTable::Print(std::ostream& out, bool with_header, std::size_t width) co
     if (with_header) {
         PrintRow(out, rows_[0], widths);
         std::vector<std::string> line;
+        line.reserve(widths.size());
         for (const std::size_t column : widths) line.emplace_back(column, '-');
         PrintRow(out, line, widths);
     }
