@@ -4,6 +4,7 @@
 #include "tavolin/base/clock.h"
 #include "tavolin/base/text.h"
 #include "tavolin/engine/report.h"
+#include "tavolin/model/permission.h"
 #include "tavolin/persist/database_file.h"
 #include "tavolin/persist/file_system.h"
 #include "tavolin/persist/paths.h"
@@ -239,10 +240,7 @@ void CVLDBEngine::AskToWriteTo(const std::string& path, const char* source) cons
               Message("DataBase Cannot Be Saved!\r\nCause: Another DataBase With Same Name Was "
                       "Detected And Cannot Be Overwritten!"));
     }
-    if (!session_->MayWrite()) {
-        Raise(CVLErrorNum::GetUserPermissionToRWError(), source,
-              Message("User ", session_->UserName(), " Does Not Have Permission To Read/Write!"));
-    }
+    AskWrite(*session_, source);
 }
 
 std::shared_ptr<CVLDBEngine> CVLDBEngine::GetDB(std::string_view DBPathName, std::string_view DBPwd,

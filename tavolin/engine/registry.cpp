@@ -78,9 +78,7 @@ bool CVLDBEngine::Apply(const RegistryChange& change) {
     const std::string path = JoinPath(change.dir, change.name);
     bool listed = false;
     for (const auto& database : databases->NewEnum()) {
-        if (!EqualFold(database->Key(), path) && !IsOneFile(database->Key(), path)) {
-            continue;
-        }
+        if (!EqualFold(database->Key(), path) && !IsOneFile(database->Key(), path)) continue;
         listed = true;
         if (!change.added) databases->Remove(*database);
     }

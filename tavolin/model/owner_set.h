@@ -43,7 +43,7 @@ class CVLDBOwnerSet {
     // machine's file errors; what was dropped in memory stays dropped then.
     void Refresh();
 
-    // Library-internal: the stored form, and the registry file's byte array.
+    // Library-internal: the stored form.
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
     // The element, if it is in the set, whatever its Key is by now.
