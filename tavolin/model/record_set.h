@@ -127,6 +127,14 @@ class CVLRecordSet {
     std::vector<std::uint8_t> ObjectState() const;
     void ObjectState(const std::vector<std::uint8_t>& state);
 
+    // Puts the records in the order of a field, then of the other nine in theirs, without regard to
+    // letter case and as texts: 10 stands before 9. Records with equal texts keep their order; keys
+    // and nKey stay, and a walk that has begun goes on in the old order. Asks for a right to write.
+    // True unless it raises, and then the order is as it was. CAUTION: a field from 10 to 255 is no
+    // error: it takes every record out of the set. Sorting by field 1 places records with an equal
+    // field 1, where that is not empty, by an older rule that differs from plain order.
+    bool Sort(int ByFieldNum);
+
     // Calls CVLRecord::Attach.
     void AttachToRecord(const std::shared_ptr<CVLRecord>& record, std::int32_t attachNkey,
                         std::string_view attachFilePathName, attachmentEnum aType);

@@ -129,6 +129,9 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     std::shared_ptr<CVLTable> Find(std::string_view Value, bool ValueIsAKey = false,
                                    int inFldNum0to9 = kNoField) const;
 
+    // CVLRecordSet::Sort.
+    bool Sort(int ByFieldNum0to9);
+
     // Takes all links from and to this table away. Asks for `Ownership`. Links to tables that are
     // gone are passed over.
     void FreeFromInOutLinks();
