@@ -26,6 +26,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -60,6 +61,8 @@ namespace tavolin {
 struct Authority;
 struct Database;
 class Session;
+class TextSink;
+enum class TextEncoding;
 
 class CVLDBEngine {
   public:
@@ -271,6 +274,19 @@ class CVLDBEngine {
     // Objects from before are not the engine's any more. GetNoTransStartedError.
     bool TansactionAbort();
 
+    // --- Publishing. Both ask for a right to read, are told with the tables of the database, and
+    // write nothing onto the open database's file or its log (58). They do not fire events.
+
+    // Writes the text that CVLTableSet::MakeItText makes, between two quotation marks and with a
+    // line break behind it, as it is made: memory does not grow with it. The file is named as the
+    // database without "cdb", or as `FileName` if that is another name, and with "txt" right behind
+    // it: "shop.cdb" gives "shop.txt", and "report" "reporttxt". It is created or replaced; after a
+    // failure what was written so far stays. Code page 1252 if all characters are in it, else UTF-8
+    // with a byte-order mark.
+    void MakeItText(std::string_view DirPath, std::string_view FileName = {});
+    // CVLTableSet::MakeItHTML.
+    void MakeItHTML(std::string_view DirPath, std::string_view FileName = {});
+
     // --- The log
 
     // Sets all fourteen switches, those left out to off. Asks for `Ownership`.
@@ -333,6 +349,7 @@ class CVLDBEngine {
     std::unique_ptr<Database> ReadState(std::span<const std::uint8_t> state) const;
     std::vector<std::uint8_t> ObjectState() const;
     bool IsOpenFile(std::string_view path) const;
+    bool IsOwnFile(std::string_view path) const;
     void AskToWriteTo(const std::string& path, const char* source) const;
     std::optional<Error> DeleteFiles(const std::string& path, const CVLDBEngine& opened);
     std::vector<std::uint8_t> StateNamed(Naming& naming) const;
@@ -369,7 +386,8 @@ class CVLDBEngine {
     std::string LogPath() const;
 
     // files
-    void PrintToTextFile(std::string_view text, std::string_view path, std::uint8_t number = 0);
+    void PrintToTextFile(const std::function<void(TextSink&)>& write, TextEncoding encoding,
+                         std::string_view path, std::uint8_t number = 0);
     void PrintToBinaryFile(std::span<const std::uint8_t> data, std::string_view path,
                            std::uint8_t number = 0, bool cut_tail = false);
     std::vector<std::uint8_t> GetBinaryFile(std::string_view path, std::uint8_t number = 0);
