@@ -78,6 +78,15 @@ constexpr Command kCommands[] = {
      "Add the rows of a CSV file with a header; a missing table is made.",
      "import Cities cities.csv --key ID", Need::kWrite, kAnywhere, ImportCommand},
 
+    {"sort", "TABLE FIELD [--yes]",
+     "Put the records of a table in the order of a field, then of the other fields.",
+     "sort Customers City --yes", Need::kWrite, kAnywhere, SortCommand},
+    {"export text", "[FILE.txt] [--yes]", "Write all tables to a text file.",
+     "export text customers.txt", Need::kRead, kAnywhere, ExportTextCommand},
+    {"export html", "[FOLDER] [--yes]",
+     "Publish all tables as a web site in a folder, which is made if it is missing.",
+     "export html site", Need::kRead, kAnywhere, ExportHtmlCommand},
+
     {"begin", "", "Begin a transaction.", "begin", Need::kWrite, kSessionOnly, BeginCommand},
     {"commit", "", "End the transaction and save; it has ended even if saving fails.", "commit",
      Need::kWrite, kSessionOnly, CommitCommand},

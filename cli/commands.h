@@ -39,6 +39,11 @@ void CountCommand(Host& host, const Arguments& words);
 void AttachCommand(Host& host, const Arguments& words);
 void ImportCommand(Host& host, const Arguments& words);
 
+// Order and publishing.
+void SortCommand(Host& host, const Arguments& words);
+void ExportTextCommand(Host& host, const Arguments& words);
+void ExportHtmlCommand(Host& host, const Arguments& words);
+
 // Users.
 void UsersCommand(Host& host, const Arguments& words);
 void UserCommand(Host& host, const Arguments& words);
