@@ -7,6 +7,8 @@ namespace {
 
 // What the files are written in. It stands within the first KiB, where browsers look for it.
 constexpr std::string_view kEncoding = "<meta charset='windows-1252'>\r\n";
+// Keeps browsers from asking for an icon that is not there.
+constexpr std::string_view kNoIcon = "<link rel='icon' href='data:,'>\r\n";
 constexpr std::string_view kEnd = "</body>\r\n</html>";
 
 // The beginning of a page in a table's folder.
@@ -72,7 +74,7 @@ void WriteTitlePage(TextSink& sink) {
 
 void WriteFramesetPage(std::string_view to_title, std::string_view to_folder, TextSink& sink) {
     sink.Put("<html>\r\n", "<head>\r\n", kEncoding, "<title>Tavolin Web DataBase</title>\r\n",
-             "<meta name='generator' content='Tavolin'>\r\n", "</head>\r\n");
+             "<meta name='generator' content='Tavolin'>\r\n", kNoIcon, "</head>\r\n");
     sink.Put("<frameset rows ='24%,76%'  border=0>\r\n", "<frame name = title src = '", to_title,
              "\\title.htm' noresize >\r\n", "<frameset cols ='25%,75%'>\r\n",
              "<frame name = contents src = '", to_folder, "\\contents.htm'>\r\n",

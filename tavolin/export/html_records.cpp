@@ -45,7 +45,8 @@ void PutValue(const Row& row, std::string_view value, TextSink& sink) {
 }
 
 void AskToRead(const CVLRecordSet& records) {
-    AskRead(*records.Collection()->arena().session(), kRecordSetSource);
+    Trap(kRecordSetSource,
+         [&] { AskRead(*records.Collection()->arena().session(), kRecordSetSource); });
 }
 
 void WriteRecords(const CVLRecordSet& records, const std::vector<Row>& rows, TextSink& sink) {

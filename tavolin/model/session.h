@@ -48,7 +48,7 @@ class Session {
         return retired_ || !authority_->database_name ? std::string() : authority_->database_name();
     }
     // Whether a path leads to the open database's file or its log, which nothing else may be
-    // written onto. What a replaced tree writes does not spare them less.
+    // written onto. A tree that was replaced has to spare the new one's files as well.
     bool IsOwnFile(std::string_view path) const {
         return authority_->is_own_file && authority_->is_own_file(path);
     }
