@@ -51,6 +51,12 @@ void AddUserCommand(Host& host, const Arguments& words);
 void SetUserCommand(Host& host, const Arguments& words);
 void RemoveUserCommand(Host& host, const Arguments& words);
 
+// Notes.
+void NotesCommand(Host& host, const Arguments& words);
+void NoteAddCommand(Host& host, const Arguments& words);
+void NoteSetCommand(Host& host, const Arguments& words);
+void NoteRemoveCommand(Host& host, const Arguments& words);
+
 // The log.
 void LogCommand(Host& host, const Arguments& words);
 void LogOnCommand(Host& host, const Arguments& words);

@@ -42,6 +42,7 @@
 #include "tavolin/model/field_argument.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/index_key.h"
+#include "tavolin/model/object_collection.h"
 #include "tavolin/model/owner_db_set.h"
 #include "tavolin/model/owner_set.h"
 #include "tavolin/model/record.h"
@@ -53,7 +54,7 @@
 #include "tavolin/model/updater.h"
 #include "tavolin/model/user.h"
 #include "tavolin/model/user_argument.h"
-#include "tavolin/model/user_note.h"
+#include "tavolin/model/user_note_set.h"
 #include "tavolin/model/user_set.h"
 
 namespace tavolin {
@@ -300,6 +301,44 @@ class CVLDBEngine {
     // A line, ended by "\r\n", for everything done with this engine, whatever the switches say.
     const std::string& LogReport() const { return log_report_; }
 
+    // --- Catalog arrays: names for filling a list, in the order of their set
+    //
+    // Except for GetArrayFields they end with one empty text behind the names, so that there is one
+    // for an empty set too. A path names a database file that is opened with GetDB, without a
+    // password, for the length of the call; an empty one is the open database. Going through a set
+    // asks for no right; finding a table, an owner or a record in it does what Item does there, and
+    // raises what Item raises.
+
+    // The owners in the registry as it was read at log-on.
+    std::vector<std::string> GetArrayOwners();
+    // The full paths of an owner's databases; those of the logged-on user without a name.
+    std::vector<std::string> GetArrayOwnedDBs(std::string_view forOwnerName = {});
+    std::vector<std::string> GetArrayTables(std::string_view forDBPathName = {});
+    // The ten labels.
+    std::vector<std::string> GetArrayFields(std::string_view forTableName);
+    // The records' keys.
+    std::vector<std::string> GetArrayRecords(std::string_view forTableName);
+    // The paths of a record's attachments. An error has GetArrayRecords as its source.
+    std::vector<std::string> GetArrayAttachments(std::string_view forTableName,
+                                                 std::string_view forRecordKey);
+    std::vector<std::string> GetArrayUsers(std::string_view forDBPathName = {});
+
+    // --- Observers: whom the host has told to look again, under names of its choice
+    //
+    // They belong to the engine, whichever database is open, and asking for them takes no log-on.
+    // No other member calls them. Errors come as they are raised, without a source of the engine's
+    // and without a line in the log.
+
+    // A name that is taken, in any letter case, raises 457, no observer 91.
+    void AddObserver(std::shared_ptr<IUpdater> observer, std::string_view forUser);
+    // Calls Update once for each observer, in the order of adding. What one throws ends the call
+    // and passes. An Update may add observers, who are not called before the next time, and remove
+    // them, who are not called any more.
+    void NotifyObservers();
+    // A name that is not there raises 5.
+    void RemoveObserver(std::string_view forUser);
+    std::int32_t ObserversCount() const;
+
   private:
     friend struct EngineInternals;
 
@@ -375,6 +414,10 @@ class CVLDBEngine {
                      std::string_view text, Body&& body);
     class RecordDeletion;
 
+    // catalog
+    template <class Body>
+    std::vector<std::string> Catalog(const char* source, std::string_view path, Body&& body);
+
     // log
     std::string LogLine(const Message& message) const;
     void Log(const Message& message, bool switched_on);
@@ -403,6 +446,7 @@ class CVLDBEngine {
     std::vector<std::uint8_t> snapshot_;
     std::string log_report_;
     std::vector<PendingLine> pending_;
+    std::shared_ptr<ObjectCollection<IUpdater>> observers_;
 };
 
 }  // namespace tavolin
