@@ -1,6 +1,5 @@
 // The owner's notes about users.
 #include "cli/commands.h"
-#include "cli/failure.h"
 #include "cli/fields.h"
 #include "tavolin/base/clock.h"
 
