@@ -10,8 +10,7 @@ CVLDBEngine::CVLDBEngine(ForAnotherEngine)
     : authority_(std::make_shared<Authority>()),
       session_(std::make_shared<Session>(authority_)),
       database_(NewDatabase()),
-      owners_(std::make_shared<tavolin::CVLDBOwnerSet>()),
-      observers_(std::make_shared<ObjectCollection<IUpdater>>()) {
+      owners_(std::make_shared<tavolin::CVLDBOwnerSet>()) {
     authority_->database_name = [this] { return DBName(); };
     authority_->is_own_file = [this](std::string_view path) { return IsOwnFile(path); };
 }

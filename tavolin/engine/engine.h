@@ -446,7 +446,8 @@ class CVLDBEngine {
     std::vector<std::uint8_t> snapshot_;
     std::string log_report_;
     std::vector<PendingLine> pending_;
-    std::shared_ptr<ObjectCollection<IUpdater>> observers_;
+    std::shared_ptr<ObjectCollection<IUpdater>> observers_ =
+        std::make_shared<ObjectCollection<IUpdater>>();
 };
 
 }  // namespace tavolin
