@@ -13,7 +13,8 @@ function parseCsv(text) {
     return lines.slice(0, -1);
 }
 
-// The tables: the name, the fields as {label, link}, the records as {key, values, label}.
+// The tables: the name, the fields as {label, link}, the records as {key, values, label}, and those
+// by their keys.
 export function readDatabase(host, file) {
     const run = (...words) =>
         execFileSync(host, ['--format', 'csv', file, ...words], {
@@ -31,6 +32,7 @@ export function readDatabase(host, file) {
             return { key: recordKey, values, label: more ? `${recordKey} ${more}` : recordKey };
         });
         if (records.length !== Number(run('count', name))) throw new Error(`${name}: list, count`);
-        return { name, fields, records };
+        const byKey = new Map(records.map((record) => [record.key, record]));
+        return { name, fields, records, byKey };
     });
 }
