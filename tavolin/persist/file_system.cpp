@@ -49,10 +49,6 @@ ScopedFileSystem::ScopedFileSystem(FileSystem& file_system)
 
 ScopedFileSystem::~ScopedFileSystem() { InUse() = previous_; }
 
-void WriteAll(File& file, ByteView bytes) {
-    while (!bytes.empty()) bytes = bytes.subspan(file.Write(bytes));
-}
-
 std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint64_t limit) {
     const std::uint64_t size = file.Size();
     const std::uint64_t left = size > offset ? size - offset : 0;
