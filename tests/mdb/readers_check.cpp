@@ -111,10 +111,11 @@ TEST_F(MdbReaders, MdbtoolsReadsEveryValue) {
         EXPECT_NE(schema.find("CREATE TABLE [" + table.name + "]"), schema.npos) << table.name;
         for (const std::string& label : table.labels)
             EXPECT_NE(schema.find("[" + label + "]\t\t\tText (255)"), schema.npos) << label;
-        // It shows no rows of a table without columns.
-        EXPECT_TRUE(Tool("mdb-export " + cut, table.name) ==
-                    (table.labels.empty() ? "" : Rows(table)))
-            << table.name;
+        // It shows no rows of a table without columns, and two question marks for a character above
+        // U+FFFF.
+        const std::string rows = ReplaceFold(table.labels.empty() ? "" : Rows(table), "😀", "??");
+        const std::string found = Tool("mdb-export " + cut, table.name);
+        EXPECT_TRUE(found == rows) << table.name << ": " << found.substr(0, 500);
     }
     EXPECT_EQ(Tool("mdb-tables -1"), names);
 }
