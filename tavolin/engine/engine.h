@@ -449,8 +449,12 @@ class CVLDBEngine {
     std::vector<std::uint8_t> snapshot_;
     std::string log_report_;
     std::vector<PendingLine> pending_;
-    std::shared_ptr<ObjectCollection<IUpdater>> observers_ =
-        std::make_shared<ObjectCollection<IUpdater>>();
+    // One object may observe for several users.
+    struct Observation {
+        std::shared_ptr<IUpdater> observer;
+    };
+    std::shared_ptr<ObjectCollection<Observation>> observers_ =
+        std::make_shared<ObjectCollection<Observation>>();
 };
 
 }  // namespace tavolin

@@ -129,12 +129,17 @@ class CVLRecordSet {
     std::vector<std::uint8_t> ObjectState() const;
     void ObjectState(const std::vector<std::uint8_t>& state);
 
-    // Puts the records in the order of a field, then of the other nine in theirs, without regard to
-    // letter case and as texts: 10 stands before 9. Records with equal texts keep their order; keys
-    // and nKey stay, and a walk that has begun goes on in the old order. Asks for a right to write.
-    // True unless it raises, and then the order is as it was. CAUTION: a field from 10 to 255 is no
-    // error: it takes every record out of the set. Sorting by field 1 places records with an equal
-    // field 1, where that is not empty, by an older rule that differs from plain order.
+    // Puts the records in ascending order of one text each: the field, then the other nine in
+    // theirs, with nothing between them and without regard to letter case. So 10 stands before 9,
+    // and "Anna" of "z2" before "Ann" of "z1", as "annaz2" before "annz1". Records with equal texts
+    // keep their order; a walk that has begun goes on in the old one. CAUTION: a field from 10 to
+    // 255 is no error: it takes every record out of the set. Sorting by field 1 places records with
+    // an equal field 1, where that is not empty, by a rule of its own that differs from ascending
+    // order.
+    //
+    // Asks for a right to write. nKeys and Keys stay, and each record is filed under the Key that
+    // it has now; if two have the same one, 457. True unless it raises, and then nothing has
+    // changed.
     bool Sort(int ByFieldNum);
 
     // Calls CVLRecord::Attach.
@@ -152,7 +157,8 @@ class CVLRecordSet {
     bool NextRecordIsAvailable(std::int32_t nKey) const;
     bool FirstRecordIsAvailable() const;
 
-    // --- Publishing. MakeItText, MakeItHTML and MakeItMDB ask for a right to read, and for none of `Item`.
+    // --- Publishing. MakeItText, MakeItHTML and MakeItMDB ask for a right to read, and for none of
+    // `Item`.
 
     // The records as text: a blank, then for each record a line with its number, from 1 on, a line
     // "label: value" for each field that has a label, with "NULL" for an empty value, and an empty
