@@ -131,6 +131,7 @@ PageSet StoreIndex(PageFile& file, PageNumber table, PageNumber root, std::vecto
     std::sort(entries.begin(), entries.end(),
               [&](const Bytes& a, const Bytes& b) { return text(a) < text(b); });
     std::vector<Item> items;
+    items.reserve(entries.size());
     for (Bytes& entry : entries) items.push_back({std::move(entry)});
     PageSet pages;
     pages.Add(root);
