@@ -1,10 +1,12 @@
 #include "tavolin/base/code_page.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 
 #include "tavolin/base/text.h"
 #include "tavolin/base/utf8.h"
+#include "tavolin/base/words.h"
 
 namespace tavolin {
 
@@ -18,15 +20,23 @@ constexpr char16_t kMapped[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 
                                 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 constexpr std::uint8_t kBehindMapped = kFirstMapped + std::size(kMapped);
 
+// How many ASCII characters the text begins with.
+std::size_t AsciiLength(std::string_view text) {
+    std::size_t length = 0;
+    for (; length + kWordBytes <= text.size(); length += kWordBytes) {
+        const std::uint64_t high = LoadWord(text.data() + length) & kHighBits;
+        if (high != 0) return length + static_cast<std::size_t>(std::countr_zero(high)) / 8;
+    }
+    while (length < text.size() && static_cast<std::uint8_t>(text[length]) < kFirstMapped) ++length;
+    return length;
+}
+
 // Calls run(text) for each run of ASCII and other(unit) for each unit between them, until one of
 // them says no.
 template <class Run, class Other>
 bool ForEachRun(std::string_view utf8, Run run, Other other) {
     while (!utf8.empty()) {
-        const auto* end = std::find_if(utf8.begin(), utf8.end(), [](char byte) {
-            return static_cast<std::uint8_t>(byte) >= kFirstMapped;
-        });
-        const auto length = static_cast<std::size_t>(end - utf8.begin());
+        const std::size_t length = AsciiLength(utf8);
         run(utf8.substr(0, length));
         utf8.remove_prefix(length);
         if (utf8.empty()) break;
