@@ -92,8 +92,8 @@ constexpr Command kCommands[] = {
      "the database and in the current folder if not given.",
      "export html site", Need::kRead, kAnywhere, ExportHtmlCommand},
     {"export mdb", "[FILE.mdb] [--replace]",
-     "Write all tables to an Access database, or add them to an earlier export; --replace deletes "
-     "that first.",
+     "Write all tables to an Access database, or add them to an earlier export; --replace puts "
+     "the new one in its place.",
      "export mdb customers.mdb", Need::kRead, kAnywhere, ExportMdbCommand},
 
     {"begin", "", "Begin a transaction.", "begin", Need::kWrite, kSessionOnly, BeginCommand},

@@ -1,7 +1,6 @@
 // The order of records, and publishing the database.
 #include <filesystem>
 #include <optional>
-#include <utility>
 
 #include "cli/commands.h"
 #include "cli/counted_files.h"
@@ -62,32 +61,25 @@ std::string_view WithoutExtension(const Target& target, std::string_view end) {
     return std::string_view(target.name).substr(0, target.name.size() - end.size() + 1);
 }
 
-// An old export, out of the way until the new one stands. It is an error to do so with a file that
-// is no export.
-class PutAside {
-  public:
-    explicit PutAside(const Target& target) : path_(target.Path()) {
-        if (!fs::exists(PathOf(path_))) return;
-        const mdb::Writer is_an_export(LibraryPath(path_));
-        aside_ = path_ + ".old";
-        if (fs::exists(PathOf(aside_))) throw CommandFailure(aside_ + " is in the way");
-        fs::rename(PathOf(path_), PathOf(aside_));
+// Makes the new export beside the old one and puts it in its place in one step. An old file that is
+// no export, or was changed since, is an error.
+template <class Export>
+void ReplaceExport(const Target& target, std::string_view end, Export&& run) {
+    const fs::path old = fs::canonical(PathOf(target.Path()));
+    { const mdb::Writer is_an_export(LibraryPath(TextOf(old))); }
+    const Target beside{old.parent_path(),
+                        TextOf(old.filename()) + ".tavolin-new" + std::string(end)};
+    if (fs::exists(PathOf(beside.Path()))) {
+        throw CommandFailure(beside.Path() + " is in the way");
     }
-    ~PutAside() {
-        std::error_code ignored;
-        if (!aside_.empty()) fs::rename(PathOf(aside_), PathOf(path_), ignored);
-    }
-    PutAside(const PutAside&) = delete;
-    PutAside& operator=(const PutAside&) = delete;
-
-    void Delete() {
-        if (!aside_.empty()) fs::remove(PathOf(std::exchange(aside_, {})));
-    }
-
-  private:
-    std::string path_;
-    std::string aside_;
-};
+    run(beside);
+    std::error_code error;
+    fs::rename(PathOf(beside.Path()), old, error);
+    if (!error) return;
+    std::error_code ignored;
+    fs::remove(PathOf(beside.Path()), ignored);
+    throw CommandFailure(target.Path() + " cannot be replaced: " + error.message());
+}
 
 // A word as a shell takes it.
 std::string Quoted(const std::string& text) {
@@ -150,11 +142,16 @@ void ExportMdbCommand(Host& host, const Arguments& words) {
         throw UsageError("the file's name must not hold \"" + std::string(DefaultExtension()) +
                          "\", which an export leaves out of names");
     }
-    std::optional<PutAside> old;
-    if (words.Has("--replace")) old.emplace(target);
-    WithProgress("nothing was written",
-                 [&] { engine.MakeItMDB(TextOf(target.folder), WithoutExtension(target, kEnd)); });
-    if (old) old->Delete();
+    if (engine.CVLTableSet()->Count() == 0) throw CommandFailure("there are no tables to export");
+    const auto export_to = [&](const Target& file) {
+        WithProgress("nothing was written",
+                     [&] { engine.MakeItMDB(TextOf(file.folder), WithoutExtension(file, kEnd)); });
+    };
+    if (words.Has("--replace") && fs::exists(PathOf(target.Path()))) {
+        ReplaceExport(target, kEnd, export_to);
+    } else {
+        export_to(target);
+    }
     host.Note("exported to " + target.Path());
 }
 

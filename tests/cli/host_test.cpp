@@ -59,7 +59,15 @@ TEST_F(HostTest, SortsAndExports) {
     EXPECT_EQ(0, Run("shop add People 9").status);
     EXPECT_EQ(0, Run("shop export mdb --replace").status);
     EXPECT_NE(exported, Read("shop.mdb"));
-    EXPECT_FALSE(fs::exists(Path("shop.mdb.old")));
+    std::string changed = Read("shop.mdb");
+    changed[changed.size() / 2] ^= 1;
+    Write("changed.mdb", changed);
+    EXPECT_EQ(1, Run("shop export mdb changed.mdb --replace").status);
+    EXPECT_EQ(changed, Read("changed.mdb"));
+    EXPECT_EQ(0, Run("none create").status);
+    EXPECT_EQ(1, Run("none export mdb shop.mdb --replace").status);
+    EXPECT_NE(exported, Read("shop.mdb"));
+    EXPECT_FALSE(fs::exists(Path("shop.mdb.tavolin-new.mdb")));
     Write("foreign.mdb", "mine");
     EXPECT_EQ(1, Run("shop export mdb foreign.mdb --replace").status);
     EXPECT_EQ("mine", Read("foreign.mdb"));

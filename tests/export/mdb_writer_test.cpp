@@ -211,9 +211,9 @@ TEST_F(MdbWriterTest, LeavesFilesOfOthersAndDamagedOnesAlone) {
     bad.back().replace(15 * 4096, 4096, good, 14 * 4096, 4096);
     for (const std::string& contents : bad) {
         WriteContents(path_, contents);
-        EXPECT_EQ(
-            ErrorNumber([&] { Write([](mdb::Writer& file) { file.CreateTable("More", {"A"}); }); }),
-            58);
+        EXPECT_EQ(ErrorNumber(
+                      [&] { Write([](mdb::Writer& file) { file.CreateTable("People", {"A"}); }); }),
+                  58);
         EXPECT_TRUE(Contents(path_) == contents && FilesInFolder() == 1);
     }
     // One that somebody else makes while a new one is being written.
@@ -221,6 +221,55 @@ TEST_F(MdbWriterTest, LeavesFilesOfOthersAndDamagedOnesAlone) {
     EXPECT_EQ(ErrorNumber([&] { Write([&](mdb::Writer&) { WriteContents(path_, "theirs"); }); }),
               58);
     EXPECT_EQ(Contents(path_), "theirs");
+    std::filesystem::remove(NativePath(path_));
+#ifndef _WIN32  // where an open file keeps others out
+    WritePeople();
+    const auto add = [](const char* table) {
+        return [=](mdb::Writer& file) { file.CreateTable(table, {"A"}); };
+    };
+    EXPECT_EQ(ErrorNumber([&] {
+                  Write([&](mdb::Writer& file) {
+                      add("Late")(file);
+                      Write(add("Early"));
+                  });
+              }),
+              58);
+    EXPECT_EQ(Check().tables().count("Early"), 1u);
+#endif
+}
+
+// What readers pass over and an engine may look at.
+TEST_F(MdbWriterTest, HasTheHeaderAndTheRightsOfTheFormat) {
+    WritePeople();
+    const std::string file = Contents(path_);
+    const auto number = [&](std::size_t page, std::size_t offset, int bytes) {
+        unsigned value = 0;
+        for (int i = bytes; i-- > 0;)
+            value = value << 8 | static_cast<std::uint8_t>(file[page * 4096 + offset + i]);
+        return value;
+    };
+    const unsigned lengths[] = {1050, 335, 525, 813};
+    const unsigned free[] = {3038, 3753, 3563, 3275};
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(number(2 + i, 8, 4), lengths[i]) << i;
+        EXPECT_EQ(number(2 + i, 2, 2), free[i]) << i;
+    }
+    EXPECT_EQ(number(6, 2, 2), 0x759u);
+    for (std::size_t i = 0xE00; i < 0x1000; i += 2) EXPECT_EQ(number(0, i, 2), 0x100u) << i;
+    // The key stream begins with these bytes; what it hides are the places of the system tables.
+    const std::uint8_t stream[] = {0xB5, 0x6F, 0x03, 0x62, 0x61, 0x08, 0xC2, 0x55, 0xEB, 0xA9,
+                                   0x67, 0x72, 0x43, 0x3F, 0x00, 0x9C, 0x7A, 0x9F, 0x90, 0xFF};
+    const std::string clear("\0\1\0\0\1\1\0\0\2\0\0\0\3\0\0\0\4\0\0\0", 20);
+    for (std::size_t i = 0; i < clear.size(); ++i) {
+        EXPECT_EQ(number(0, 0x18 + i, 1) ^ stream[i], static_cast<unsigned>(clear[i])) << i;
+    }
+    // Rows of rights: four columns, the object, the rights, to whom (Admin and everybody).
+    const std::string rights[] = {{"\4\0\5\0\0\0\0\0\xE\0", 10},
+                                  {"\4\0\4\0\0\0\0\x14\0\0", 10},
+                                  {"\4\0\3\0\0\xF\xFF\xFF\xF\0", 10},
+                                  {"\4\0\xE\0\0\0\xFF\xFE\xF\0", 10}};
+    for (const std::string& row : rights) EXPECT_NE(file.find(row), std::string::npos) << row;
+    EXPECT_NE(file.find("\xA6\x33"), std::string::npos);
 }
 
 TEST_F(MdbWriterTest, LeavesEverythingAsItWasWhenTheMachineFails) {

@@ -80,7 +80,7 @@ struct Definition {
     RowId with_room;
 };
 
-// The definition's page. It must fit one: thirty columns whatever their names are.
+// The definition's page. It must fit one: 25 columns whatever their names are.
 Page DefinitionPage(const Definition& definition);
 
 }  // namespace tavolin::mdb

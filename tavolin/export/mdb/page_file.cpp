@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 
@@ -27,6 +28,12 @@ std::uint64_t Share(PageNumber number, ByteView page) {
     return Checksum(page) * (2 * std::uint64_t{number} + 1);
 }
 
+void AddShares(PageNumber first, ByteView pages, std::uint64_t& sum) {
+    for (std::size_t at = 0; at < pages.size(); at += kPageSize) {
+        sum += Share(first++, pages.subspan(at, kPageSize));
+    }
+}
+
 std::uint64_t Offset(PageNumber number) { return std::uint64_t{number} * kPageSize; }
 
 template <class Body>
@@ -35,7 +42,11 @@ auto WithSpace(const std::string& path, Body&& body) {
         return body();
     } catch (const std::filesystem::filesystem_error& error) {
         const auto code = error.code();
-        if (code != std::errc::no_space_on_device && code != std::errc::file_too_large) throw;
+        bool full = code == std::errc::no_space_on_device || code == std::errc::file_too_large;
+#ifdef EDQUOT
+        full = full || code == std::error_code(EDQUOT, std::generic_category());
+#endif
+        if (!full) throw;
         Fail(kNoSpace, Message("Not Enough Space On Disk!\r\nFile: ", path));
     }
 }
@@ -59,6 +70,31 @@ void PageFile::CheckSeal() {
         throw Error(kFileExists, path_ + ": not written by this library");
     }
     old_sum_ = map.Get<std::uint64_t>(kSumOffset);
+    std::uint64_t sum = 0;
+    ForEachOldChunk([&](PageNumber first, ByteView chunk) { AddShares(first, chunk, sum); });
+    if (sum != old_sum_) RaiseChanged();
+}
+
+// Calls use(first page, bytes) for the old file from its beginning to its end.
+template <class Use>
+void PageFile::ForEachOldChunk(Use&& use) const {
+    for (PageNumber number = 0; number < old_count_;) {
+        auto chunk = ReadBytes(*replacement_.old(), Offset(number), kBufferSize);
+        chunk.resize(chunk.size() / kPageSize * kPageSize);
+        if (chunk.empty()) RaiseChanged();
+        const PageNumber first = number;
+        number += static_cast<PageNumber>(chunk.size() / kPageSize);
+        if (first <= kPageMapPage && kPageMapPage < number) {
+            const auto seal = chunk.begin() + static_cast<std::ptrdiff_t>(
+                                                  Offset(kPageMapPage - first) + kSealOffset);
+            std::fill(seal, seal + (kSealEnd - kSealOffset), std::uint8_t{0});
+        }
+        use(first, chunk);
+    }
+}
+
+void PageFile::RaiseChanged() const {
+    throw Error(kFileExists, path_ + ": changed since this library wrote it");
 }
 
 Page PageFile::Read(PageNumber number) const {
@@ -74,6 +110,9 @@ Page PageFile::Read(PageNumber number) const {
 void PageFile::Recycle(std::vector<PageNumber> pages) {
     recycled_ = std::move(pages);
     std::sort(recycled_.begin(), recycled_.end());
+    if (std::adjacent_find(recycled_.begin(), recycled_.end()) != recycled_.end()) {
+        throw DamagedState("a page with two owners");
+    }
 }
 
 PageNumber PageFile::Allocate() {
@@ -89,25 +128,17 @@ bool PageFile::IsRewritten(PageNumber number) const {
            std::binary_search(recycled_.begin(), recycled_.end(), number);
 }
 
-// Makes the sum of the old pages that stay while it is at it, and of all of them for the seal.
+// Makes the sum of the old pages that stay while it is at it, and of all of them once more.
 void PageFile::CopyOld(File& target) {
     std::uint64_t sum = 0;
-    for (PageNumber number = 0; number < old_count_;) {
-        auto chunk = ReadBytes(*replacement_.old(), Offset(number), kBufferSize);
-        if (chunk.size() < kPageSize) break;
-        WriteAllAt(target, Offset(number), chunk);
-        for (std::size_t at = 0; at + kPageSize <= chunk.size(); at += kPageSize, ++number) {
-            if (number == kPageMapPage) {
-                std::fill(&chunk[at + kSealOffset], &chunk[at + kSealEnd], std::uint8_t{0});
-            }
-            const std::uint64_t share = Share(number, ByteView(&chunk[at], kPageSize));
-            sum += share;
-            if (!IsRewritten(number)) sum_ += share;
+    ForEachOldChunk([&](PageNumber first, ByteView chunk) {
+        WriteAllAt(target, Offset(first), chunk);
+        AddShares(first, chunk, sum);
+        for (std::size_t at = 0; at < chunk.size(); at += kPageSize, ++first) {
+            if (!IsRewritten(first)) sum_ += Share(first, chunk.subspan(at, kPageSize));
         }
-    }
-    if (sum != old_sum_) {
-        throw Error(kFileExists, path_ + ": changed since this library wrote it");
-    }
+    });
+    if (sum != old_sum_) RaiseChanged();
 }
 
 void PageFile::Start() {
@@ -134,6 +165,19 @@ void PageFile::FlushBuffer() {
     buffer_.clear();
 }
 
+// Whether another writer has come first. What it wrote must not get lost.
+void PageFile::CheckNobodyElse() {
+    if (is_new() && !files_.Exists(path_)) return;
+#ifdef _WIN32
+    if (!is_new()) return;  // nobody can write to it while it is open here
+#endif
+    const auto now = files_.Open(path_, FileMode::kRead);
+    const auto map = ReadBytes(*now, Offset(kPageMapPage), kPageSize);
+    const bool same =
+        !is_new() && ReadBytes(*replacement_.old(), Offset(kPageMapPage), kPageSize) == map;
+    if (!same) throw Error(kFileExists, path_ + ": written by somebody else in the meantime");
+}
+
 void PageFile::Commit(Page page_map) {
     Start();
     std::uint64_t sum = sum_ + Share(kPageMapPage, page_map.bytes());
@@ -142,9 +186,7 @@ void PageFile::Commit(Page page_map) {
     page_map.Put(kSumOffset, sum);
     Write(kPageMapPage, page_map);
     FlushBuffer();
-    if (is_new() && files_.Exists(path_)) {
-        throw Error(kFileExists, path_ + ": made by somebody else in the meantime");
-    }
+    CheckNobodyElse();
     WithSpace(path_, [&] { replacement_.Commit(); });
 }
 

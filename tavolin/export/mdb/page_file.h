@@ -25,7 +25,8 @@ inline constexpr PageNumber kPageMapPage = 1;
 
 class PageFile {
   public:
-    // Opens what is there of that name. What bears no seal of ours raises 58.
+    // Opens what is there of that name and reads it once. What bears no seal of ours, or was
+    // changed since, raises 58.
     explicit PageFile(std::string_view path);
 
     const std::string& path() const { return path_; }
@@ -48,14 +49,19 @@ class PageFile {
     }
 
     // Every allocated page, and every one below kFirstFreePage but the page map's, must be written,
-    // once. kNoSpace when the disk is full; 58 when the old file turns out to be changed.
+    // once. kNoSpace when the disk is full.
     void Write(PageNumber number, const Page& page);
 
-    // Writes the page map, puts everything on the disk and in the old file's place.
+    // Writes the page map, puts everything on the disk and in the old file's place. 58 when
+    // somebody else has written the file in the meantime.
     void Commit(Page page_map);
 
   private:
     void CheckSeal();
+    template <class Use>
+    void ForEachOldChunk(Use&& use) const;
+    [[noreturn]] void RaiseChanged() const;
+    void CheckNobodyElse();
     void Start();
     void CopyOld(File& target);
     bool IsRewritten(PageNumber number) const;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kMaxColumns = 25;
 
-// Believes a sealed file no more than it must: a seal can be forged.
+// A seal can be forged: what makes no sense is refused all the same.
 Catalog CatalogOf(PageFile& file) {
     if (file.is_new()) return Catalog(Now());
     try {
@@ -75,7 +75,13 @@ void TableWriter::Append(Texts values) {
                                     "It Takes " + std::to_string(size) + " Bytes, " +
                                         std::to_string(kMaxRowSize) + " Are Allowed"));
     }
-    rows_.Append(row_.bytes());
+    try {
+        rows_.Append(row_.bytes());
+    } catch (const Error& error) {
+        if (error.number() != kNoSpace) throw;
+        Fail(kNoSpace,
+             Where("There Is No Room For The Record!", columns_.size(), error.description()));
+    }
 }
 
 void TableWriter::Finish() {

@@ -68,7 +68,7 @@ class TableWriter {
 
 class Writer {
   public:
-    // Nothing is written before the first full page, or Close.
+    // Reads a file that is there once. Nothing is written before the first full page, or Close.
     explicit Writer(std::string_view path);
 
     // Adds a table, empty at first; the reference holds until Close. A column or table name that
