@@ -1,0 +1,74 @@
+#include "tavolin/model/record_set.h"
+
+#include "com/properties.h"
+#include "com/set_object.h"
+#include "tavolin/model/attachment_set.h"
+#include "tavolin/model/table.h"
+
+namespace tavolin::com {
+namespace {
+
+PrimaryKeyType KeyFields(const ::PrimaryKeyType& key) {
+    return {key.Part0, key.Part1, key.Part2, key.Part3};
+}
+
+class RecordSetObject : public SetObject<CVLRecordSet> {
+  public:
+    using SetObject::SetObject;
+
+    STDMETHODIMP Add(::PrimaryKeyType* Key, LONG nKey, TAVOLIN_TEN_PARAMETERS(prop),
+                     ::_CVLAttachmentSet* AttachmentSet, VARIANT Before, VARIANT After,
+                     ::_CVLRecord** result) override {
+        return Return(
+            result,
+            [&] {
+                const Argument before(Before);
+                const Argument after(After);
+                return core().Add(KeyFields(*Key), nKey, Fields(TAVOLIN_TEN(prop)),
+                                  CoreOf<CVLAttachmentSet>(AttachmentSet),
+                                  {before.OptionalKey(), after.OptionalKey()});
+            },
+            Key);
+    }
+    STDMETHODIMP Update(::PrimaryKeyType* Key, ::_CVLRecord** record, TAVOLIN_TEN_PARAMETERS(prop),
+                        ::_CVLAttachmentSet* AttachmentSet, ::_CVLRecord** result) override {
+        return Return(
+            result,
+            [&] {
+                return core().Update(KeyFields(*Key), CoreOf<CVLRecord>(*record),
+                                     Fields(TAVOLIN_TEN(prop)),
+                                     CoreOf<CVLAttachmentSet>(AttachmentSet));
+            },
+            Key, record);
+    }
+    TAVOLIN_ITEM(CVLRecord)
+    TAVOLIN_OBJECT_STATE
+    STDMETHODIMP PrintToFile(BSTR, BSTR) override { return E_NOTIMPL; }
+    STDMETHODIMP AttachToRecord(::_CVLRecord* record, LONG attachNkey, BSTR attachFilePathName,
+                                ::attachmentEnum aType) override {
+        return Call([&] {
+            core().AttachToRecord(CoreOf<CVLRecord>(record), attachNkey, Utf8(attachFilePathName),
+                                  static_cast<attachmentEnum>(aType));
+        });
+    }
+    STDMETHODIMP MakeItMDB(BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP MakeItText(BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR*) override { return E_NOTIMPL; }
+    STDMETHODIMP MakeItHTML(BSTR, BSTR, ::_CVLTable**, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR,
+                            BSTR*) override {
+        return E_NOTIMPL;
+    }
+    TAVOLIN_NAVIGATION(Record, ::_CVLRecord, ::_CVLRecord)
+    STDMETHODIMP Sort(BYTE, VARIANT_BOOL*) override { return E_NOTIMPL; }
+
+    TAVOLIN_EVENTS(core().OnRecordAdd, core().OnRecordUpDate, core().OnRecordRemove)
+};
+
+}  // namespace
+
+ObjectBase* NewObject(std::shared_ptr<CVLRecordSet> core) {
+    return new RecordSetObject(std::move(core));
+}
+
+}  // namespace tavolin::com
