@@ -39,12 +39,23 @@ void CountCommand(Host& host, const Arguments& words);
 void AttachCommand(Host& host, const Arguments& words);
 void ImportCommand(Host& host, const Arguments& words);
 
+// Order and publishing.
+void SortCommand(Host& host, const Arguments& words);
+void ExportTextCommand(Host& host, const Arguments& words);
+void ExportHtmlCommand(Host& host, const Arguments& words);
+
 // Users.
 void UsersCommand(Host& host, const Arguments& words);
 void UserCommand(Host& host, const Arguments& words);
 void AddUserCommand(Host& host, const Arguments& words);
 void SetUserCommand(Host& host, const Arguments& words);
 void RemoveUserCommand(Host& host, const Arguments& words);
+
+// Notes.
+void NotesCommand(Host& host, const Arguments& words);
+void NoteAddCommand(Host& host, const Arguments& words);
+void NoteSetCommand(Host& host, const Arguments& words);
+void NoteRemoveCommand(Host& host, const Arguments& words);
 
 // The log.
 void LogCommand(Host& host, const Arguments& words);

@@ -8,14 +8,15 @@
 
 namespace tavolin::cli {
 
-Progress::Progress(std::uint64_t total) : enabled_(ErrorIsTerminal()), total_(total) {}
+Progress::Progress(std::uint64_t total, const char* unit)
+    : enabled_(ErrorIsTerminal()), total_(total), unit_(unit) {}
 
 void Progress::Clear() {
     if (drawn_) std::cerr << "\r\x1B[K" << std::flush;
     drawn_ = false;
 }
 
-void Progress::Show(std::uint64_t done, std::uint64_t rows) {
+void Progress::Show(std::uint64_t done, std::uint64_t count) {
     if (!enabled_ || Clock::now() < next_) return;
     next_ = Clock::now() + std::chrono::milliseconds(100);
     drawn_ = true;
@@ -27,7 +28,7 @@ void Progress::Show(std::uint64_t done, std::uint64_t rows) {
         std::cerr << '[' << std::string(full, '#') << std::string(kCells - full, ' ') << "] "
                   << static_cast<int>(part * 100) << " %  ";
     }
-    std::cerr << rows << " rows" << std::flush;
+    std::cerr << count << ' ' << unit_ << std::flush;
 }
 
 }  // namespace tavolin::cli

@@ -8,14 +8,14 @@ namespace tavolin::cli {
 
 class Progress {
   public:
-    // `total` is what Show counts up to; 0 when it is not known.
-    explicit Progress(std::uint64_t total);
+    // `total` is what Show counts up to; 0 when it is not known. `unit` is what it says it counts.
+    explicit Progress(std::uint64_t total, const char* unit = "rows");
     ~Progress() { Clear(); }
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    // Redraws the bar, ten times a second at most. `rows` stands beside it.
-    void Show(std::uint64_t done, std::uint64_t rows);
+    // Redraws the bar, ten times a second at most. `count` stands beside it.
+    void Show(std::uint64_t done, std::uint64_t count);
     // Takes the bar away.
     void Clear();
 
@@ -25,6 +25,7 @@ class Progress {
     bool enabled_;
     bool drawn_ = false;
     std::uint64_t total_;
+    const char* unit_;
     Clock::time_point next_ = Clock::now();
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tavolin/base/text.h"
 #include "tavolin/base/utf8.h"
 
 namespace tavolin {
@@ -16,6 +17,31 @@ constexpr char16_t kMapped[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 
                                 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 constexpr std::uint8_t kBehindMapped = kFirstMapped + std::size(kMapped);
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+// Calls run(text) for each run of ASCII and other(unit) for each unit between them, until one of
+// them says no.
+template <class Run, class Other>
+bool ForEachRun(std::string_view utf8, Run run, Other other) {
+    while (!utf8.empty()) {
+        const auto* end = std::find_if(utf8.begin(), utf8.end(), [](char byte) {
+            return static_cast<std::uint8_t>(byte) >= kFirstMapped;
+        });
+        const auto length = static_cast<std::size_t>(end - utf8.begin());
+        run(utf8.substr(0, length));
+        utf8.remove_prefix(length);
+        if (utf8.empty()) break;
+        const Utf8Unit unit = FirstUnit(utf8);
+        if (!other(unit)) return false;
+        utf8.remove_prefix(unit.length);
+    }
+    return true;
+}
+
+std::optional<std::uint8_t> CodeOf(const Utf8Unit& unit) {
+    return unit.well_formed ? AnsiCode(unit.value) : std::nullopt;
+}
 
 }  // namespace
 
@@ -35,13 +61,39 @@ char32_t AnsiCharacter(std::uint8_t code) {
 std::optional<std::string> EncodeAnsi(std::string_view utf8) {
     std::string bytes;
     bytes.reserve(utf8.size());
-    while (!utf8.empty()) {
-        const Utf8Unit unit = FirstUnit(utf8);
-        const auto code = unit.well_formed ? AnsiCode(unit.value) : std::nullopt;
-        if (!code) return std::nullopt;
-        bytes += static_cast<char>(*code);
-        utf8.remove_prefix(unit.length);
-    }
+    const bool fits = ForEachRun(
+        utf8, [&](std::string_view run) { bytes.append(run); },
+        [&](const Utf8Unit& unit) {
+            const auto code = CodeOf(unit);
+            if (code) bytes += static_cast<char>(*code);
+            return code.has_value();
+        });
+    if (!fits) return std::nullopt;
+    return bytes;
+}
+
+bool FitsAnsi(std::string_view utf8) {
+    if (IsAscii(utf8)) return true;
+    return ForEachRun(
+        utf8, [](std::string_view) {},
+        [](const Utf8Unit& unit) { return CodeOf(unit).has_value(); });
+}
+
+std::string EncodeAnsiWithReferences(std::string_view utf8) {
+    std::string bytes;
+    bytes.reserve(utf8.size());
+    ForEachRun(
+        utf8, [&](std::string_view run) { bytes.append(run); },
+        [&](const Utf8Unit& unit) {
+            if (const auto code = CodeOf(unit)) {
+                bytes += static_cast<char>(*code);
+                return true;
+            }
+            const bool character = unit.well_formed && !IsSurrogate(unit.value);
+            const auto number = static_cast<std::uint32_t>(character ? unit.value : kReplacement);
+            bytes.append("&#").append(std::to_string(number)).append(";");
+            return true;
+        });
     return bytes;
 }
 

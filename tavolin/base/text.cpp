@@ -59,7 +59,7 @@ class CodeUnits {
         if (rest_.empty()) return -1;
         const Utf8Unit unit = FirstUnit(rest_);
         rest_.remove_prefix(unit.length);
-        if (!unit.well_formed) return 0xFFFD;
+        if (!unit.well_formed) return static_cast<int>(kReplacementCharacter);
         if (unit.value <= kLastBmpCharacter) return static_cast<int>(unit.value);
         pending_ = LowSurrogate(unit.value);
         return HighSurrogate(unit.value);
@@ -111,6 +111,21 @@ std::string ReplaceFold(std::string_view text, std::string_view what, std::strin
         text.remove_prefix(taken);
     }
     return result;
+}
+
+void AppendSortBytes(std::string_view text, std::string& out) {
+    // Each UTF-16 code unit in the form that UTF-8 gives a character of its value, which keeps the
+    // order of the units.
+    ForEachUnit(text, [&](const Utf8Unit& unit) {
+        if (!unit.well_formed) {
+            AppendUtf8(kReplacementCharacter, out);
+        } else if (unit.value > kLastBmpCharacter) {
+            AppendUtf8(HighSurrogate(unit.value), out);
+            AppendUtf8(LowSurrogate(unit.value), out);
+        } else {
+            AppendUtf8(FoldCharacter(unit.value), out);
+        }
+    });
 }
 
 int CompareCodeUnits(std::string_view a, std::string_view b) {

@@ -57,4 +57,8 @@ std::string ReplaceFold(std::string_view text, std::string_view what, std::strin
 // in that every ill-formed byte counts as U+FFFD.
 int CompareCodeUnits(std::string_view a, std::string_view b);
 
+// Appends bytes that stand for Fold(text) in that order: the bytes of two texts compare as
+// CompareCodeUnits(Fold(a), Fold(b)) does. Those of texts that are joined are theirs, joined.
+void AppendSortBytes(std::string_view text, std::string& out);
+
 }  // namespace tavolin

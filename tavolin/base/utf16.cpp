@@ -5,12 +5,11 @@
 namespace tavolin {
 
 std::u16string ToUtf16(std::string_view utf8) {
-    constexpr char16_t kReplacement = 0xFFFD;
     std::u16string units;
     units.reserve(utf8.size());
     ForEachUnit(utf8, [&](const Utf8Unit& unit) {
         if (!unit.well_formed) {
-            units += kReplacement;
+            units += static_cast<char16_t>(kReplacementCharacter);
         } else if (unit.value <= kLastBmpCharacter) {
             units += static_cast<char16_t>(unit.value);
         } else {

@@ -19,6 +19,7 @@ struct Utf8Unit {
 };
 
 inline constexpr char32_t kLastBmpCharacter = 0xFFFF;
+inline constexpr char32_t kReplacementCharacter = 0xFFFD;  // what stands for an ill-formed byte
 
 constexpr bool IsSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDFFF; }
 constexpr bool IsHighSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }

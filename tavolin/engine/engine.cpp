@@ -10,7 +10,10 @@ CVLDBEngine::CVLDBEngine(ForAnotherEngine)
     : authority_(std::make_shared<Authority>()),
       session_(std::make_shared<Session>(authority_)),
       database_(NewDatabase()),
-      owners_(std::make_shared<tavolin::CVLDBOwnerSet>()) {}
+      owners_(std::make_shared<tavolin::CVLDBOwnerSet>()) {
+    authority_->database_name = [this] { return DBName(); };
+    authority_->is_own_file = [this](std::string_view path) { return IsOwnFile(path); };
+}
 
 CVLDBEngine::~CVLDBEngine() {
     UnregisterSession(session_);

@@ -26,6 +26,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -41,6 +42,7 @@
 #include "tavolin/model/field_argument.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/index_key.h"
+#include "tavolin/model/object_collection.h"
 #include "tavolin/model/owner_db_set.h"
 #include "tavolin/model/owner_set.h"
 #include "tavolin/model/record.h"
@@ -52,7 +54,7 @@
 #include "tavolin/model/updater.h"
 #include "tavolin/model/user.h"
 #include "tavolin/model/user_argument.h"
-#include "tavolin/model/user_note.h"
+#include "tavolin/model/user_note_set.h"
 #include "tavolin/model/user_set.h"
 
 namespace tavolin {
@@ -60,6 +62,8 @@ namespace tavolin {
 struct Authority;
 struct Database;
 class Session;
+class TextSink;
+enum class TextEncoding;
 
 class CVLDBEngine {
   public:
@@ -271,6 +275,19 @@ class CVLDBEngine {
     // Objects from before are not the engine's any more. GetNoTransStartedError.
     bool TansactionAbort();
 
+    // --- Publishing. Both ask for a right to read, are told with the tables of the database, and
+    // write nothing onto the open database's file or its log (58). They do not fire events.
+
+    // Writes the text that CVLTableSet::MakeItText makes, between two quotation marks and with a
+    // line break behind it, as it is made: memory does not grow with it. The file is named as the
+    // database without "cdb", or as `FileName` if that is another name, and with "txt" right behind
+    // it: "shop.cdb" gives "shop.txt", and "report" "reporttxt". It is created or replaced; after a
+    // failure what was written so far stays. Code page 1252 if all characters are in it, else UTF-8
+    // with a byte-order mark.
+    void MakeItText(std::string_view DirPath, std::string_view FileName = {});
+    // CVLTableSet::MakeItHTML.
+    void MakeItHTML(std::string_view DirPath, std::string_view FileName = {});
+
     // --- The log
 
     // Sets all fourteen switches, those left out to off. Asks for `Ownership`.
@@ -283,6 +300,44 @@ class CVLDBEngine {
     LogType LoggedActivities() const;
     // A line, ended by "\r\n", for everything done with this engine, whatever the switches say.
     const std::string& LogReport() const { return log_report_; }
+
+    // --- Catalog arrays: names for filling a list, in the order of their set
+    //
+    // Except for GetArrayFields they end with one empty text behind the names, so that there is one
+    // for an empty set too. A path names a database file that is opened with GetDB, without a
+    // password, for the length of the call; an empty one is the open database. Going through a set
+    // asks for no right; finding a table, an owner or a record in it does what Item does there, and
+    // raises what Item raises.
+
+    // The owners in the registry as it was read at log-on.
+    std::vector<std::string> GetArrayOwners();
+    // The full paths of an owner's databases; those of the logged-on user without a name.
+    std::vector<std::string> GetArrayOwnedDBs(std::string_view forOwnerName = {});
+    std::vector<std::string> GetArrayTables(std::string_view forDBPathName = {});
+    // The ten labels.
+    std::vector<std::string> GetArrayFields(std::string_view forTableName);
+    // The records' keys.
+    std::vector<std::string> GetArrayRecords(std::string_view forTableName);
+    // The paths of a record's attachments. An error has GetArrayRecords as its source.
+    std::vector<std::string> GetArrayAttachments(std::string_view forTableName,
+                                                 std::string_view forRecordKey);
+    std::vector<std::string> GetArrayUsers(std::string_view forDBPathName = {});
+
+    // --- Observers: whom the host has told to look again, under names of its choice
+    //
+    // They belong to the engine, whichever database is open, and asking for them takes no log-on.
+    // No other member calls them. Errors come as they are raised, without a source of the engine's
+    // and without a line in the log.
+
+    // A name that is taken, in any letter case, raises 457, no observer 91.
+    void AddObserver(std::shared_ptr<IUpdater> observer, std::string_view forUser);
+    // Calls Update once for each observer, in the order of adding. What one throws ends the call
+    // and passes. An Update may add observers, who are not called before the next time, and remove
+    // them, who are not called any more.
+    void NotifyObservers();
+    // A name that is not there raises 5.
+    void RemoveObserver(std::string_view forUser);
+    std::int32_t ObserversCount() const;
 
   private:
     friend struct EngineInternals;
@@ -333,6 +388,7 @@ class CVLDBEngine {
     std::unique_ptr<Database> ReadState(std::span<const std::uint8_t> state) const;
     std::vector<std::uint8_t> ObjectState() const;
     bool IsOpenFile(std::string_view path) const;
+    bool IsOwnFile(std::string_view path) const;
     void AskToWriteTo(const std::string& path, const char* source) const;
     std::optional<Error> DeleteFiles(const std::string& path, const CVLDBEngine& opened);
     std::vector<std::uint8_t> StateNamed(Naming& naming) const;
@@ -358,6 +414,10 @@ class CVLDBEngine {
                      std::string_view text, Body&& body);
     class RecordDeletion;
 
+    // catalog
+    template <class Body>
+    std::vector<std::string> Catalog(const char* source, std::string_view path, Body&& body);
+
     // log
     std::string LogLine(const Message& message) const;
     void Log(const Message& message, bool switched_on);
@@ -369,7 +429,8 @@ class CVLDBEngine {
     std::string LogPath() const;
 
     // files
-    void PrintToTextFile(std::string_view text, std::string_view path, std::uint8_t number = 0);
+    void PrintToTextFile(const std::function<void(TextSink&)>& write, TextEncoding encoding,
+                         std::string_view path, std::uint8_t number = 0);
     void PrintToBinaryFile(std::span<const std::uint8_t> data, std::string_view path,
                            std::uint8_t number = 0, bool cut_tail = false);
     std::vector<std::uint8_t> GetBinaryFile(std::string_view path, std::uint8_t number = 0);
@@ -385,6 +446,8 @@ class CVLDBEngine {
     std::vector<std::uint8_t> snapshot_;
     std::string log_report_;
     std::vector<PendingLine> pending_;
+    std::shared_ptr<ObjectCollection<IUpdater>> observers_ =
+        std::make_shared<ObjectCollection<IUpdater>>();
 };
 
 }  // namespace tavolin

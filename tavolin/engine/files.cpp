@@ -7,9 +7,14 @@ namespace tavolin {
 
 // The file number is a handle of the platform's; whatever it is, a file is opened and closed here.
 
-void CVLDBEngine::PrintToTextFile(std::string_view text, std::string_view path, std::uint8_t) {
+void CVLDBEngine::PrintToTextFile(const std::function<void(TextSink&)>& write,
+                                  TextEncoding encoding, std::string_view path, std::uint8_t) {
     Report("CVLDBEngine:PrintToTextFile Method", [&] {
-        WriteTextFile(path, std::string("\"").append(text).append("\"").append(kLineBreak));
+        TextFileWriter file(path, encoding);
+        file.Put("\"");
+        write(file);
+        file.Put("\"", kLineBreak);
+        file.Close();
     });
 }
 

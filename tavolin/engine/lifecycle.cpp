@@ -97,6 +97,12 @@ bool CVLDBEngine::IsOpenFile(std::string_view path) const {
     return AbsolutePath(path) == file_ || IsOneFile(path, file_);
 }
 
+// Whether a path leads to a file that is there and is the open database's or its log.
+bool CVLDBEngine::IsOwnFile(std::string_view path) const {
+    if (!database_->tables) return false;
+    return IsOneFile(path, LogPath()) || (!file_.empty() && IsOneFile(path, file_));
+}
+
 std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortName,
                                                       std::string_view DBDir,
                                                       std::string_view DBPwd,

@@ -154,6 +154,20 @@ class KeyedCollection {
     // keep their position. Nothing has changed when memory runs out.
     void Arrange(std::span<const std::uint32_t> handles) { order_.Assign(handles, Leaves()); }
 
+    // Replaces all elements by these, whose keys are looked at later, as after Adopt. Nothing has
+    // changed when memory runs out.
+    void Assign(std::span<const std::uint32_t> handles) {
+        order_.Assign(handles, Leaves());
+        index_.Clear();
+        indexed_ = false;
+    }
+
+    // Whether every element is found by its key.
+    bool AllKeyed() const {
+        BuildIndex();
+        return index_.size() == order_.size();
+    }
+
     // Forgets all elements and gives the memory back; the Store is not told.
     void Clear() {
         order_.Clear();

@@ -20,6 +20,26 @@ RecordCollection::RecordCollection(std::shared_ptr<RecordArena> arena,
     for (const RecordHandle record : records) arena_->AddReference(record);
 }
 
+RecordCollection::RecordCollection(RecordCollection& former, std::span<const RecordHandle> order)
+    : arena_(former.arena_),
+      records_(Store{.arena = arena_.get(),
+                     .guest = former.IsGuest(),
+                     .places = {},
+                     .keys = {},
+                     .keyless = {}}) {
+    Store& store = records_.store();
+    for (const RecordHandle record : order) {
+        if (arena_->HasOwnKey(record)) store.keys.emplace(record, arena_->Key(record));
+    }
+    // The places that the records hold are the new collection's from here on.
+    records_.Assign(order);
+    former.records_.store().guest = true;
+    for (const RecordHandle record : order) {
+        if (!store.guest) arena_->TakeKey(record);
+        arena_->AddReference(record);
+    }
+}
+
 RecordCollection::~RecordCollection() {
     // An arena that goes along takes all its records with it.
     if (arena_.use_count() == 1) return;
@@ -70,6 +90,24 @@ void RecordCollection::FileOwnKeys(std::span<const RecordHandle> records) {
         const std::string key = arena_->FilingKey(record);
         if (records_.FindKey(key) != kNoHandle) continue;
         records_.ChangeKey(record, key, [&] { arena_->TakeKey(record); });
+    }
+}
+
+std::shared_ptr<RecordCollection> RecordCollection::Rearranged(
+    const std::shared_ptr<RecordCollection>& collection, std::span<const RecordHandle> order) {
+    const bool same_keys = !collection->arena_->AnyOwnKeys() && collection->records_.AllKeyed();
+    if (same_keys && collection.use_count() == 1) {
+        collection->records_.Arrange(order);
+        return collection;
+    }
+    if (!same_keys) collection->CheckKeys(order);
+    return std::shared_ptr<RecordCollection>(new RecordCollection(*collection, order));
+}
+
+void RecordCollection::CheckKeys(std::span<const RecordHandle> records) const {
+    std::unordered_set<std::string> keys;
+    for (const RecordHandle record : records) {
+        if (!keys.insert(Fold(arena_->Key(record))).second) RaiseRunTime(kDuplicateKey);
     }
 }
 
@@ -153,7 +191,6 @@ void RecordCollection::Store::Welcome(RecordHandle record) {
 }
 
 void RecordCollection::Store::Part(RecordHandle record) {
-    if (!guest) return;
     keys.erase(record);
     places.erase(record);
     keyless.erase(record);

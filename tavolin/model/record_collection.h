@@ -51,6 +51,12 @@ class RecordCollection {
     // For records of those, that have a key of their own: none of them takes a key that another
     // record has from its fields.
     void FileOwnKeys(std::span<const RecordHandle> records);
+    // What takes the place of `collection` when its records, which `order` holds, are put in
+    // another order, each under the key that it has now. Raises 457 when two have one key; then, or
+    // when memory runs out, nothing has changed. It is the same collection unless somebody walks
+    // along that or keys have changed; the old one then stays as it is for those who walk along it.
+    static std::shared_ptr<RecordCollection> Rearranged(
+        const std::shared_ptr<RecordCollection>& collection, std::span<const RecordHandle> order);
     // Whether a record of the arena stands in this collection.
     bool Holds(RecordHandle record) {
         MakePlaces();
@@ -70,7 +76,8 @@ class RecordCollection {
         bool guest = false;
         bool places_made = false;
         std::unordered_map<RecordHandle, std::uint32_t> places;
-        std::unordered_map<RecordHandle, std::string> keys;  // where not the arena's filing key
+        // Where it is not the arena's filing key, or need not stay that.
+        std::unordered_map<RecordHandle, std::string> keys;
         std::unordered_set<RecordHandle> keyless;
 
         std::uint32_t Leaf(RecordHandle record) const;
@@ -88,6 +95,10 @@ class RecordCollection {
     };
     using Records = KeyedCollection<Store>;
 
+    // What takes the place of `former` in its arena.
+    RecordCollection(RecordCollection& former, std::span<const RecordHandle> order);
+
+    void CheckKeys(std::span<const RecordHandle> records) const;
     void MakePlaces();
     void File(RecordHandle record, const Placement& placement);
 

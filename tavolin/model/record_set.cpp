@@ -7,6 +7,7 @@
 #include "tavolin/model/field_argument.h"
 #include "tavolin/model/navigation.h"
 #include "tavolin/model/permission.h"
+#include "tavolin/model/record_sort.h"
 #include "tavolin/model/session.h"
 
 namespace tavolin {
@@ -118,6 +119,25 @@ void CVLRecordSet::Remove(const std::shared_ptr<CVLRecord>& record) {
         if (record->arena() != records_->shared_arena()) RaiseRunTime(kInvalidCall);
         records_->Remove(record->handle());
         OnRecordRemove.Fire(record);
+    });
+}
+
+bool CVLRecordSet::Sort(int ByFieldNum) {
+    static constexpr const char* kSource = "CVLRecordSet:Sort Method";
+    return Trap(kSource, [&] {
+        const int field = CheckedByte(ByFieldNum);
+        AskWrite(session(), kSource);
+        if (Count() == 0) return true;
+        if (field >= kFieldCount) {
+            records_ = std::make_shared<RecordCollection>(records_->arena().session());
+            return true;
+        }
+        std::vector<RecordHandle> records;
+        records.reserve(static_cast<std::size_t>(Count()));
+        records_->ForEach([&](RecordHandle record) { records.push_back(record); });
+        records_ = RecordCollection::Rearranged(records_,
+                                                SortedByField(records_->arena(), records, field));
+        return true;
     });
 }
 

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -24,6 +25,7 @@
 
 namespace tavolin {
 
+class CVLTable;
 class PropertyBagReader;
 class PropertyBagWriter;
 class Session;
@@ -127,6 +129,14 @@ class CVLRecordSet {
     std::vector<std::uint8_t> ObjectState() const;
     void ObjectState(const std::vector<std::uint8_t>& state);
 
+    // Puts the records in the order of a field, then of the other nine in theirs, without regard to
+    // letter case and as texts: 10 stands before 9. Records with equal texts keep their order; keys
+    // and nKey stay, and a walk that has begun goes on in the old order. Asks for a right to write.
+    // True unless it raises, and then the order is as it was. CAUTION: a field from 10 to 255 is no
+    // error: it takes every record out of the set. Sorting by field 1 places records with an equal
+    // field 1, where that is not empty, by an older rule that differs from plain order.
+    bool Sort(int ByFieldNum);
+
     // Calls CVLRecord::Attach.
     void AttachToRecord(const std::shared_ptr<CVLRecord>& record, std::int32_t attachNkey,
                         std::string_view attachFilePathName, attachmentEnum aType);
@@ -141,6 +151,28 @@ class CVLRecordSet {
     bool PreviousRecordIsAvailable(std::int32_t nKey) const;
     bool NextRecordIsAvailable(std::int32_t nKey) const;
     bool FirstRecordIsAvailable() const;
+
+    // --- Publishing. MakeItText and MakeItHTML ask for a right to read, and for none of `Item`.
+
+    // The records as text: a blank, then for each record a line with its number, from 1 on, a line
+    // "label: value" for each field that has a label, with "NULL" for an empty value, and an empty
+    // line. Lines begin with "\r\n", and a record ends in two of them. Values are as stored.
+    std::string MakeItText(const FieldTexts& FieldLbls) const;
+
+    // The records as a piece of a web page: a blank, then for each record its number, at an anchor
+    // named by its key, and a table of the fields that have a label. A value of a field that is a
+    // foreign key of `table` is a link to DirPath + FileName + "\", the linked table's name and
+    // "\records.htm#" with the value. UTF-8; nothing is escaped, so values with mark-up characters
+    // act as mark-up. No table raises 91.
+    std::string MakeItHTML(std::string_view DirPath, std::string_view FileName,
+                           const std::shared_ptr<CVLTable>& table,
+                           const FieldTexts& FieldLbls) const;
+
+    // Writes any text to a file, which is created or replaced, between two quotation marks and with
+    // a line break behind it: in code page 1252 if all characters are in it, else as UTF-8 with a
+    // byte-order mark. Asks for no right. The open database's file and its log raise 58; file
+    // errors are 52, 61, 70, 75, 76 ... and may leave a first part of the text.
+    void PrintToFile(std::string_view Text, std::string_view FilePathName) const;
 
     // Library-internal.
 

@@ -7,8 +7,10 @@
 // are given to a tree and take that tree's.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "tavolin/model/types.h"
 
@@ -21,6 +23,10 @@ struct Authority {
     std::shared_ptr<CVLDBUser> user;
     PermitStateEnum permission = Undefined;
     std::shared_ptr<CVLTableSet> tables;
+    // Asked rather than kept here, because every save and every setting of a name changes them.
+    // Nothing when there is no engine.
+    std::function<std::string()> database_name;
+    std::function<bool(std::string_view path)> is_own_file;
 };
 
 class Session {
@@ -36,6 +42,16 @@ class Session {
     std::string UserName() const;
     // The open database's tables, or nothing.
     std::shared_ptr<CVLTableSet> Tables() const { return retired_ ? nullptr : authority_->tables; }
+
+    // The open database's name, or empty.
+    std::string DatabaseName() const {
+        return retired_ || !authority_->database_name ? std::string() : authority_->database_name();
+    }
+    // Whether a path leads to the open database's file or its log, which nothing else may be
+    // written onto. A tree that was replaced has to spare the new one's files as well.
+    bool IsOwnFile(std::string_view path) const {
+        return authority_->is_own_file && authority_->is_own_file(path);
+    }
 
     bool IsOwner() const { return Permission() == Ownership; }
     bool MayDelete() const { return IsOwner() || Permission() == ToDelete; }

@@ -156,6 +156,10 @@ std::shared_ptr<CVLRecord> CVLTable::GetRecord(IndexKey RecordNumOrKey) const {
     return Trap("CVLTable:GetRecord Method", [&] { return records_->Item(RecordNumOrKey); });
 }
 
+bool CVLTable::Sort(int ByFieldNum0to9) {
+    return Trap("CVLTable:Sort Method", [&] { return records_->Sort(ByFieldNum0to9); });
+}
+
 std::shared_ptr<CVLRecord> CVLTable::AttachToRecord(const RecordArgument& record,
                                                     std::string_view attachPathName,
                                                     attachmentEnum attachmentType) {

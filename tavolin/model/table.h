@@ -129,6 +129,9 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     std::shared_ptr<CVLTable> Find(std::string_view Value, bool ValueIsAKey = false,
                                    int inFldNum0to9 = kNoField) const;
 
+    // CVLRecordSet::Sort.
+    bool Sort(int ByFieldNum0to9);
+
     // Takes all links from and to this table away. Asks for `Ownership`. Links to tables that are
     // gone are passed over.
     void FreeFromInOutLinks();
@@ -136,6 +139,12 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     // Deletes, depth first, every table of `useTableSet` that only this one's links refer to. Asks
     // for `Ownership`. Tables that others refer to stay and lose the reference to this one.
     void DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet);
+
+    // CVLRecordSet::MakeItText and MakeItHTML for the records, with the table's labels and links;
+    // CVLRecordSet::PrintToFile.
+    std::string MakeItText() const;
+    std::string MakeItHTML(std::string_view DirPath, std::string_view FileName) const;
+    void PrintToFile(std::string_view Text, std::string_view FilePathName) const;
 
     // Library-internal.
     void Remove(const std::shared_ptr<CVLRecord>& record);

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "tavolin/base/event.h"
@@ -68,6 +69,25 @@ class CVLTableSet {
     bool PreviousTableIsAvailable(std::int32_t nKey) const;
     bool NextTableIsAvailable(std::int32_t nKey) const;
     bool FirstTableIsAvailable() const;
+
+    // A blank, then for each table its name, "\r\n", CVLTable::MakeItText and "\r\n" twice. The
+    // record sets ask for a right to read.
+    std::string MakeItText() const;
+
+    // Writes a small web site into a folder of `DirPath`, which must be there: a page with frames,
+    // a title, a style sheet, and a folder for each table with its records. What it looks like is
+    // told in docs/site.md. The folder is named `FileName`, or as the database without ".cdb", and
+    // so is the page in it, with ".htm". Existing files are replaced, other files stay, and memory
+    // does not grow with the records.
+    //
+    // All rights to read are asked for, and all names looked at, before the first file is written.
+    // A site or a table whose name cannot be a folder's, or is that of one of the site's own files,
+    // raises 52; a file of the site that is the open database's or its log 58. After a later
+    // failure the files written so far stay.
+    void MakeItHTML(std::string_view DirPath, std::string_view FileName = {}) const;
+
+    // CVLRecordSet::PrintToFile.
+    void PrintToFile(std::string_view Text, std::string_view FilePathName) const;
 
     // Library-internal.
 

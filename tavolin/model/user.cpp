@@ -4,7 +4,7 @@
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
 #include "tavolin/model/session.h"
-#include "tavolin/model/user_note.h"
+#include "tavolin/model/user_note_set.h"
 #include "tavolin/model/user_set.h"
 #include "tavolin/persist/property_bag.h"
 #include "tavolin/persist/scrambler.h"
@@ -14,7 +14,7 @@ namespace tavolin {
 CVLDBUser::CVLDBUser() : CVLDBUser(Session::Current()) {}
 
 CVLDBUser::CVLDBUser(std::shared_ptr<Session> session)
-    : session_(std::move(session)), notes_(std::make_shared<tavolin::CVLUserNoteSet>()) {}
+    : session_(std::move(session)), notes_(std::make_shared<tavolin::CVLUserNoteSet>(session_)) {}
 
 CVLDBUser::~CVLDBUser() = default;
 
@@ -80,8 +80,18 @@ void CVLDBUser::SetRight(bool& right, bool value, const char* source) {
 void CVLDBUser::CVLUserNoteSet(std::shared_ptr<tavolin::CVLUserNoteSet> notes) {
     Trap("CVLDBUser:CVLUserNoteSet Property Set", [&] {
         if (!notes) RaiseRunTime(kObjectNotSet);
-        notes_ = std::move(notes);
+        TakeNotes(std::move(notes));
     });
+}
+
+void CVLDBUser::TakeNotes(std::shared_ptr<tavolin::CVLUserNoteSet> notes) {
+    notes->JoinSession(session_);
+    notes_ = std::move(notes);
+}
+
+void CVLDBUser::JoinSession(const std::shared_ptr<Session>& session) {
+    session_ = session;
+    notes_->JoinSession(session);
 }
 
 bool CVLDBUser::Equals(const std::shared_ptr<CVLDBUser>& other) const {

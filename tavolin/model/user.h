@@ -61,7 +61,8 @@ class CVLDBUser {
     bool CanDelete() const { return can_delete_; }
     void CanDelete(bool can);
 
-    // Never nothing: an empty set is made when none was given. Setting nothing raises 91.
+    // Never nothing: an empty set is made when none was given. A set that is given asks for the
+    // rights in this user's database from then on. Setting nothing raises 91.
     std::shared_ptr<tavolin::CVLUserNoteSet> CVLUserNoteSet() const { return notes_; }
     void CVLUserNoteSet(std::shared_ptr<tavolin::CVLUserNoteSet> notes);
 
@@ -87,6 +88,8 @@ class CVLDBUser {
     void AskOwnership(const char* source) const;
     void SetText(std::string& text, std::string_view value, const char* refusal_source);
     void SetRight(bool& right, bool value, const char* source);
+    void TakeNotes(std::shared_ptr<tavolin::CVLUserNoteSet> notes);
+    void JoinSession(const std::shared_ptr<Session>& session);
 
     std::shared_ptr<Session> session_;
     CVLDBUserSet* set_ = nullptr;  // the set that the user is filed in; it clears this when it goes

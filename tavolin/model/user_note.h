@@ -1,52 +1,34 @@
-// A dated note about a user, and a user's notes in the order of adding.
-//
-// Notes are read from stored state and written back whole; they are kept under the text of their
-// date.
+// A dated note about a user.
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
-#include <vector>
-
-#include "tavolin/model/object_collection.h"
+#include <string_view>
 
 namespace tavolin {
 
 class PropertyBagReader;
 class PropertyBagWriter;
 
-struct CVLUserNote {
-    std::string dateKey;
-    std::int32_t nKey = 0;
-    std::string Note;
-
-    void WriteProperties(PropertyBagWriter& bag) const;
-    void ReadProperties(PropertyBagReader& bag);
-};
-
-class CVLUserNoteSet {
+class CVLUserNote {
   public:
-    std::int32_t Count() const { return notes_->Count(); }
-    Enumerator<CVLUserNote> NewEnum() const { return Enumerator<CVLUserNote>(notes_); }
+    // The note's date as text, which is its key in the set; assigning it does not file it anew
+    // before the set is next loaded.
+    std::string dateKey;
 
-    // The notes as one byte array. Assigning replaces them all, or raises and changes nothing.
-    std::vector<std::uint8_t> ObjectState() const;
-    void ObjectState(const std::vector<std::uint8_t>& state);
+    // A number of the caller's choice; nothing looks at it.
+    std::int32_t nKey = 0;
 
-    // How the set is stored inside its user. The keys differ from those of ObjectState; files
-    // depend on both.
+    // The text. Asks for no right: rights guide the members of the set.
+    std::string Note() const;
+    void Note(std::string_view text);
+
+    // Library-internal: the note's stored form.
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
 
   private:
-    using Notes = ObjectCollection<CVLUserNote>;
-
-    void Write(PropertyBagWriter& bag, const char* count_key, const char* prefix) const;
-    static std::shared_ptr<Notes> Read(PropertyBagReader& bag, const char* count_key,
-                                       const char* prefix);
-
-    std::shared_ptr<Notes> notes_ = std::make_shared<Notes>();
+    std::string text_;
 };
 
 }  // namespace tavolin

@@ -6,7 +6,7 @@
 #include "tavolin/model/navigation.h"
 #include "tavolin/model/session.h"
 #include "tavolin/model/stored_collection.h"
-#include "tavolin/model/user_note.h"
+#include "tavolin/model/user_note_set.h"
 
 namespace tavolin {
 namespace {
@@ -62,7 +62,6 @@ std::shared_ptr<CVLDBUser> CVLDBUserSet::Add(std::string_view UserName,
     return Trap(kSource, [&] {
         AskOwnership(kSource, "Create Users");
         auto user = std::make_shared<CVLDBUser>(session_);
-        if (NoteSet) user->notes_ = std::move(NoteSet);
         user->key_ = UserName;
         user->user_name_ = UserName;
         user->password_ = UserPassword;
@@ -72,6 +71,7 @@ std::shared_ptr<CVLDBUser> CVLDBUserSet::Add(std::string_view UserName,
         if (users_->Contains(UserName)) RaiseTaken(kSource);
         users_->Add(UserName, user);
         user->set_ = this;
+        if (NoteSet) user->TakeNotes(std::move(NoteSet));
         OnUserAdd.Fire(user);
         return user;
     });
@@ -83,7 +83,7 @@ void CVLDBUserSet::AddForOwners(std::shared_ptr<CVLDBUser> user) {
         if (users_->Contains(user->UserName())) RaiseTaken(kSource);
         users_->Add(user->UserName(), user);
         user->key_ = user->UserName();
-        user->session_ = session_;
+        user->JoinSession(session_);
         user->set_ = this;
     });
 }
@@ -102,7 +102,7 @@ std::shared_ptr<CVLDBUser> CVLDBUserSet::Update(IndexKey varKey, std::optional<b
         user->can_read_ = CanRead.value_or(user->can_read_);
         user->can_read_write_ = CanReadWrite.value_or(user->can_read_write_);
         user->can_delete_ = CanDelete.value_or(user->can_delete_);
-        if (NoteSet) user->notes_ = std::move(NoteSet);
+        if (NoteSet) user->TakeNotes(std::move(NoteSet));
         return user;
     });
 }
@@ -136,7 +136,8 @@ void CVLDBUserSet::Rename(const CVLDBUser& user, std::string_view name, const ch
 
 void CVLDBUserSet::JoinSession(std::shared_ptr<Session> session) {
     session_ = std::move(session);
-    users_->ForEach([this](const std::shared_ptr<CVLDBUser>& user) { user->session_ = session_; });
+    users_->ForEach(
+        [this](const std::shared_ptr<CVLDBUser>& user) { user->JoinSession(session_); });
 }
 
 std::vector<std::uint8_t> CVLDBUserSet::ObjectState() const {

@@ -17,10 +17,6 @@ std::atomic<FileSystem*>& InUse() {
     return in_use;
 }
 
-void WriteAll(File& file, ByteView bytes) {
-    while (!bytes.empty()) bytes = bytes.subspan(file.Write(bytes));
-}
-
 void CopyTail(File& from, std::uint64_t offset, File& to) {
     const std::uint64_t end = from.Size();
     while (offset < end) {
@@ -90,6 +86,10 @@ ScopedFileSystem::ScopedFileSystem(FileSystem& file_system)
 
 ScopedFileSystem::~ScopedFileSystem() { InUse() = previous_; }
 
+void WriteAll(File& file, ByteView bytes) {
+    while (!bytes.empty()) bytes = bytes.subspan(file.Write(bytes));
+}
+
 std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint64_t limit) {
     const std::uint64_t size = file.Size();
     const std::uint64_t left = size > offset ? size - offset : 0;
@@ -145,6 +145,20 @@ void FileSystem::Replace(std::string_view path, std::span<const ByteView> chunks
     file->Close();
     temporary.RenameTo(target);
     FlushFolder(SplitPath(target).dir);
+}
+
+void FileSystem::AddName(std::string_view path, std::string_view second) {
+    if (IsSameFile(path, second)) return;
+    RemoveOtherFile(second, path);
+    if (Link(path, second)) return;
+    const auto from = Open(path, FileMode::kRead);
+    const auto to = Open(second, FileMode::kWrite);
+    CopyTail(*from, 0, *to);
+    to->Close();
+}
+
+void FileSystem::RemoveOtherFile(std::string_view path, std::string_view keep) {
+    if (Exists(path) && !IsSameFile(path, keep)) Delete(path);
 }
 
 }  // namespace tavolin

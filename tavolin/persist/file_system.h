@@ -61,6 +61,9 @@ class File {
 // At most `limit` bytes from `offset` on; fewer when the file ends before.
 std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint64_t limit);
 
+// All of the bytes, in as many requests as it takes.
+void WriteAll(File& file, ByteView bytes);
+
 class FileSystem {
   public:
     virtual ~FileSystem() = default;
@@ -93,6 +96,15 @@ class FileSystem {
     void Replace(std::string_view path, std::span<const ByteView> chunks,
                  std::optional<std::uint64_t> keep_tail_from = {});
 
+    // Gives a file a second name, so that both names lead to the same bytes: nothing is done where
+    // they do already, as for names that differ in letter case alone where case does not count. A
+    // file that has the second name is deleted. Where the machine has no links, the second name is
+    // that of a copy, which does not follow later changes.
+    void AddName(std::string_view path, std::string_view second);
+    // Takes a name away from its file unless it is one of that other path's file. Neither need be
+    // there.
+    void RemoveOtherFile(std::string_view path, std::string_view keep);
+
     // The steps that the above are made of. Each is one request to the machine.
     virtual PathKind Kind(std::string_view path) = 0;  // raises nothing but invalid paths
     // False when either is missing.
@@ -110,6 +122,9 @@ class FileSystem {
     virtual void Rename(std::string_view from, std::string_view to) = 0;
     // Returns when the names in that folder ("" is the current one) are on the disk.
     virtual void FlushFolder(std::string_view folder) = 0;
+    // Makes a second name for a file. False when the machine does not, for whatever reason; nothing
+    // has happened then.
+    virtual bool Link(std::string_view path, std::string_view second) = 0;
     // An existing folder is not an error; a missing parent is.
     virtual void CreateFolder(std::string_view path) = 0;
 };

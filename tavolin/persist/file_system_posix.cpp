@@ -196,6 +196,10 @@ class PosixFileSystem final : public FileSystem {
         if (failure != 0 && !unknown) Fail("cannot flush the folder", native, failure);
     }
 
+    bool Link(std::string_view path, std::string_view second) override {
+        return ::link(NativePath(path).c_str(), NativePath(second).c_str()) == 0;
+    }
+
     void CreateFolder(std::string_view path) override {
         fs::create_directory(NativePath(WithTrailingSeparator(path)).parent_path());
     }

@@ -191,6 +191,11 @@ class WindowsFileSystem final : public FileSystem {
     // Renaming writes the folder through.
     void FlushFolder(std::string_view) override {}
 
+    bool Link(std::string_view path, std::string_view second) override {
+        return ::CreateHardLinkW(NativePath(second).c_str(), NativePath(path).c_str(), nullptr) !=
+               0;
+    }
+
     void CreateFolder(std::string_view path) override {
         const fs::path native = NativePath(path);
         if (!::CreateDirectoryW(native.c_str(), nullptr) && !FolderExists(path)) {

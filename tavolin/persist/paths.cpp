@@ -1,11 +1,33 @@
 #include "tavolin/persist/paths.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
+#include "tavolin/base/text.h"
 #include "tavolin/persist/file_system.h"
 
 namespace tavolin {
+namespace {
+
+// Blanks between the name and its extension do not count.
+bool IsDevice(std::string_view name) {
+    std::string_view stem = name.substr(0, name.find('.'));
+    stem = stem.substr(0, stem.find_last_not_of(' ') + 1);
+    for (const char* device : {"con", "prn", "aux", "nul", "conin$", "conout$"}) {
+        if (EqualFold(stem, device)) return true;
+    }
+    if (!EqualFold(stem.substr(0, 3), "com") && !EqualFold(stem.substr(0, 3), "lpt")) return false;
+    // The raised digits count as digits.
+    for (const char* number :
+         {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9", "\xC2\xB9", "\xC2\xB2", "\xC2\xB3"}) {
+        if (stem.substr(3) == number) return true;
+    }
+    return false;
+}
+
+}  // namespace
 
 std::string_view DefaultExtension() { return "cdb"; }
 
@@ -23,6 +45,15 @@ PathParts SplitPath(std::string_view path) {
     const std::size_t last = path.find_last_of("\\/");
     const std::size_t name = last == std::string_view::npos ? 0 : last + 1;
     return {std::string(path.substr(0, name)), std::string(path.substr(name))};
+}
+
+bool IsFolderName(std::string_view name) {
+    if (name.empty() || name.back() == '.' || name.back() == ' ') return false;
+    const bool possible = std::all_of(name.begin(), name.end(), [](char byte) {
+        return static_cast<std::uint8_t>(byte) >= ' ' &&
+               std::string_view("<>:\"/\\|?*").find(byte) == std::string_view::npos;
+    });
+    return possible && !IsDevice(name);
 }
 
 std::string RegistryPath() { return LibraryFolder() + "RDX.dat"; }

@@ -3,12 +3,14 @@
 #include <string>
 
 #include "tavolin/base/code_page.h"
-#include "tavolin/persist/file_system.h"
+#include "tavolin/base/text.h"
 
 namespace tavolin {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+// What comes together before it is written: large enough that the number of requests costs nothing.
+constexpr std::size_t kWriteStep = std::size_t{1} << 20;
 
 ByteView Bytes(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -32,8 +34,31 @@ void RewriteAsUtf8(FileSystem& files, std::string_view path, std::string_view ad
 
 }  // namespace
 
-void WriteTextFile(std::string_view path, std::string_view text) {
-    FileSystem::Current().Write(path, Bytes(EncodeTextFile(text)));
+TextEncoding EncodingFor(std::string_view text) {
+    return FitsAnsi(text) ? TextEncoding::kAnsi : TextEncoding::kUtf8;
+}
+
+TextFileWriter::TextFileWriter(std::string_view path, TextEncoding encoding)
+    : encoding_(encoding), file_(FileSystem::Current().Open(path, FileMode::kWrite)) {
+    if (encoding_ == TextEncoding::kUtf8) text = kByteOrderMark;
+}
+
+void TextFileWriter::Pause() {
+    if (text.size() >= kWriteStep) Write();
+}
+
+void TextFileWriter::Close() {
+    Write();
+    file_->Close();
+}
+
+void TextFileWriter::Write() {
+    if (encoding_ == TextEncoding::kUtf8 || IsAscii(text)) {
+        WriteAll(*file_, Bytes(text));
+    } else {
+        WriteAll(*file_, Bytes(EncodeAnsiWithReferences(text)));
+    }
+    text.clear();
 }
 
 void AppendTextFile(std::string_view path, std::string_view text) {

@@ -160,6 +160,13 @@ TEST(CompareCodeUnitsTest, IsTheOrderOfUtf16) {
         const int got = CompareCodeUnits(a, b);
         ASSERT_EQ(got < 0, expected < 0) << a << " | " << b;
         ASSERT_EQ(got > 0, expected > 0) << a << " | " << b;
+        // The bytes to sort by keep that order, joined or not.
+        std::string x, y;
+        for (const auto& part : {start, a}) AppendSortBytes(part, x);
+        for (const auto& part : {start, b}) AppendSortBytes(part, y);
+        const int folded = CompareCodeUnits(Fold(a), Fold(b));
+        ASSERT_EQ(x.compare(y) < 0, folded < 0) << a << " | " << b;
+        ASSERT_EQ(x.compare(y) > 0, folded > 0) << a << " | " << b;
     }
 }
 

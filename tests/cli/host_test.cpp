@@ -244,6 +244,25 @@ TEST_F(HostTest, ARefusedImportNamesThePlaceAndChangesNothing) {
     }
 }
 
+TEST_F(HostTest, NotesAreTheOwnersAlone) {
+    MakeShop();
+    ASSERT_EQ(0, Run("shop add-user bob --read --write --delete --no-password").status);
+    const char* const added = "note add --user bob one two --number 7\nnote add --user BOB x\n";
+    EXPECT_EQ(0, Run("shop", std::string(added) + "note add mine\nsave\n").status);
+    EXPECT_EQ(0, Run("shop note set '#2' three --user bob").status);
+    const std::string notes = Run("--format csv --no-header shop notes bob").out;
+    EXPECT_NE(notes.npos, notes.find(",7,one two\n")) << notes;
+    const std::string first = "'" + notes.substr(0, notes.find(',')) + "'";
+    EXPECT_EQ(1, Run("shop note remove --user bob " + first).status) << "without --yes";
+    EXPECT_EQ(0, Run("shop note remove --user bob --yes " + first).status);
+    EXPECT_EQ(notes.substr(notes.find('\n') + 1),
+              Run("--format csv --no-header shop notes bob").out);
+    EXPECT_TRUE(notes.ends_with(",2,three\n")) << notes;
+    EXPECT_NE(std::string::npos, Run("--format csv shop notes").out.find(",1,mine\n"));
+    const std::string refusal = Run("--user bob shop notes", "", "TAVOLIN_PASSWORD=").err;
+    EXPECT_NE(refusal.npos, refusal.find("bob Is Not The DataBase Owner")) << refusal;
+}
+
 TEST_F(HostTest, LogSwitchesKeepTheOthers) {
     MakeShop();
     ASSERT_EQ(0, Run("shop log on record-add linking").status);

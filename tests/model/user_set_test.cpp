@@ -1,7 +1,7 @@
 #include "tavolin/model/user_set.h"
 
-#include "tavolin/model/user_note.h"
-#include "tavolin/persist/property_bag.h"
+#include "tavolin/base/clock.h"
+#include "tavolin/model/user_note_set.h"
 #include "tests/support/expect_error.h"
 
 namespace tavolin {
@@ -114,12 +114,7 @@ TEST_F(UserSetTest, ComparesPasswords) {
 
 TEST_F(UserSetTest, ComesBackFromItsState) {
     const auto notes = std::make_shared<CVLUserNoteSet>();
-    PropertyBagWriter note_bag;
-    note_bag.Write("RecordsCount", 1);
-    note_bag.WriteSeries("Record", 1, [&](std::size_t) {
-        CVLUserNote{"31.12.2024 23:59:59", -7, "caf\xC3\xA9"}.WriteProperties(note_bag);
-    });
-    notes->ObjectState(std::move(note_bag).Finish());
+    notes->Add(MakeDate(2024, 12, 31, 23, 59, 59), -7, "caf\xC3\xA9");
     const auto bob =
         users_->Add("bob", "Pass\xE2\x82\xAC\xF0\x9F\x98\x80", true, false, true, notes);
     bob->UserFullName("Bob \xC3\x89");
@@ -140,7 +135,7 @@ TEST_F(UserSetTest, ComesBackFromItsState) {
     EXPECT_TRUE(again->UserDisabled() && again->CanRead() && again->CanDelete());
     const auto note = again->CVLUserNoteSet()->NewEnum().Next();
     ASSERT_NE(note, nullptr);
-    EXPECT_EQ(note->dateKey + note->Note, "31.12.2024 23:59:59caf\xC3\xA9");
+    EXPECT_EQ(note->dateKey + note->Note(), "12/31/2024 11:59:59 PMcaf\xC3\xA9");
     EXPECT_EQ(note->nKey, -7);
     EXPECT_EQ(loaded.ObjectState(), state);
     ExpectDamageRefused(state, [&](const auto& damaged) { loaded.ObjectState(damaged); });

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <random>
@@ -73,8 +72,7 @@ Bytes Sealed(Bytes bytes) {
 }
 
 TEST(PropertyBag, HasTheDocumentedBytes) {
-    const auto root = std::filesystem::path(__FILE__).parent_path() / ".." / "..";
-    std::ifstream file(root / "docs" / "file-format.md");
+    std::ifstream file(TAVOLIN_SOURCE_DIR "/docs/file-format.md");
     ASSERT_TRUE(file);
     // The example's lines are "    offset  byte byte ...  | what they are".
     Bytes documented;

@@ -38,6 +38,8 @@ class FailingFileSystem final : public FileSystem {
     }
     // Writes take no more than this at once.
     void LimitWrites(std::size_t bytes) { write_limit_ = bytes; }
+    // As on a disk without links.
+    void RefuseLinks() { links_ = false; }
     // The names of the calls since the last FailCall, as "open", "write", "rename".
     const std::vector<std::string>& calls() const { return calls_; }
     bool failed() const { return nth_ != 0 && calls_.size() >= nth_; }
@@ -70,6 +72,10 @@ class FailingFileSystem final : public FileSystem {
     void FlushFolder(std::string_view folder) override {
         Count("flush folder", folder);
         real_.FlushFolder(folder);
+    }
+    bool Link(std::string_view path, std::string_view second) override {
+        Count("link", second);
+        return links_ && real_.Link(path, second);
     }
     void CreateFolder(std::string_view path) override {
         Count("create folder", path);
@@ -126,6 +132,7 @@ class FailingFileSystem final : public FileSystem {
     std::size_t nth_ = 0;
     int code_ = EIO;
     bool for_good_ = false;
+    bool links_ = true;
     std::size_t write_limit_ = static_cast<std::size_t>(-1);
 };
 

@@ -1,0 +1,206 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+
+#include "tests/support/engine_state.h"
+
+namespace tavolin {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kBreaks = "<br><br><br><br><br><br><br><br><br><br><br><br>";
+const std::string kMeta = "<meta charset='windows-1252'>\r\n";
+const std::string kHead =
+    "<html>\r\n<head><link href = '..\\TavolinStyleSheet.css' rel = 'stylesheet' type = 'text/css'>"
+    "</head>\r\n<body>" +
+    kMeta;
+
+// An order of a customer's, and a field of each kind.
+class HtmlExportTest : public EngineTest {
+  protected:
+    HtmlExportTest() {
+        orders_ = engine_.CreateNewPrimaryTable("Orders", {"ID", "Buyer", "Note", "", "Left"}, 0);
+        engine_.CreateNewPrimaryTable("Buyers", {"ID", "Name"}, 0);
+        engine_.LinkTables("Orders", 1, "Buyers");
+        engine_.AddRecord("Orders", 1, {"o1", "b7", "a <b> Ł€😀\xFF\xED\xA0\x80", "hidden"});
+    }
+    std::string Site(std::string_view name) const { return folder_ / "shop\\" + std::string(name); }
+    std::string Read(std::string_view name) const { return Contents(Site(name)); }
+    // The files of the site, by their paths in it.
+    std::set<std::string> Files() const {
+        std::set<std::string> names;
+        const fs::path root = folder_.path() / "shop";
+        for (const auto& entry : fs::recursive_directory_iterator(root)) {
+            if (entry.is_regular_file()) names.insert(fs::relative(entry, root).generic_string());
+        }
+        return names;
+    }
+    void Publish() { engine_.MakeItHTML(FolderPath()); }
+
+    std::shared_ptr<CVLTable> orders_;
+};
+
+std::string Record(const std::string& key, const std::string& rows) {
+    return "<p><a name ='" + key + "'>1</a><br>\r\n<TABLE>" + rows + "</TABLE></p>" + kBreaks +
+           "\r\n\r\n";
+}
+
+std::string OrderRows(const std::string& path, const std::string& note) {
+    return "\r\n<tr><td>ID:</td><td>o1</td></tr>"
+           "\r\n<tr><td>Buyer:</td><td><a target = 'inlineRecords' href = '" +
+           path + "\\Buyers\\records.htm#b7'>b7</a></td></tr>\r\n<tr><td>Note:</td><td>" + note +
+           "</td></tr>\r\n<tr><td>Left:</td><td>NULL</td></tr>";
+}
+
+TEST_F(HtmlExportTest, RendersRecordsWithTheirLinks) {
+    const auto records = orders_->CVLRecordSet();
+    const std::string note(engine_.GetRecord("Orders", 1)->prop(2));
+    EXPECT_EQ(orders_->MakeItHTML("C:\\a\\", "b"), " " + Record("o1", OrderRows("C:\\a\\b", note)));
+    engine_.GetRecord("Orders", 1)->prop(1, "");
+    EXPECT_EQ(records->MakeItHTML("", "", orders_, {"", "B"}),
+              " " + Record("o1", "\r\n<tr><td>B:</td><td>NULL</td></tr>"));
+    ExpectError(kObjectNotSet, "CVLRecordSet:MakeItHTML Method", GetErrorMessage(kObjectNotSet),
+                [&] { records->MakeItHTML("", "", nullptr, {"ID"}); });
+    EXPECT_EQ(orders_->Find("nowhere")->MakeItHTML("", ""), " ");
+}
+
+TEST_F(HtmlExportTest, WritesTheSite) {
+    Publish();
+    const std::set<std::string> published = {"TavolinStyleSheet.css", "Title.htm", "shop.htm",
+                                             "title.htm"};
+    auto expected = published;
+    for (const std::string table : {"Orders/", "Buyers/"}) {
+        for (const char* name : {"index.htm", "Contents.htm", "contents.htm", "Records.htm",
+                                 "records.htm", "InlineFrameRecords.htm", "inlineFrameRecords.htm"})
+            expected.insert(table + name);
+    }
+    EXPECT_EQ(Files(), expected);
+    EXPECT_EQ(Read("Orders\\Records.htm"),
+              kHead +
+                  "<p><center  name = 'Top'><br><br><br><br>\r\n<h1>Orders Records</h1></center>"
+                  "<hr><br><br><br><br><br><br><br>\r\n\r\n</p>\r\n<p> " +
+                  Record("o1", OrderRows("..", "a <b> &#321;\x80&#128512;&#65533;&#65533;")) +
+                  "</p>\r\n" + kBreaks +
+                  "<br><br><br><hr>\r\n<p>Published by Tavolin</p>\r\n</body>\r\n</html>");
+    EXPECT_EQ(Read("Orders\\Contents.htm"),
+              kHead +
+                  "<p><a target = '_top' href = '..\\Orders\\index.htm'>Orders</a>\r\n<br>"
+                  "<a target = '_top' href = '..\\Buyers\\index.htm'>Buyers</a>\r\n<br></p>\r\n"
+                  "<p>Available 1 Records In Orders<br>\r\n"
+                  "<select style = 'background-color: black; color: white' size = '14' onChange = "
+                  "'if(options[selectedIndex].value) "
+                  "parent.inlineFrameRecords.document.inlineRecords.location.href = "
+                  "(options[selectedIndex].value)' >\r\n"
+                  "<option value ='records.htm#o1'>o1 b7</option>\r\n</select><br><br></p>\r\n"
+                  "</body>\r\n</html>");
+    EXPECT_NE(Read("Buyers\\Contents.htm").find("'records.htm#b7'>b7</option>"), std::string::npos);
+    EXPECT_EQ(Read("Orders\\InlineFrameRecords.htm"),
+              "<html>\r\n<body bgcolor = 'black'>" + kMeta +
+                  "<center><iframe src = '.\\records.htm' name = 'inlineRecords' "
+                  "width = '600' height ='300' frameborder = 'no'  scrolling = 'no' align = middle>"
+                  "Your browser cannot display inline frames.</iframe></center>\r\n"
+                  "</body>\r\n</html>");
+    const auto frames = [](const std::string& title, const std::string& folder) {
+        return "<html>\r\n<head>\r\n" + kMeta +
+               "<title>Tavolin Web DataBase</title>\r\n<meta name='generator' content='Tavolin'>"
+               "\r\n<link rel='icon' href='data:,'>\r\n</head>\r\n"
+               "<frameset rows ='24%,76%'  border=0>\r\n<frame name = title src = '" +
+               title + "\\title.htm' noresize >\r\n<frameset cols ='25%,75%'>\r\n" +
+               "<frame name = contents src = '" + folder + "\\contents.htm'>\r\n" +
+               "<frame name = inlineFrameRecords src = '" + folder +
+               "\\inlineFrameRecords.htm'>\r\n</frameset>\r\n</frameset>\r\n"
+               "<NoFrames>Your browser cannot display frames.</NoFrames>\r\n</html>";
+    };
+    EXPECT_EQ(Read("shop.htm"), frames(".", ".\\Orders"));
+    EXPECT_EQ(Read("Buyers\\index.htm"), frames("..", "."));
+}
+
+// No name gets as far as the first folder unless all of them can.
+TEST_F(HtmlExportTest, RefusesNamesThatAreNoFolders) {
+    const auto publish = [&](const std::string& name) {
+        return ErrorNumber([&] { engine_.MakeItHTML(FolderPath(), name); });
+    };
+    const char* impossible[] = {
+        ".",  "..", "a/b",  "..\\a", "C:",    "a?",   "a<b",      "a|b",         "a\"",     "a*",
+        "a.", "a ", "a\nb", "con",   "Nul.x", "LPT1", "com9.htm", "COM\xC2\xB2", "aux .txt"};
+    for (const char* name : impossible) EXPECT_EQ(publish(name), kBadFileName) << name;
+    const auto table = engine_.GetTable("Buyers");
+    for (const char* name : impossible) {
+        table->Key(name);
+        EXPECT_EQ(publish("site"), kBadFileName) << name;
+    }
+    for (const char* name : {"TITLE.HTM", "tavolinstylesheet.css", "Site.htm"}) {
+        table->Key(name);
+        EXPECT_EQ(publish("site"), kBadFileName) << name;
+    }
+    engine_.DBName(".cdb");
+    EXPECT_EQ(publish(""), kBadFileName);
+    EXPECT_TRUE(fs::is_empty(folder_.path()));
+    for (const char* name : {"...a", "com", "com10", "conx.txt", "a b", "Łódź", "lptx"}) {
+        table->Key(name);
+        EXPECT_EQ(publish(name), 0) << name;
+    }
+    for (const auto& [name, page] : {std::pair("My.CDB", "My/My.htm"),
+                                     {"x.db", "x.db/x.db.htm"},
+                                     {"a.cdb.old", "a.old/a.htm.old.htm"}}) {
+        engine_.DBName(name);
+        EXPECT_EQ(publish(""), 0);
+        EXPECT_TRUE(fs::exists(folder_.path() / page)) << page;
+    }
+}
+
+// The names that links use lead to what the last export wrote, whatever was there and whatever
+// fails; also where files cannot have two names.
+TEST_F(HtmlExportTest, LeavesNoLinkStale) {
+    orders_->LinkedTable(1, "BUYERS");
+    const auto buyer = engine_.GetRecord("Buyers", 1);
+    const std::pair<const char*, const char*> names[] = {
+        {"Buyers\\Records.htm", "Buyers\\records.htm"},
+        {"Buyers\\Records.htm", "BUYERS\\records.htm"},
+        {"Buyers\\Contents.htm", "Buyers\\contents.htm"},
+        {"Orders\\InlineFrameRecords.htm", "Orders\\inlineFrameRecords.htm"},
+        {"Title.htm", "title.htm"}};
+    for (const bool links : {true, false, true}) {
+        FailingFileSystem files;
+        if (!links) files.RefuseLinks();
+        const ScopedFileSystem scope(files);
+        buyer->prop(1, links ? "linked" : "copied");
+        Publish();
+        for (const auto& [name, alias] : names) EXPECT_EQ(Read(alias), Read(name)) << alias;
+        EXPECT_EQ(files.IsSameFile(Site("Title.htm"), Site("title.htm")), links);
+        for (const auto& [name, alias] : names) MachineFileSystem().Delete(Site(alias));
+    }
+    FileSystem& real = MachineFileSystem();
+    const std::size_t failures = FailEachCall(
+        [&] {
+            for (const auto& [name, alias] : names) {
+                for (const char* path : {name, alias}) {
+                    if (real.Exists(Site(path))) real.Delete(Site(path));
+                    real.Write(Site(path), {});
+                }
+            }
+            Publish();
+        },
+        [&](const std::string& call, bool threw) {
+            EXPECT_TRUE(threw) << call;
+            for (const auto& [name, alias] : names) {
+                const bool fresh = !real.Exists(Site(alias)) || Read(alias) == Read(name);
+                EXPECT_TRUE(fresh) << alias << " after failing to " << call;
+            }
+        });
+    EXPECT_GT(failures, 40u);
+}
+
+TEST_F(HtmlExportTest, PublishesADatabaseWithoutTables) {
+    engine_.DeleteTable("Orders");
+    Publish();
+    EXPECT_EQ(Files(), (std::set<std::string>{"Contents.htm", "InlineFrameRecords.htm",
+                                              "TavolinStyleSheet.css", "Title.htm", "contents.htm",
+                                              "inlineFrameRecords.htm", "shop.htm", "title.htm"}));
+    EXPECT_NE(Read("shop.htm").find("src = '.\\contents.htm'"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tavolin

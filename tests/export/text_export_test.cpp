@@ -1,0 +1,182 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/support/engine_state.h"
+
+namespace tavolin {
+namespace {
+
+namespace fs = std::filesystem;
+
+class TextExportTest : public EngineTest {
+  protected:
+    TextExportTest() {
+        people_ = engine_.CreateNewPrimaryTable("People", {"Name", "Age"});
+        engine_.AddRecord("People", 1, {"Ann", "", "hidden"});
+        engine_.AddRecord("People", 2, {"B:\r\n\"o\"", "7"});
+        engine_.CreateNewPrimaryTable("Empty", {"ID"});
+    }
+    std::string File(std::string_view name) const { return folder_ / name; }
+    bool There(std::string_view name) const { return FileSystem::Current().Exists(File(name)); }
+    // What the engine writes, without its quotation marks and line break.
+    std::string Written() {
+        engine_.MakeItText(FolderPath());
+        const std::string text = Contents(File("shop.txt"));
+        const std::size_t mark = text.find('"');
+        EXPECT_EQ(text.substr(text.size() - 3), "\"\r\n");
+        return text.substr(0, mark) + text.substr(mark + 1, text.size() - mark - 4);
+    }
+
+    std::shared_ptr<CVLTable> people_;
+};
+
+TEST_F(TextExportTest, RendersRecordsTablesAndSets) {
+    const std::string people =
+        " \r\n1\r\nName: Ann\r\nAge: NULL\r\n\r\n"
+        "\r\n2\r\nName: B:\r\n\"o\"\r\nAge: 7\r\n\r\n";
+    EXPECT_EQ(people_->MakeItText(), people);
+    EXPECT_EQ(people_->Find("7")->MakeItText(), " \r\n1\r\nName: B:\r\n\"o\"\r\nAge: 7\r\n\r\n");
+    EXPECT_EQ(people_->CVLRecordSet()->MakeItText({"", "", "Secret"}),
+              " \r\n1\r\nSecret: hidden\r\n\r\n\r\n2\r\nSecret: NULL\r\n\r\n");
+    EXPECT_EQ(engine_.GetTable("Empty")->MakeItText(), " ");
+    engine_.AddRecord("Empty", 1, {"x"});
+    const std::string all =
+        " People\r\n" + people + "\r\n\r\nEmpty\r\n \r\n1\r\nID: x\r\n\r\n\r\n\r\n";
+    EXPECT_EQ(engine_.CVLTableSet()->MakeItText(), all);
+    EXPECT_EQ(Written(), all);
+    EXPECT_EQ(CVLTableSet().MakeItText(), " ");
+}
+
+TEST_F(TextExportTest, NamesTheFile) {
+    const struct {
+        const char* database;
+        const char* name;
+        const char* file;
+    } cases[] = {{"Shop.CDB", "", "Shop.txt"},
+                 {"shop.cdb", "report", "reporttxt"},
+                 {"shop.cdb", "SHOP.cdb", "shop.txt"},
+                 {"shop.cdb", "r.cdb", "r.cdbtxt"},
+                 {"cDbx.cdb.cdb.old", "", "x...oldtxt"}};
+    for (const auto& test : cases) {
+        engine_.DBName(test.database);
+        engine_.MakeItText(FolderPath() + "\\", test.name);
+        EXPECT_TRUE(There(test.file)) << test.file;
+        if (There(test.file)) FileSystem::Current().Delete(File(test.file));
+    }
+}
+
+// Wherever in the text the one character stands that decides.
+TEST_F(TextExportTest, ChoosesTheEncodingForTheWholeText) {
+    const std::string long_text(std::size_t{3} << 20, 'x');
+    const auto record = engine_.GetRecord("People", 1);
+    const auto expect = [&](bool ansi, const std::string& of, const std::string& character) {
+        const std::string text = Written();
+        EXPECT_EQ(text.substr(0, 3) == "\xEF\xBB\xBF", !ansi) << of;
+        EXPECT_NE(text.find(of + character), std::string::npos) << of;
+        people_->PrintToFile(engine_.CVLTableSet()->MakeItText(), File("printed.txt"));
+        EXPECT_TRUE(Contents(File("printed.txt")) == Contents(File("shop.txt"))) << of;
+    };
+    record->prop(1, "5 €");
+    expect(true, "Age: 5 ", "\x80");
+    record->prop(2, "Ł");
+    expect(true, "Age: 5 ", "\x80");
+    record->prop(0, long_text + "é");
+    expect(true, long_text, "\xE9");
+    record->prop(0, long_text + "Ł");
+    expect(false, long_text, "Ł");
+    record->prop(0, "\xFF");
+    expect(false, "Name: ", "\xFF");
+    record->prop(0, "Ann");
+    people_->FieldLabel(1, "Łata");
+    expect(false, "\r\n", "Łata: 5 €");
+    people_->FieldLabel(1, "Age");
+    people_->Key("Ludzie Ł");
+    expect(false, " Ludzie ", "Ł");
+}
+
+TEST_F(TextExportTest, AsksForARightToRead) {
+    const auto records = people_->CVLRecordSet();
+    const auto tables = engine_.CVLTableSet();
+    const std::string site = File("site"), text = File("texttxt");
+    ExpectAsks({
+        {ToRead, "CVLRecordSet:MakeItText Method", [&] { records->MakeItText({"A"}); }},
+        {ToRead, "CVLTable:MakeItText Method", [&] { people_->MakeItText(); }},
+        {ToRead, "CVLTableSet:MakeItText Method", [&] { tables->MakeItText(); }},
+        {ToRead, "CVLRecordSet:MakeItHTML Method",
+         [&] { records->MakeItHTML("", "", people_, {"A"}); }},
+        {ToRead, "CVLTable:MakeItHTML Method", [&] { people_->MakeItHTML("", ""); }},
+        {ToRead, "CVLTableSet:MakeItHTML Method", [&] { tables->MakeItHTML(FolderPath(), "a"); }},
+        {Undefined, "CVLTable:printToFile Method", [&] { people_->PrintToFile("x", text); }},
+    });
+    fs::remove_all(NativePath(File("a")));
+    fs::remove(NativePath(text));
+    ExpectAsks({{ToRead, "CVLDBEngine:MakeItText Method",
+                 [&] { engine_.MakeItText(FolderPath(), "text"); }},
+                {ToRead, "CVLDBEngine:MakeItHTML Method",
+                 [&] { engine_.MakeItHTML(FolderPath(), "site"); }}});
+    engine_.MakeItText(FolderPath(), "text");
+    fs::remove_all(NativePath(site));
+    fs::remove(NativePath(text));
+    ActWith(Undefined);
+    EXPECT_THROW(engine_.MakeItText(FolderPath(), "text"), Error);
+    EXPECT_THROW(engine_.MakeItHTML(FolderPath(), "site"), Error);
+    EXPECT_FALSE(There("texttxt") || There("site"));
+}
+
+TEST_F(TextExportTest, NeverWritesOntoTheOpenDatabase) {
+    const std::string folder = FolderPath();
+    const auto print = [&](std::string_view path) {
+        return ErrorNumber([&] { engine_.CVLTableSet()->PrintToFile("x", path); });
+    };
+    EXPECT_EQ(print(File("shop.log")), 0);  // not the log of anything before it is written
+    FileSystem::Current().Delete(File("shop.log"));
+    engine_.SaveDB();
+    fs::create_hard_link(NativePath(File("shop.cdb")), NativePath(File("hardtxt")));
+    fs::create_directory(NativePath(File("site")));
+    fs::create_symlink(NativePath(File("shop.log")), NativePath(File("site\\title.htm")));
+    const std::string database = Contents(File("shop.cdb")), log = Contents(File("shop.log"));
+    const auto records = people_->CVLRecordSet();
+    for (const char* name : {"shop.cdb", ".\\shop.cdb", "site/..//shop.cdb", "hardtxt", "shop.log",
+                             "site\\title.htm"}) {
+        EXPECT_EQ(print(File(name)), kFileExists) << name;
+    }
+    const std::string text(GetErrorMessage(kFileExists));
+    const std::pair<const char*, std::function<void()>> members[] = {
+        {"CVLRecordSet:printToFile Method", [&] { records->PrintToFile("x", File("shop.cdb")); }},
+        {"CVLTable:printToFile Method", [&] { people_->PrintToFile("x", File("shop.cdb")); }},
+        {"CVLDBEngine:MakeItText Method", [&] { engine_.MakeItText(folder, "hard"); }},
+        {"CVLDBEngine:MakeItHTML Method", [&] { engine_.MakeItHTML(folder, "site"); }},
+    };
+    for (const auto& [source, body] : members) ExpectError(kFileExists, source, text, body);
+    EXPECT_FALSE(There("site\\People"));
+    EXPECT_EQ(Contents(File("shop.log")), log);
+    // A tree that has been replaced leaves the new one's files alone, and has no name.
+    const auto old_tables = engine_.CVLTableSet();
+    engine_.LoadDB(File("shop.cdb"));
+    EXPECT_EQ(ErrorNumber([&] { old_tables->PrintToFile("x", File("shop.cdb")); }), kFileExists);
+    EXPECT_EQ(ErrorNumber([&] { CVLTableSet().MakeItHTML(folder); }), 0);
+    EXPECT_EQ(Contents(File("shop.cdb")), database);
+}
+
+TEST_F(TextExportTest, TellsWhatTheMachineRefuses) {
+    ExpectError(kPathNotFound, "CVLDBEngine:MakeItText Method", GetErrorMessage(kPathNotFound),
+                [&] { engine_.MakeItText(File("none")); });
+    ExpectError(kPathNotFound, "CVLTableSet:printToFile Method", GetErrorMessage(kPathNotFound),
+                [&] { engine_.CVLTableSet()->PrintToFile("x", File("none\\x")); });
+    ExpectError(kPathNotFound, "CVLDBEngine:MakeItHTML Method", GetErrorMessage(kPathNotFound),
+                [&] { engine_.MakeItHTML(File("none")); });
+    const std::string whole = Written();
+    const std::size_t failures =
+        FailEachCall([&] { engine_.MakeItText(FolderPath()); },
+                     [&](const std::string& call, bool threw) {
+                         EXPECT_TRUE(threw) << call;
+                         const std::string left = Contents(File("shop.txt"));
+                         EXPECT_EQ(left, ('"' + whole + "\"\r\n").substr(0, left.size())) << call;
+                     },
+                     ENOSPC);
+    EXPECT_EQ(failures, 3u);  // open, write, close
+}
+
+}  // namespace
+}  // namespace tavolin
