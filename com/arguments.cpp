@@ -18,7 +18,7 @@ std::shared_ptr<void> Behind(IUnknown* object, const ClassRow& row) {
     return core;
 }
 
-void Check(HRESULT result) {
+void CheckConversion(HRESULT result) {
     if (result == DISP_E_OVERFLOW) throw Error(kOverflow);
     if (FAILED(result)) RaiseMismatch();
 }
@@ -34,7 +34,7 @@ std::shared_ptr<void> CoreBehind(IUnknown* object, const ClassRow& row) {
 Argument::Argument(const VARIANT& variant) 
     : value_(const_cast<VARIANT*>(&Dereferenced(variant))) {
     if ((value_->vt & VT_BYREF) != 0) {
-        Check(::VariantCopyInd(&copy_, value_));
+        CheckConversion(::VariantCopyInd(&copy_, value_));
         value_ = &copy_;
     }
     if (IsName()) text_ = Utf8(value_->bstrVal);
@@ -63,7 +63,7 @@ std::int64_t Argument::Number() const {
             RaiseMismatch();
         default:
             VARIANT number{};
-            Check(::VariantChangeType(&number, value_, 0, VT_I8));
+            CheckConversion(::VariantChangeType(&number, value_, 0, VT_I8));
             return number.llVal;
     }
 }
@@ -105,7 +105,7 @@ UserArgument Argument::User() const {
 std::optional<bool> Argument::Flag() const {
     if (!given()) return std::nullopt;
     VARIANT flag{};
-    Check(::VariantChangeType(&flag, value_, 0, VT_BOOL));
+    CheckConversion(::VariantChangeType(&flag, value_, 0, VT_BOOL));
     return flag.boolVal != VARIANT_FALSE;
 }
 

@@ -255,23 +255,53 @@ class EngineObject : public Object<CVLDBEngine> {
     }
 
     // Catalog arrays.
-    STDMETHODIMP GetArrayOwners(SAFEARRAY**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetArrayOwnedDBs(BSTR, SAFEARRAY**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetArrayTables(BSTR, SAFEARRAY**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetArrayFields(BSTR, SAFEARRAY**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetArrayRecords(BSTR, SAFEARRAY**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetArrayAttachments(BSTR, BSTR, SAFEARRAY**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetArrayUsers(BSTR, SAFEARRAY**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetArrayOwners(SAFEARRAY** result) override {
+        return Return(result, [&] { return core().GetArrayOwners(); });
+    }
+    STDMETHODIMP GetArrayOwnedDBs(BSTR forOwnerName, SAFEARRAY** result) override {
+        return Return(result, [&] { return core().GetArrayOwnedDBs(Utf8(forOwnerName)); });
+    }
+    STDMETHODIMP GetArrayTables(BSTR forDBPathName, SAFEARRAY** result) override {
+        return Return(result, [&] { return core().GetArrayTables(Utf8(forDBPathName)); });
+    }
+    STDMETHODIMP GetArrayFields(BSTR forTableName, SAFEARRAY** result) override {
+        return Return(result, [&] { return core().GetArrayFields(Utf8(forTableName)); });
+    }
+    STDMETHODIMP GetArrayRecords(BSTR forTableName, SAFEARRAY** result) override {
+        return Return(result, [&] { return core().GetArrayRecords(Utf8(forTableName)); });
+    }
+    STDMETHODIMP GetArrayAttachments(BSTR forTableName, BSTR forRecordKey,
+                                     SAFEARRAY** result) override {
+        return Return(result, [&] {
+            return core().GetArrayAttachments(Utf8(forTableName), Utf8(forRecordKey));
+        });
+    }
+    STDMETHODIMP GetArrayUsers(BSTR forDBPathName, SAFEARRAY** result) override {
+        return Return(result, [&] { return core().GetArrayUsers(Utf8(forDBPathName)); });
+    }
 
     // Observers.
-    STDMETHODIMP AddObserver(::_IUpdater**, BSTR) override { return E_NOTIMPL; }
-    STDMETHODIMP NotifyObservers() override { return E_NOTIMPL; }
-    STDMETHODIMP RemoveObserver(BSTR) override { return E_NOTIMPL; }
-    STDMETHODIMP ObserversCount(LONG*) override { return E_NOTIMPL; }
+    STDMETHODIMP AddObserver(::_IUpdater** observer, BSTR forUser) override {
+        return Call([&] { core().AddObserver(HostUpdater::Before(*observer), Utf8(forUser)); },
+                    observer);
+    }
+    STDMETHODIMP NotifyObservers() override {
+        return Call([&] { core().NotifyObservers(); });
+    }
+    STDMETHODIMP RemoveObserver(BSTR forUser) override {
+        return Call([&] { core().RemoveObserver(Utf8(forUser)); });
+    }
+    STDMETHODIMP ObserversCount(LONG* result) override {
+        return Return(result, [&] { return core().ObserversCount(); });
+    }
 
     // Exports.
-    STDMETHODIMP MakeItText(BSTR, BSTR) override { return E_NOTIMPL; }
-    STDMETHODIMP MakeItHTML(BSTR, BSTR) override { return E_NOTIMPL; }
+    STDMETHODIMP MakeItText(BSTR DirPath, BSTR FileName) override {
+        return Call([&] { core().MakeItText(Utf8(DirPath), Utf8(FileName)); });
+    }
+    STDMETHODIMP MakeItHTML(BSTR DirPath, BSTR FileName) override {
+        return Call([&] { core().MakeItHTML(Utf8(DirPath), Utf8(FileName)); });
+    }
     STDMETHODIMP MakeItMDB(BSTR, BSTR) override { return E_NOTIMPL; }
 
     TAVOLIN_EVENTS(core().OnDBCreation, core().OnDBDeletion, core().OnOwnerChange,

@@ -5,12 +5,7 @@
 
 #include "com/platform.h"
 #include "tavolin/engine/engine.h"
-#include "tavolin/model/user_note.h"
 #include "tavolin/model/updater.h"
-
-namespace tavolin {
-class CVLUserNoteSet;
-}
 
 namespace tavolin::com {
 

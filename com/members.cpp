@@ -11,13 +11,13 @@
 namespace tavolin::com {
 namespace {
 
-void Check(HRESULT result) {
+void CheckLibrary(HRESULT result) {
     if (FAILED(result)) throw Error(result, "Tavolin", Message("The type library is damaged"));
 }
 
 class Attributes {
   public:
-    explicit Attributes(ITypeInfo* info) : info_(info) { Check(info->GetTypeAttr(&attributes_)); }
+    explicit Attributes(ITypeInfo* info) : info_(info) { CheckLibrary(info->GetTypeAttr(&attributes_)); }
     ~Attributes() { info_->ReleaseTypeAttr(attributes_); }
     Attributes(const Attributes&) = delete;
     Attributes& operator=(const Attributes&) = delete;
@@ -33,14 +33,14 @@ Ref<ITypeInfo> TableView(REFIID iid) {
     const auto face = DescriptionOf(iid);
     HREFTYPE handle = 0;
     Ref<ITypeInfo> table;
-    Check(face->GetRefTypeOfImplType(static_cast<UINT>(-1), &handle));
-    Check(face->GetRefTypeInfo(handle, table.slot()));
+    CheckLibrary(face->GetRefTypeOfImplType(static_cast<UINT>(-1), &handle));
+    CheckLibrary(face->GetRefTypeInfo(handle, table.slot()));
     return table;
 }
 
 void ReadNamedType(ITypeInfo* info, HREFTYPE handle, Parameter& parameter) {
     Ref<ITypeInfo> named;
-    Check(info->GetRefTypeInfo(handle, named.slot()));
+    CheckLibrary(info->GetRefTypeInfo(handle, named.slot()));
     const Attributes attributes(named.get());
     parameter.guid = attributes->guid;
     switch (attributes->typekind) {
@@ -95,7 +95,7 @@ Parameter ReadParameter(ITypeInfo* info, const ELEMDESC& element) {
 
 Ref<ITypeInfo> DescriptionOf(REFGUID guid) {
     Ref<ITypeInfo> info;
-    Check(OwnTypeLibrary()->GetTypeInfoOfGuid(guid, info.slot()));
+    CheckLibrary(OwnTypeLibrary()->GetTypeInfoOfGuid(guid, info.slot()));
     return info;
 }
 
@@ -104,7 +104,7 @@ Members::Members(REFIID iid) {
     const Attributes attributes(table.get());
     for (UINT i = 0; i < attributes->cFuncs; ++i) {
         FUNCDESC* function = nullptr;
-        Check(table->GetFuncDesc(i, &function));
+        CheckLibrary(table->GetFuncDesc(i, &function));
         const std::unique_ptr<FUNCDESC, std::function<void(FUNCDESC*)>> guard(
             function, [&](FUNCDESC* it) { table->ReleaseFuncDesc(it); });
         Member member{function->memid, function->invkind,

@@ -29,6 +29,10 @@
     STDMETHODIMP putref_##Class(::_##Class* value) override {                    \
         return Call([&] { core().Class(CoreOf<tavolin::Class>(value)); });       \
     }
+#define TAVOLIN_PRINT_TO_FILE                                                    \
+    STDMETHODIMP PrintToFile(BSTR Text, BSTR FilePathName) override {            \
+        return Call([&] { core().PrintToFile(Utf8(Text), Utf8(FilePathName)); }); \
+    }
 #define TAVOLIN_EVENTS(...)                                                      \
     Connections Connect(const Ref<IDispatch>& sink) override {                   \
         return ConnectInOrder(sink, __VA_ARGS__);                                \

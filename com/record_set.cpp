@@ -43,7 +43,7 @@ class RecordSetObject : public SetObject<CVLRecordSet> {
     }
     TAVOLIN_ITEM(CVLRecord)
     TAVOLIN_OBJECT_STATE
-    STDMETHODIMP PrintToFile(BSTR, BSTR) override { return E_NOTIMPL; }
+    TAVOLIN_PRINT_TO_FILE
     STDMETHODIMP AttachToRecord(::_CVLRecord* record, LONG attachNkey, BSTR attachFilePathName,
                                 ::attachmentEnum aType) override {
         return Call([&] {
@@ -54,13 +54,23 @@ class RecordSetObject : public SetObject<CVLRecordSet> {
     STDMETHODIMP MakeItMDB(BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR) override {
         return E_NOTIMPL;
     }
-    STDMETHODIMP MakeItText(BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP MakeItHTML(BSTR, BSTR, ::_CVLTable**, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR,
-                            BSTR*) override {
-        return E_NOTIMPL;
+    STDMETHODIMP MakeItText(TAVOLIN_TEN_PARAMETERS(FieldLbl), BSTR* result) override {
+        return Return(result, [&] { return core().MakeItText(Fields(TAVOLIN_TEN(FieldLbl))); });
+    }
+    STDMETHODIMP MakeItHTML(BSTR DirPath, BSTR FileName, ::_CVLTable** table,
+                            TAVOLIN_TEN_PARAMETERS(FieldLbl), BSTR* result) override {
+        return Return(
+            result,
+            [&] {
+                return core().MakeItHTML(Utf8(DirPath), Utf8(FileName), CoreOf<CVLTable>(*table),
+                                         Fields(TAVOLIN_TEN(FieldLbl)));
+            },
+            table);
     }
     TAVOLIN_NAVIGATION(Record, ::_CVLRecord, ::_CVLRecord)
-    STDMETHODIMP Sort(BYTE, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    STDMETHODIMP Sort(BYTE ByFieldNum, VARIANT_BOOL* result) override {
+        return Return(result, [&] { return core().Sort(ByFieldNum); });
+    }
 
     TAVOLIN_EVENTS(core().OnRecordAdd, core().OnRecordUpDate, core().OnRecordRemove)
 };

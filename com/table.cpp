@@ -101,9 +101,15 @@ class TableObject : public Object<CVLTable> {
             return core().Find(Utf8(Value), IsTrue(ValueIsAKey), inFldNum0to9);
         });
     }
-    STDMETHODIMP Sort(BYTE, VARIANT_BOOL*) override { return E_NOTIMPL; }
-    STDMETHODIMP MakeItText(BSTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP MakeItHTML(BSTR, BSTR, BSTR*) override { return E_NOTIMPL; }
+    STDMETHODIMP Sort(BYTE ByFieldNum0to9, VARIANT_BOOL* result) override {
+        return Return(result, [&] { return core().Sort(ByFieldNum0to9); });
+    }
+    STDMETHODIMP MakeItText(BSTR* result) override {
+        return Return(result, [&] { return core().MakeItText(); });
+    }
+    STDMETHODIMP MakeItHTML(BSTR DirPath, BSTR FileName, BSTR* result) override {
+        return Return(result, [&] { return core().MakeItHTML(Utf8(DirPath), Utf8(FileName)); });
+    }
     STDMETHODIMP MakeItMDB(BSTR, BSTR) override { return E_NOTIMPL; }
     STDMETHODIMP FreeFromInOutLinks() override {
         return Call([&] { core().FreeFromInOutLinks(); });
@@ -111,7 +117,7 @@ class TableObject : public Object<CVLTable> {
     STDMETHODIMP DeleteLinks(::_CVLTableSet* useTableSet) override {
         return Call([&] { core().DeleteLinks(CoreOf<CVLTableSet>(useTableSet)); });
     }
-    STDMETHODIMP PrintToFile(BSTR, BSTR) override { return E_NOTIMPL; }
+    TAVOLIN_PRINT_TO_FILE
 
     TAVOLIN_EVENTS(core().OnFieldSetAsForeignKey, core().OnRecordAdd, core().OnRecordUpDate,
                    core().OnRecordRemove)

@@ -34,9 +34,13 @@ class TableSetObject : public SetObject<CVLTableSet> {
     }
     TAVOLIN_ITEM(CVLTable)
     STDMETHODIMP MakeItMDB(BSTR, BSTR) override { return E_NOTIMPL; }
-    STDMETHODIMP MakeItText(BSTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP MakeItHTML(BSTR, BSTR) override { return E_NOTIMPL; }
-    STDMETHODIMP PrintToFile(BSTR, BSTR) override { return E_NOTIMPL; }
+    STDMETHODIMP MakeItText(BSTR* result) override {
+        return Return(result, [&] { return core().MakeItText(); });
+    }
+    STDMETHODIMP MakeItHTML(BSTR DirPath, BSTR FileName) override {
+        return Call([&] { core().MakeItHTML(Utf8(DirPath), Utf8(FileName)); });
+    }
+    TAVOLIN_PRINT_TO_FILE
     TAVOLIN_NAVIGATION(Table, ::_CVLTable, ::_CVLRecord)
 
     TAVOLIN_EVENTS(core().OnTableAdd, core().OnTableUpDate, core().OnTableRemove)
