@@ -1,5 +1,7 @@
 #include "com/late_updater.h"
 
+#include <dispex.h>
+
 namespace tavolin::com {
 namespace {
 
@@ -17,6 +19,18 @@ HRESULT Pass(EXCEPINFO& exception) {
     ::SysFreeString(exception.bstrDescription);
     ::SysFreeString(exception.bstrHelpFile);
     return FAILED(exception.scode) ? exception.scode : DISP_E_EXCEPTION;
+}
+
+// Objects whose members come and go with the script may tell their ids in the extended way alone.
+HRESULT FindMember(IDispatch* target, const wchar_t* name, DISPID* id) {
+    auto* wanted = const_cast<LPOLESTR>(name);
+    const HRESULT found = target->GetIDsOfNames(IID_NULL, &wanted, 1, LOCALE_USER_DEFAULT, id);
+    const auto extended = Ref<IDispatchEx>::Of(target);
+    if (SUCCEEDED(found) || !extended) return found;
+    const BSTR text = ::SysAllocString(name);
+    const HRESULT result = extended->GetDispID(text, fdexNameCaseInsensitive, id);
+    ::SysFreeString(text);
+    return result;
 }
 
 VARIANTARG TextArgument(BSTR text) {
@@ -59,10 +73,8 @@ STDMETHODIMP LateUpdater::AddAffectedRecords(BSTR database, BSTR table, BSTR rec
 }
 
 HRESULT LateUpdater::CallByName(const wchar_t* name, DISPPARAMS arguments) {
-    auto* wanted = const_cast<LPOLESTR>(name);
     DISPID id = DISPID_UNKNOWN;
-    const HRESULT found =
-        target_->GetIDsOfNames(IID_NULL, &wanted, 1, LOCALE_USER_DEFAULT, &id);
+    const HRESULT found = FindMember(target_.get(), name, &id);
     if (FAILED(found)) return found;
     EXCEPINFO exception{};
     const HRESULT called = target_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,

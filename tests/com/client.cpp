@@ -8,10 +8,12 @@ namespace {
 
 std::wstring Described(const VARIANT& value) {
     if (value.vt == VT_DISPATCH && value.pdispVal) {
-        wchar_t key[] = L"Key";
-        LPOLESTR name = key;
-        DISPID id = 0;
-        if (FAILED(value.pdispVal->GetIDsOfNames(IID_NULL, &name, 1, 0, &id))) id = DISPID_VALUE;
+        DISPID id = DISPID_VALUE;
+        for (const wchar_t* member : {L"UserName", L"Key"}) {
+            auto* name = const_cast<LPOLESTR>(member);
+            if (SUCCEEDED(value.pdispVal->GetIDsOfNames(IID_NULL, &name, 1, 0, &id))) break;
+            id = DISPID_VALUE;
+        }
         Any result;
         DISPPARAMS none{};
         value.pdispVal->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, result.at(), nullptr,
@@ -68,10 +70,14 @@ void Sink::Listen(IUnknown* source) {
     ASSERT_EQ(point_->Advise(this, &cookie_), S_OK);
 }
 
-void Sink::Stop() {
+void Sink::Leave() {
     EXPECT_EQ(point_->Unadvise(cookie_), S_OK);
     EXPECT_EQ(point_->Unadvise(cookie_), CONNECT_E_NOCONNECTION);
     point_ = {};
+}
+
+void Sink::Stop() {
+    Leave();
     EXPECT_EQ(references, 1u);
 }
 

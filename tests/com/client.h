@@ -72,7 +72,8 @@ std::wstring Read(Owner* owner, HRESULT (STDMETHODCALLTYPE Owner::*member)(BSTR*
     return text.str();
 }
 
-// Writes down every event that reaches it: "name id(arguments)". Objects stand as their keys. It
+// Writes down every event that reaches it: "name id(arguments)". Objects stand as their names or
+// keys. It
 // has no interface but the late-bound one.
 class Sink : public IDispatch {
   public:
@@ -89,9 +90,10 @@ class Sink : public IDispatch {
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT*, EXCEPINFO*,
                         UINT*) override;
 
-    // Connects to an object's events and lets go at the end.
+    // Connects to an object's events, and lets go.
     void Listen(IUnknown* source);
     void Stop();
+    void Leave();
 
     ULONG references = 1;
 

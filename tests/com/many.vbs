@@ -1,7 +1,7 @@
 ' 100,000 records, added and read back by key. The host counts what is left afterwards.
 Option Explicit
 Dim engine, record, i, wrong
-Set engine = CreateObject("Tavolin.CVLDBEngine")
+Set engine = Host.Engine
 engine.LogOn "ann", "secret"
 engine.CreateNewDB "many", ""
 engine.CreateNewPrimaryTable "Numbers", "ID", "Text"

@@ -107,7 +107,7 @@ TEST_F(ObjectTest, ArraysBeginAtZero) {
     EXPECT_EQ(count, 1);
     static_cast<BYTE*>(state->pvData)[20] ^= 0xFF;
     EXPECT_EQ(Failure(copy->put_ObjectState(state)).substr(0, 46),
-              L"800A7919 CVLRecordSet:ObjectState Property Let");
+              L"800A793D CVLRecordSet:ObjectState Property Let");
     ::SafeArrayDestroy(state);
     SAFEARRAY* words = ::SafeArrayCreateVector(VT_I2, 0, 3);
     EXPECT_EQ(copy->put_ObjectState(words), kMismatch);

@@ -1,4 +1,4 @@
-// Does what twin.vbs does, at the moment at which the component did it, and compares the files byte
+// Does what twin.js does, at the moment at which the component did it, and compares the files byte
 // by byte: tavolin_twin FILE. Leaves its own file as native.cdb.
 #include <filesystem>
 #include <fstream>

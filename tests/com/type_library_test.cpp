@@ -169,7 +169,11 @@ TEST(TypeLibrary, IsTheBoundary) {
     };
     std::stable_sort(found.begin(), found.end(), by_owner);
     std::stable_sort(wanted.begin(), wanted.end(), by_owner);
-    ASSERT_FALSE(wanted.empty());
+    ASSERT_FALSE(wanted.empty()) << [&] {
+        std::string all;
+        for (const std::string& line : found) all += line + "\n";
+        return all;
+    }();
     for (std::size_t i = 0; i < std::max(found.size(), wanted.size()); ++i) {
         ASSERT_EQ(i < found.size() ? found[i] : "", i < wanted.size() ? wanted[i] : "");
     }
