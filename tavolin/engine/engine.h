@@ -275,8 +275,8 @@ class CVLDBEngine {
     // Objects from before are not the engine's any more. GetNoTransStartedError.
     bool TansactionAbort();
 
-    // --- Publishing. Both ask for a right to read, are told with the tables of the database, and
-    // write nothing onto the open database's file or its log (58). They do not fire events.
+    // --- Publishing. Both ask for a right to read, before anything is written, and write nothing
+    // onto the open database's file or its log (58).
 
     // Writes the text that CVLTableSet::MakeItText makes, between two quotation marks and with a
     // line break behind it, as it is made: memory does not grow with it. The file is named as the
