@@ -2,6 +2,7 @@
 
 #include "com/host_updater.h"
 #include "com/properties.h"
+#include "com/publish.h"
 
 namespace tavolin::com {
 namespace {
@@ -302,7 +303,9 @@ class EngineObject : public Object<CVLDBEngine> {
     STDMETHODIMP MakeItHTML(BSTR DirPath, BSTR FileName) override {
         return Call([&] { core().MakeItHTML(Utf8(DirPath), Utf8(FileName)); });
     }
-    STDMETHODIMP MakeItMDB(BSTR, BSTR) override { return E_NOTIMPL; }
+    STDMETHODIMP MakeItMDB(BSTR DirPath, BSTR FileName) override {
+        return Call([&] { MakeMDB(core(), Utf8(DirPath), Utf8(FileName)); });
+    }
 
     TAVOLIN_EVENTS(core().OnDBCreation, core().OnDBDeletion, core().OnOwnerChange,
                    core().OnUserLogOn, core().OnTableCreation, core().OnLinkedTableCreation,

@@ -1,6 +1,7 @@
 #include "tavolin/model/record_set.h"
 
 #include "com/properties.h"
+#include "com/publish.h"
 #include "com/set_object.h"
 #include "tavolin/model/attachment_set.h"
 #include "tavolin/model/table.h"
@@ -51,8 +52,12 @@ class RecordSetObject : public SetObject<CVLRecordSet> {
                                   static_cast<attachmentEnum>(aType));
         });
     }
-    STDMETHODIMP MakeItMDB(BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR) override {
-        return E_NOTIMPL;
+    STDMETHODIMP MakeItMDB(BSTR DirPath, BSTR DBShortName, BSTR TableName,
+                           TAVOLIN_TEN_PARAMETERS(FieldLbl)) override {
+        return Call([&] {
+            MakeMDB(core(), Utf8(DirPath), Utf8(DBShortName), Utf8(TableName),
+                    Fields(TAVOLIN_TEN(FieldLbl)));
+        });
     }
     STDMETHODIMP MakeItText(TAVOLIN_TEN_PARAMETERS(FieldLbl), BSTR* result) override {
         return Return(result, [&] { return core().MakeItText(Fields(TAVOLIN_TEN(FieldLbl))); });

@@ -1,6 +1,7 @@
 #include "tavolin/model/table.h"
 
 #include "com/properties.h"
+#include "com/publish.h"
 #include "com/record_face.h"
 #include "tavolin/model/attachment_set.h"
 #include "tavolin/model/table_set.h"
@@ -110,7 +111,9 @@ class TableObject : public Object<CVLTable> {
     STDMETHODIMP MakeItHTML(BSTR DirPath, BSTR FileName, BSTR* result) override {
         return Return(result, [&] { return core().MakeItHTML(Utf8(DirPath), Utf8(FileName)); });
     }
-    STDMETHODIMP MakeItMDB(BSTR, BSTR) override { return E_NOTIMPL; }
+    STDMETHODIMP MakeItMDB(BSTR DirPath, BSTR DBShortName) override {
+        return Call([&] { MakeMDB(core(), Utf8(DirPath), Utf8(DBShortName)); });
+    }
     STDMETHODIMP FreeFromInOutLinks() override {
         return Call([&] { core().FreeFromInOutLinks(); });
     }

@@ -1,6 +1,7 @@
 #include "tavolin/model/table_set.h"
 
 #include "com/properties.h"
+#include "com/publish.h"
 #include "com/set_object.h"
 
 namespace tavolin::com {
@@ -33,7 +34,9 @@ class TableSetObject : public SetObject<CVLTableSet> {
         });
     }
     TAVOLIN_ITEM(CVLTable)
-    STDMETHODIMP MakeItMDB(BSTR, BSTR) override { return E_NOTIMPL; }
+    STDMETHODIMP MakeItMDB(BSTR DirPath, BSTR DBShortName) override {
+        return Call([&] { MakeMDB(core(), Utf8(DirPath), Utf8(DBShortName)); });
+    }
     STDMETHODIMP MakeItText(BSTR* result) override {
         return Return(result, [&] { return core().MakeItText(); });
     }
