@@ -31,8 +31,7 @@ std::shared_ptr<void> CoreBehind(IUnknown* object, const ClassRow& row) {
     return core;
 }
 
-Argument::Argument(const VARIANT& variant) 
-    : value_(const_cast<VARIANT*>(&Dereferenced(variant))) {
+Argument::Argument(const VARIANT& variant) : value_(const_cast<VARIANT*>(&Dereferenced(variant))) {
     if ((value_->vt & VT_BYREF) != 0) {
         CheckConversion(::VariantCopyInd(&copy_, value_));
         value_ = &copy_;

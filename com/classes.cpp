@@ -12,8 +12,9 @@ ObjectBase* Create() {
 
 }  // namespace
 
-#define TAVOLIN_CLASS(Name, events, create) \
-    const ClassRow Face<tavolin::Name>::row{L"" #Name, __uuidof(::Name), __uuidof(::_##Name), events, create};
+#define TAVOLIN_CLASS(Name, events, create)                                                   \
+    const ClassRow Face<tavolin::Name>::row{L"" #Name, __uuidof(::Name), __uuidof(::_##Name), \
+                                            events, create};
 #define TAVOLIN_EVENTS_OF(Name) &__uuidof(::__##Name)
 
 TAVOLIN_CLASS(CVLDBEngine, TAVOLIN_EVENTS_OF(CVLDBEngine), &Create<tavolin::CVLDBEngine>)
@@ -37,11 +38,11 @@ TAVOLIN_CLASS(IUpdater, nullptr, &Create<tavolin::IUpdater>)
 
 std::span<const ClassRow* const> Classes() {
     static const ClassRow* const rows[] = {
-        &Face<CVLDBEngine>::row,   &Face<CVLDBUser>::row,     &Face<CVLDBUserSet>::row,
-        &Face<CVLUserNote>::row,   &Face<CVLUserNoteSet>::row, &Face<CVLTable>::row,
-        &Face<CVLTableSet>::row,   &Face<CVLRecord>::row,     &Face<CVLRecordSet>::row,
+        &Face<CVLDBEngine>::row,   &Face<CVLDBUser>::row,        &Face<CVLDBUserSet>::row,
+        &Face<CVLUserNote>::row,   &Face<CVLUserNoteSet>::row,   &Face<CVLTable>::row,
+        &Face<CVLTableSet>::row,   &Face<CVLRecord>::row,        &Face<CVLRecordSet>::row,
         &Face<CVLAttachment>::row, &Face<CVLAttachmentSet>::row, &Face<CVLDBOwner>::row,
-        &Face<CVLDBOwnerSet>::row, &Face<CVLOwnerDB>::row,    &Face<CVLOwnerDBSet>::row,
+        &Face<CVLDBOwnerSet>::row, &Face<CVLOwnerDB>::row,       &Face<CVLOwnerDBSet>::row,
         &Face<CVLErrorNum>::row,   &Face<IUpdater>::row,
     };
     return rows;

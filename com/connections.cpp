@@ -50,7 +50,8 @@ STDMETHODIMP EventSource::Point::GetConnectionInterface(IID* iid) {
     return S_OK;
 }
 
-STDMETHODIMP EventSource::Point::GetConnectionPointContainer(IConnectionPointContainer** container) {
+STDMETHODIMP EventSource::Point::GetConnectionPointContainer(
+    IConnectionPointContainer** container) {
     if (!container) return E_POINTER;
     *container = &source_;
     source_.AddRef();

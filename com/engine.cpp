@@ -189,8 +189,7 @@ class EngineObject : public Object<CVLDBEngine> {
             [&] {
                 const Argument before(Before);
                 const Argument after(After);
-                return core().AddRecord(Argument(*toTable).Table(), nKey,
-                                        Fields(TAVOLIN_TEN(prop)),
+                return core().AddRecord(Argument(*toTable).Table(), nKey, Fields(TAVOLIN_TEN(prop)),
                                         CoreAt<CVLAttachmentSet>(AttachmentsTable),
                                         {before.OptionalKey(), after.OptionalKey()});
             },
@@ -246,12 +245,11 @@ class EngineObject : public Object<CVLDBEngine> {
                                  VARIANT_BOOL RecordAdd, VARIANT_BOOL RecordUpDate,
                                  VARIANT_BOOL RecordDelete, VARIANT_BOOL Errors) override {
         return Call([&] {
-            core().LogDBActivities(IsTrue(DBLogOn), IsTrue(Transactions), IsTrue(OwnerChange),
-                                   IsTrue(UserCreation), IsTrue(TableCreation),
-                                   IsTrue(LinkedTableCreation), IsTrue(TableDeletion),
-                                   IsTrue(LinkedTableDeletion), IsTrue(LinkingTables),
-                                   IsTrue(UnlinkingTables), IsTrue(RecordAdd), IsTrue(RecordUpDate),
-                                   IsTrue(RecordDelete), IsTrue(Errors));
+            core().LogDBActivities(
+                IsTrue(DBLogOn), IsTrue(Transactions), IsTrue(OwnerChange), IsTrue(UserCreation),
+                IsTrue(TableCreation), IsTrue(LinkedTableCreation), IsTrue(TableDeletion),
+                IsTrue(LinkedTableDeletion), IsTrue(LinkingTables), IsTrue(UnlinkingTables),
+                IsTrue(RecordAdd), IsTrue(RecordUpDate), IsTrue(RecordDelete), IsTrue(Errors));
         });
     }
 

@@ -5,9 +5,9 @@
 namespace tavolin::com {
 namespace {
 
-#define TAVOLIN_NUMBER(Name)                                               \
-    STDMETHODIMP get_##Name(LONG* result) override {                       \
-        return Return(result, [] { return CVLErrorNum::Name(); });         \
+#define TAVOLIN_NUMBER(Name)                                       \
+    STDMETHODIMP get_##Name(LONG* result) override {               \
+        return Return(result, [] { return CVLErrorNum::Name(); }); \
     }
 
 class ErrorNumObject : public Object<CVLErrorNum> {

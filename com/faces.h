@@ -23,12 +23,12 @@ struct ClassRow {
 template <class Core>
 struct Face;
 
-#define TAVOLIN_FACE(Name)                                   \
-    template <>                                              \
-    struct Face<tavolin::Name> {                             \
-        using Interface = ::_##Name;                         \
-        static const ClassRow row;                           \
-    };                                                       \
+#define TAVOLIN_FACE(Name)           \
+    template <>                      \
+    struct Face<tavolin::Name> {     \
+        using Interface = ::_##Name; \
+        static const ClassRow row;   \
+    };                               \
     ObjectBase* NewObject(std::shared_ptr<tavolin::Name> core);
 
 TAVOLIN_FACE(CVLDBEngine)

@@ -35,7 +35,8 @@ void SetInformation(const Error& error, REFIID iid) {
 
 HRESULT ResultOf(const Error& error) {
     if (error.number() < 0) return error.number();
-    return static_cast<HRESULT>(kRunTimeErrors + (static_cast<std::uint32_t>(error.number()) & 0xFFFFu));
+    return static_cast<HRESULT>(kRunTimeErrors +
+                                (static_cast<std::uint32_t>(error.number()) & 0xFFFFu));
 }
 
 HRESULT ReportCurrent(REFIID iid) noexcept {

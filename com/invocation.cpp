@@ -28,8 +28,7 @@ class Outcome {
         if (parameter.kind != Parameter::Kind::kRecord) return;
         value_.vt = VT_EMPTY;
         Ref<IRecordInfo> record;
-        status_ =
-            ::GetRecordInfoFromTypeInfo(DescriptionOf(parameter.guid).get(), record.slot());
+        status_ = ::GetRecordInfoFromTypeInfo(DescriptionOf(parameter.guid).get(), record.slot());
         if (FAILED(status_)) return;
         value_.pvRecord = record->RecordCreate();
         value_.pRecInfo = record.Detach();
@@ -157,7 +156,8 @@ HRESULT Invocation::ConvertValue(const Parameter& parameter, const VARIANT& sour
         return S_OK;
     }
     slot.owned = true;
-    return ::VariantChangeTypeEx(&slot.value, const_cast<VARIANT*>(&source), lcid_, VARIANT_ALPHABOOL, parameter.type);
+    return ::VariantChangeTypeEx(&slot.value, const_cast<VARIANT*>(&source), lcid_,
+                                 VARIANT_ALPHABOOL, parameter.type);
 }
 
 HRESULT Invocation::ConvertObject(const Parameter& parameter, const VARIANT& source,

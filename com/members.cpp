@@ -17,7 +17,9 @@ void CheckLibrary(HRESULT result) {
 
 class Attributes {
   public:
-    explicit Attributes(ITypeInfo* info) : info_(info) { CheckLibrary(info->GetTypeAttr(&attributes_)); }
+    explicit Attributes(ITypeInfo* info) : info_(info) {
+        CheckLibrary(info->GetTypeAttr(&attributes_));
+    }
     ~Attributes() { info_->ReleaseTypeAttr(attributes_); }
     Attributes(const Attributes&) = delete;
     Attributes& operator=(const Attributes&) = delete;
@@ -107,11 +109,10 @@ Members::Members(REFIID iid) {
         CheckLibrary(table->GetFuncDesc(i, &function));
         const std::unique_ptr<FUNCDESC, std::function<void(FUNCDESC*)>> guard(
             function, [&](FUNCDESC* it) { table->ReleaseFuncDesc(it); });
-        Member member{function->memid, function->invkind,
-                      static_cast<ULONG_PTR>(function->oVft), {}};
+        Member member{
+            function->memid, function->invkind, static_cast<ULONG_PTR>(function->oVft), {}};
         for (SHORT p = 0; p < function->cParams; ++p) {
-            member.parameters.push_back(
-                ReadParameter(table.get(), function->lprgelemdescParam[p]));
+            member.parameters.push_back(ReadParameter(table.get(), function->lprgelemdescParam[p]));
         }
         members_.push_back(std::move(member));
     }

@@ -20,7 +20,7 @@ struct Parameter {
     bool by_reference = false;
     bool optional = false;
     bool result = false;
-    GUID guid{};        // of an object's interface or of a record
+    GUID guid{};         // of an object's interface or of a record
     VARIANT fallback{};  // what an optional parameter is when it is left out; never cleared
 };
 
@@ -31,9 +31,7 @@ struct Member {
     std::vector<Parameter> parameters;
 
     // Those that a caller gives.
-    std::size_t Inputs() const {
-        return parameters.size() - (HasResult() ? 1 : 0);
-    }
+    std::size_t Inputs() const { return parameters.size() - (HasResult() ? 1 : 0); }
     bool HasResult() const { return !parameters.empty() && parameters.back().result; }
 };
 

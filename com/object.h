@@ -62,8 +62,9 @@ class ObjectBase : public ISupportErrorInfo, public IProvideClassInfo2, public E
     bool TryHold();
 
     HRESULT IdsOfNames(LPOLESTR* names, UINT count, DISPID* ids);
-    HRESULT InvokeMember(IDispatch* face, DISPID member, LCID lcid, WORD flags, DISPPARAMS* arguments,
-                         VARIANT* result, EXCEPINFO* exception, UINT* bad_argument);
+    HRESULT InvokeMember(IDispatch* face, DISPID member, LCID lcid, WORD flags,
+                         DISPPARAMS* arguments, VARIANT* result, EXCEPINFO* exception,
+                         UINT* bad_argument);
     HRESULT DescribeFace(UINT index, ITypeInfo** info);
 
     bool OnOwnThread() const { return ::GetCurrentThreadId() == thread_; }

@@ -4,11 +4,10 @@
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
-#include <windows.h>
-
 #include <ocidl.h>
 #include <oleauto.h>
 #include <olectl.h>
+#include <windows.h>
 
 // Its names are those that hosts know, all in the global namespace: `::_CVLTable` is the interface,
 // `tavolin::CVLTable` the class behind it.

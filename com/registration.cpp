@@ -98,9 +98,8 @@ std::vector<Entry> Entries() {
 
 LSTATUS Write(HKEY root, const Entry& entry) {
     HKEY key = nullptr;
-    const LSTATUS made =
-        ::RegCreateKeyExW(root, (kClasses + entry.key).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
-                          &key, nullptr);
+    const LSTATUS made = ::RegCreateKeyExW(root, (kClasses + entry.key).c_str(), 0, nullptr, 0,
+                                           KEY_WRITE, nullptr, &key, nullptr);
     if (made != ERROR_SUCCESS) return made;
     const auto bytes = static_cast<DWORD>((entry.value.size() + 1) * sizeof(wchar_t));
     const LSTATUS written =

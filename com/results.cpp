@@ -44,13 +44,13 @@ void Give(const std::vector<std::string>& texts, SAFEARRAY** result) {
 
 void Give(const LogType& value, ::LogType* result) {
     const auto flag = [](bool is) { return is ? VARIANT_TRUE : VARIANT_FALSE; };
-    *result = {flag(value.logErrors),          flag(value.logDBLogOn),
-               flag(value.logOwnerChange),     flag(value.logUserCreation),
-               flag(value.logTableCreation),   flag(value.logLkTableCreation),
-               flag(value.logTableDeletion),   flag(value.logLkTableDeletion),
-               flag(value.logTablesLinking),   flag(value.logTableUnlinking),
-               flag(value.logRecordAdd),       flag(value.logRecordUpDate),
-               flag(value.logRecordDelete),    flag(value.logTransactions)};
+    *result = {flag(value.logErrors),        flag(value.logDBLogOn),
+               flag(value.logOwnerChange),   flag(value.logUserCreation),
+               flag(value.logTableCreation), flag(value.logLkTableCreation),
+               flag(value.logTableDeletion), flag(value.logLkTableDeletion),
+               flag(value.logTablesLinking), flag(value.logTableUnlinking),
+               flag(value.logRecordAdd),     flag(value.logRecordUpDate),
+               flag(value.logRecordDelete),  flag(value.logTransactions)};
 }
 
 }  // namespace tavolin::com

@@ -31,37 +31,36 @@ class SetObject : public Object<Core> {
 }  // namespace tavolin::com
 
 // Members that sets have under names or with results of their own.
-#define TAVOLIN_ITEM(Element)                                                            \
-    STDMETHODIMP get_Item(VARIANT key, ::_##Element** result) override {                 \
-        return Return(result, [&] { return core().Item(Argument(key).Key()); });         \
+#define TAVOLIN_ITEM(Element)                                                    \
+    STDMETHODIMP get_Item(VARIANT key, ::_##Element** result) override {         \
+        return Return(result, [&] { return core().Item(Argument(key).Key()); }); \
     }
-#define TAVOLIN_OBJECT_STATE                                                             \
-    STDMETHODIMP get_ObjectState(SAFEARRAY** result) override {                          \
-        return Return(result, [&] { return core().ObjectState(); });                     \
-    }                                                                                    \
-    STDMETHODIMP put_ObjectState(SAFEARRAY* state) override {                            \
-        return Call([&] { core().ObjectState(BytesOf(state)); });                        \
+#define TAVOLIN_OBJECT_STATE                                         \
+    STDMETHODIMP get_ObjectState(SAFEARRAY** result) override {      \
+        return Return(result, [&] { return core().ObjectState(); }); \
+    }                                                                \
+    STDMETHODIMP put_ObjectState(SAFEARRAY* state) override {        \
+        return Call([&] { core().ObjectState(BytesOf(state)); });    \
     }
-#define TAVOLIN_NAVIGATION(Name, FirstType, OtherType)                                           \
+#define TAVOLIN_NAVIGATION(Name, FirstType, OtherType)                                       \
     STDMETHODIMP Last##Name(OtherType** result) override {                                   \
-        return Return(result, [&] { return core().Last##Name(); });                      \
-    }                                                                                    \
+        return Return(result, [&] { return core().Last##Name(); });                          \
+    }                                                                                        \
     STDMETHODIMP First##Name(FirstType** result) override {                                  \
-        return Return(result, [&] { return core().First##Name(); });                     \
-    }                                                                                    \
+        return Return(result, [&] { return core().First##Name(); });                         \
+    }                                                                                        \
     STDMETHODIMP Previous##Name(LONG position, OtherType** result) override {                \
-        return Return(result, [&] { return core().Previous##Name(position); });          \
-    }                                                                                    \
+        return Return(result, [&] { return core().Previous##Name(position); });              \
+    }                                                                                        \
     STDMETHODIMP Next##Name(LONG position, OtherType** result) override {                    \
-        return Return(result, [&] { return core().Next##Name(position); });              \
-    }                                                                                    \
-    STDMETHODIMP Previous##Name##IsAvailable(LONG position, VARIANT_BOOL* result)        \
-        override {                                                                       \
+        return Return(result, [&] { return core().Next##Name(position); });                  \
+    }                                                                                        \
+    STDMETHODIMP Previous##Name##IsAvailable(LONG position, VARIANT_BOOL* result) override { \
         return Return(result, [&] { return core().Previous##Name##IsAvailable(position); }); \
-    }                                                                                    \
-    STDMETHODIMP Next##Name##IsAvailable(LONG position, VARIANT_BOOL* result) override { \
-        return Return(result, [&] { return core().Next##Name##IsAvailable(position); }); \
-    }                                                                                    \
-    STDMETHODIMP First##Name##IsAvailable(VARIANT_BOOL* result) override {               \
-        return Return(result, [&] { return core().First##Name##IsAvailable(); });        \
+    }                                                                                        \
+    STDMETHODIMP Next##Name##IsAvailable(LONG position, VARIANT_BOOL* result) override {     \
+        return Return(result, [&] { return core().Next##Name##IsAvailable(position); });     \
+    }                                                                                        \
+    STDMETHODIMP First##Name##IsAvailable(VARIANT_BOOL* result) override {                   \
+        return Return(result, [&] { return core().First##Name##IsAvailable(); });            \
     }

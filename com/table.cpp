@@ -9,12 +9,12 @@
 namespace tavolin::com {
 namespace {
 
-#define TAVOLIN_TEXT_AT(Name)                                                  \
-    STDMETHODIMP get_##Name(BYTE number, BSTR* result) override {              \
-        return Return(result, [&] { return core().Name(number); });            \
-    }                                                                          \
-    STDMETHODIMP put_##Name(BYTE number, BSTR value) override {                \
-        return Call([&] { core().Name(number, Utf8(value)); });                \
+#define TAVOLIN_TEXT_AT(Name)                                       \
+    STDMETHODIMP get_##Name(BYTE number, BSTR* result) override {   \
+        return Return(result, [&] { return core().Name(number); }); \
+    }                                                               \
+    STDMETHODIMP put_##Name(BYTE number, BSTR value) override {     \
+        return Call([&] { core().Name(number, Utf8(value)); });     \
     }
 
 class TableObject : public Object<CVLTable> {
@@ -43,8 +43,11 @@ class TableObject : public Object<CVLTable> {
     TAVOLIN_OBJECT(CVLRecordSet)
     TAVOLIN_READ(::PrimaryKeyType, PrimaryKey)
     STDMETHODIMP put_PrimaryKey(::PrimaryKeyType* key) override {
-        return Call([&] { core().PrimaryKey({key->Part0, key->Part1, key->Part2, key->Part3}); },
-                    key);
+        return Call(
+            [&] {
+                core().PrimaryKey({key->Part0, key->Part1, key->Part2, key->Part3});
+            },
+            key);
     }
     TAVOLIN_READ(LONG, Count)
 
@@ -98,9 +101,8 @@ class TableObject : public Object<CVLTable> {
     }
     STDMETHODIMP Find(BSTR Value, VARIANT_BOOL ValueIsAKey, BYTE inFldNum0to9,
                       ::_CVLTable** result) override {
-        return Return(result, [&] {
-            return core().Find(Utf8(Value), IsTrue(ValueIsAKey), inFldNum0to9);
-        });
+        return Return(result,
+                      [&] { return core().Find(Utf8(Value), IsTrue(ValueIsAKey), inFldNum0to9); });
     }
     STDMETHODIMP Sort(BYTE ByFieldNum0to9, VARIANT_BOOL* result) override {
         return Return(result, [&] { return core().Sort(ByFieldNum0to9); });

@@ -33,7 +33,7 @@ class Fields {
 }  // namespace tavolin::com
 
 // Ten text parameters and arguments under one name: prop0 to prop9.
-#define TAVOLIN_TEN_PARAMETERS(name)                                                     \
+#define TAVOLIN_TEN_PARAMETERS(name)                                                    \
     BSTR name##0, BSTR name##1, BSTR name##2, BSTR name##3, BSTR name##4, BSTR name##5, \
         BSTR name##6, BSTR name##7, BSTR name##8, BSTR name##9
 #define TAVOLIN_TEN(name) \

@@ -63,9 +63,9 @@ int main() {
     ::CoInitialize(nullptr);
     {
         Ref<::_CVLDBEngine> engine;
-        const HRESULT made = ::CoCreateInstance(__uuidof(::CVLDBEngine), nullptr,
-                                                CLSCTX_INPROC_SERVER, __uuidof(::_CVLDBEngine),
-                                                engine.out());
+        const HRESULT made =
+            ::CoCreateInstance(__uuidof(::CVLDBEngine), nullptr, CLSCTX_INPROC_SERVER,
+                               __uuidof(::_CVLDBEngine), engine.out());
         if (FAILED(made)) {
             std::puts("Class not registered: see docs/automation.md");
             return 1;

@@ -133,9 +133,9 @@ Ref<::_CVLRecord> ClientTest::AddRecord(const wchar_t* table, const wchar_t* pro
     Any in(table);
     const Any missing;
     const Text none;
-    const HRESULT added = engine->AddRecord(in.at(), 1, Text(prop0), Text(prop1), none, none, none,
-                                            none, none, none, none, none, nullptr, missing, missing,
-                                            record.slot());
+    const HRESULT added =
+        engine->AddRecord(in.at(), 1, Text(prop0), Text(prop1), none, none, none, none, none, none,
+                          none, none, nullptr, missing, missing, record.slot());
     EXPECT_EQ(added, S_OK) << ::testing::PrintToString(Failure(added));
     return record;
 }

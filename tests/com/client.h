@@ -23,7 +23,8 @@ class Text {
   public:
     Text(const wchar_t* text = L"") : text_(::SysAllocString(text)) {}  // NOLINT: its use
     explicit Text(BSTR taken, int) : text_(taken) {}
-    Text(const Text& other) : text_(::SysAllocStringLen(other.text_, ::SysStringLen(other.text_))) {}
+    Text(const Text& other)
+        : text_(::SysAllocStringLen(other.text_, ::SysStringLen(other.text_))) {}
     ~Text() { ::SysFreeString(text_); }
     operator BSTR() const { return text_; }  // NOLINT
     BSTR* out() { return &text_; }
@@ -37,9 +38,11 @@ class Text {
 class Any {
   public:
     Any() { missing(); }
-    Any(const wchar_t* text) { value_.vt = VT_BSTR, value_.bstrVal = ::SysAllocString(text); }  // NOLINT
-    Any(int number) { value_.vt = VT_I4, value_.lVal = number; }                                // NOLINT
-    Any(IDispatch* object) {                                                                    // NOLINT
+    Any(const wchar_t* text) {
+        value_.vt = VT_BSTR, value_.bstrVal = ::SysAllocString(text);
+    }                                                             // NOLINT
+    Any(int number) { value_.vt = VT_I4, value_.lVal = number; }  // NOLINT
+    Any(IDispatch* object) {                                      // NOLINT
         value_.vt = VT_DISPATCH, value_.pdispVal = object;
         if (object) object->AddRef();
     }

@@ -37,16 +37,16 @@ TEST_F(EventTest, EngineTellsOfEverything) {
     Any linked(names.get());
     ASSERT_EQ(engine->DeleteTable(linked.at(), VARIANT_FALSE, &done), S_OK);
     ASSERT_EQ(engine->DeleteTable(customer_table.at(), VARIANT_TRUE, &done), S_OK);
-    EXPECT_EQ(Heard(),
-              (Events{L"e 6(NameCustomers)", L"e 9(<8>)", L"e 10(<8>)", L"e 11(<8>)",
-                      L"e 8(NameCustomers)", L"e 7(Customers)"}));
+    EXPECT_EQ(Heard(), (Events{L"e 6(NameCustomers)", L"e 9(<8>)", L"e 10(<8>)", L"e 11(<8>)",
+                               L"e 8(NameCustomers)", L"e 7(Customers)"}));
     ASSERT_EQ(engine->SaveDB(none, none, none, VARIANT_FALSE, 0, &done), S_OK);
     const std::wstring path = folder() + L"\\shop.cdb";
     Sink second(L"second", heard_);
     second.Listen(engine.get());
     sink.Stop();
     ASSERT_EQ(engine->DeleteDB(Text(path.c_str()), &done), S_OK);
-    ASSERT_EQ(engine->ChangeOwner(Text(L"Public"), none, none, none, Text(L"Current"), &done), S_OK);
+    ASSERT_EQ(engine->ChangeOwner(Text(L"Public"), none, none, none, Text(L"Current"), &done),
+              S_OK);
     EXPECT_EQ(Heard(), (Events{L"second 2(" + path + L",date,ann)", L"second 3(Public)"}));
     second.Stop();
 }
@@ -57,7 +57,7 @@ TEST_F(EventTest, TablesAndRecords) {
     auto records = Got<::_CVLRecordSet>(customers.get(), &::_CVLTable::get_CVLRecordSet);
     auto ann = Got<::_CVLRecord>(customers.get(), &::_CVLTable::GetRecord, Any(1));
     auto attachments = Got<::_CVLAttachmentSet>(ann.get(), &::_CVLRecord::get_CVLAttachmentSet);
-    Sink sinks[] = {{L"tables", heard_}, {L"table", heard_}, {L"records", heard_},
+    Sink sinks[] = {{L"tables", heard_}, {L"table", heard_},       {L"records", heard_},
                     {L"record", heard_}, {L"attachments", heard_}, {L"attachment", heard_}};
     sinks[0].Listen(tables.get());
     sinks[1].Listen(customers.get());
@@ -81,7 +81,8 @@ TEST_F(EventTest, TablesAndRecords) {
               S_OK);
     ASSERT_EQ(customers->Remove(Any(2)), S_OK);
     ASSERT_EQ(ann->Attach(1, Text(L"a.png"), ::aPicture), S_OK);
-    auto attachment = Got<::_CVLAttachment>(attachments.get(), &::_CVLAttachmentSet::FirstAttachment);
+    auto attachment =
+        Got<::_CVLAttachment>(attachments.get(), &::_CVLAttachmentSet::FirstAttachment);
     sinks[5].Listen(attachment.get());
     ASSERT_EQ(attachment->put_attachmentPathName(Text(L"b.png")), S_OK);
     ASSERT_EQ(attachments->Remove(Any(1)), S_OK);
@@ -103,11 +104,10 @@ TEST_F(EventTest, UsersNotesAndOwners) {
     auto owner = Got<::_CVLDBOwner>(owners.get(), &::_CVLDBOwnerSet::get_Item, Any(1));
     auto owned = Got<::_CVLOwnerDBSet>(owner.get(), &::_CVLDBOwner::get_CVLOwnerDBSet);
     auto database = Got<::_CVLOwnerDB>(owned.get(), &::_CVLOwnerDBSet::get_Item, Any(1));
-    Sink sinks[] = {{L"users", heard_},  {L"user", heard_},  {L"notes", heard_},
-                    {L"owners", heard_}, {L"owner", heard_}, {L"owned", heard_},
-                    {L"db", heard_}};
-    IUnknown* const sources[] = {users.get(),  ann.get(),   notes.get(), owners.get(),
-                                 owner.get(),  owned.get(), database.get()};
+    Sink sinks[] = {{L"users", heard_}, {L"user", heard_},  {L"notes", heard_}, {L"owners", heard_},
+                    {L"owner", heard_}, {L"owned", heard_}, {L"db", heard_}};
+    IUnknown* const sources[] = {users.get(), ann.get(),   notes.get(),   owners.get(),
+                                 owner.get(), owned.get(), database.get()};
     for (std::size_t i = 0; i < std::size(sinks); ++i) sinks[i].Listen(sources[i]);
     Ref<::_CVLDBUser> bob;
     ASSERT_EQ(users->Add(Text(L"bob"), Text(L"b"), VARIANT_TRUE, VARIANT_FALSE, VARIANT_FALSE,

@@ -24,8 +24,8 @@ class LateBindingTest : public ClientTest {
         DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
         Any result;
         EXCEPINFO exception{};
-        const HRESULT called = object->Invoke(id, IID_NULL, 0, flags, &parameters, result.at(),
-                                              &exception, nullptr);
+        const HRESULT called =
+            object->Invoke(id, IID_NULL, 0, flags, &parameters, result.at(), &exception, nullptr);
         wchar_t number[40];
         const HRESULT shown = called == DISP_E_EXCEPTION ? exception.scode : called;
         ::swprintf(number, 40, L"%08lX", static_cast<unsigned long>(shown));
@@ -59,9 +59,17 @@ TEST_F(LateBindingTest, NumbersOfAnyWidth) {
         VARTYPE type;
         bool names_a_table;
     };
-    for (const Row row : {Row{VT_UI1, true}, {VT_I2, true}, {VT_I4, true}, {VT_I1, false},
-                          {VT_UI2, false}, {VT_UI4, false}, {VT_I8, false}, {VT_R4, false},
-                          {VT_R8, false}, {VT_CY, false}, {VT_DECIMAL, false}}) {
+    for (const Row row : {Row{VT_UI1, true},
+                          {VT_I2, true},
+                          {VT_I4, true},
+                          {VT_I1, false},
+                          {VT_UI2, false},
+                          {VT_UI4, false},
+                          {VT_I8, false},
+                          {VT_R4, false},
+                          {VT_R8, false},
+                          {VT_CY, false},
+                          {VT_DECIMAL, false}}) {
         VARIANT one = Number(row.type, 1);
         VARIANT two = Number(row.type, 2);
         VARIANT by_reference = Reference(one);

@@ -221,8 +221,8 @@ TEST_F(ObjectTest, ObserversAreTold) {
     Observer first;
     Observer second;
     auto own = New<::_IUpdater>(__uuidof(::IUpdater));
-    for (::_IUpdater* observer : {static_cast<::_IUpdater*>(&first), own.get(),
-                                  static_cast<::_IUpdater*>(&second)}) {
+    for (::_IUpdater* observer :
+         {static_cast<::_IUpdater*>(&first), own.get(), static_cast<::_IUpdater*>(&second)}) {
         ASSERT_EQ(engine->AddObserver(&observer, Text(observer == &first    ? L"ann"
                                                       : observer == &second ? L"bob"
                                                                             : L"own")),

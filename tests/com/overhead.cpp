@@ -77,13 +77,13 @@ int main() {
                             table->get_Count(&count);
                             sum = sum + count;
                         }));
-    good &= Compare("prop, read", Cost([&] { sum = sum + direct_record->prop(1).size(); }),
-                    Cost([&] {
-                        BSTR got = nullptr;
-                        record->get_prop(1, &got);
-                        sum = sum + ::SysStringLen(got);
-                        ::SysFreeString(got);
-                    }));
+    good &=
+        Compare("prop, read", Cost([&] { sum = sum + direct_record->prop(1).size(); }), Cost([&] {
+                    BSTR got = nullptr;
+                    record->get_prop(1, &got);
+                    sum = sum + ::SysStringLen(got);
+                    ::SysFreeString(got);
+                }));
     good &= Compare("prop, written", Cost([&] { direct_record->prop(1, text); }),
                     Cost([&] { record->put_prop(1, value); }));
     const auto get_directly = [&] { sum = sum + direct_table->GetRecord(text)->nKey(); };

@@ -23,6 +23,13 @@ function read(file) {
     if (engine.GetRecord("Customers", "k99").prop(1) !== "n" + letter(99) + "1") return 2;
     return engine.CVLDBUserSet.Item("ann").CVLUserNoteSet.Item(1).Note === "first" ? 0 : 3;
 }
-engine.LogOn("ann", "secret");
-if (WScript.Arguments(0) === "write") write();
-else WScript.Quit(read(WScript.Arguments(1)));
+var failed = 0;
+try {
+    engine.LogOn("ann", "secret");
+    if (WScript.Arguments(0) === "write") write();
+    else failed = read(WScript.Arguments(1));
+} catch (error) {
+    WScript.Echo(error.description);
+    failed = 9;
+}
+WScript.Echo("1 checks, " + failed + " failed");

@@ -61,15 +61,24 @@ class Description {
                 return Type(*type.lptdesc) + "()";
             case VT_USERDEFINED:
                 return Description(Referred(type.hreftype)).Name();
-            case VT_BSTR: return "text";
-            case VT_BOOL: return "flag";
-            case VT_I4: return "long";
-            case VT_UI1: return "byte";
-            case VT_DATE: return "date";
-            case VT_VARIANT: return "any";
-            case VT_UNKNOWN: return "unknown";
-            case VT_VOID: return "";
-            default: return "vt" + std::to_string(type.vt);
+            case VT_BSTR:
+                return "text";
+            case VT_BOOL:
+                return "flag";
+            case VT_I4:
+                return "long";
+            case VT_UI1:
+                return "byte";
+            case VT_DATE:
+                return "date";
+            case VT_VARIANT:
+                return "any";
+            case VT_UNKNOWN:
+                return "unknown";
+            case VT_VOID:
+                return "";
+            default:
+                return "vt" + std::to_string(type.vt);
         }
     }
 
@@ -79,10 +88,14 @@ class Description {
         }
         const VARIANT& value = parameter.pparamdescex->varDefaultValue;
         switch (value.vt) {
-            case VT_BSTR: return "=\"" + Narrow(value.bstrVal) + "\"";
-            case VT_BOOL: return value.boolVal ? "=True" : "=False";
-            case VT_UI1: return "=" + std::to_string(value.bVal);
-            default: return "=" + std::to_string(value.lVal);
+            case VT_BSTR:
+                return "=\"" + Narrow(value.bstrVal) + "\"";
+            case VT_BOOL:
+                return value.boolVal ? "=True" : "=False";
+            case VT_UI1:
+                return "=" + std::to_string(value.bVal);
+            default:
+                return "=" + std::to_string(value.lVal);
         }
     }
 
