@@ -129,7 +129,7 @@ std::int32_t Arguments::Number(std::string_view name, std::int32_t otherwise) co
     std::int32_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size() || number < 0) {
-        throw UsageError(std::string(name) + " takes a whole number: " + text);
+        throw UsageError(std::string(name) + " takes a whole number, 0 or more: " + text);
     }
     return number;
 }

@@ -79,13 +79,22 @@ constexpr Command kCommands[] = {
      "import Cities cities.csv --key ID", Need::kWrite, kAnywhere, ImportCommand},
 
     {"sort", "TABLE FIELD [--yes]",
-     "Put the records of a table in the order of a field, then of the other fields.",
+     "Put the records of a table in the order of a field; all fields are compared as one text, "
+     "that "
+     "one first.",
      "sort Customers City --yes", Need::kWrite, kAnywhere, SortCommand},
-    {"export text", "[FILE.txt] [--yes]", "Write all tables to a text file.",
+    {"export text", "[FILE.txt] [--yes]",
+     "Write all tables to a text file, named as the database and in the current folder if not "
+     "given.",
      "export text customers.txt", Need::kRead, kAnywhere, ExportTextCommand},
     {"export html", "[FOLDER] [--yes]",
-     "Publish all tables as a web site in a folder, which is made if it is missing.",
+     "Publish all tables as a web site in a folder, which is made if it is missing; named as "
+     "the database and in the current folder if not given.",
      "export html site", Need::kRead, kAnywhere, ExportHtmlCommand},
+    {"export mdb", "[FILE.mdb] [--replace]",
+     "Write all tables to an Access database, or add them to an earlier export; --replace deletes "
+     "that first.",
+     "export mdb customers.mdb", Need::kRead, kAnywhere, ExportMdbCommand},
 
     {"begin", "", "Begin a transaction.", "begin", Need::kWrite, kSessionOnly, BeginCommand},
     {"commit", "", "End the transaction and save; it has ended even if saving fails.", "commit",
@@ -93,6 +102,8 @@ constexpr Command kCommands[] = {
     {"abort", "", "End the transaction and take everything done in it back.", "abort", Need::kRead,
      kSessionOnly, AbortCommand},
 
+    {"owners", "[NAME]", "List the owners in the registry, or the databases of one.", "owners ann",
+     Need::kRead, kAnywhere, OwnersCommand},
     {"users", "", "List the users and their rights.", "users", Need::kRead, kAnywhere,
      UsersCommand},
     {"user", "NAME", "Show a user.", "user ann", Need::kRead, kAnywhere, UserCommand},

@@ -43,8 +43,10 @@ void ImportCommand(Host& host, const Arguments& words);
 void SortCommand(Host& host, const Arguments& words);
 void ExportTextCommand(Host& host, const Arguments& words);
 void ExportHtmlCommand(Host& host, const Arguments& words);
+void ExportMdbCommand(Host& host, const Arguments& words);
 
 // Users.
+void OwnersCommand(Host& host, const Arguments& words);
 void UsersCommand(Host& host, const Arguments& words);
 void UserCommand(Host& host, const Arguments& words);
 void AddUserCommand(Host& host, const Arguments& words);

@@ -1,12 +1,16 @@
 // The order of records, and publishing the database.
 #include <filesystem>
+#include <optional>
+#include <utility>
 
 #include "cli/commands.h"
 #include "cli/counted_files.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
 #include "cli/paths.h"
+#include "cli/terminal.h"
 #include "tavolin/base/text.h"
+#include "tavolin/export/mdb/writer.h"
 #include "tavolin/persist/paths.h"
 
 namespace tavolin::cli {
@@ -14,34 +18,76 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where an export goes: a folder, and a name in it.
+// Where an export goes: a folder that is there, and a name in it.
 struct Target {
     fs::path folder;
     std::string name;
     std::string Path() const { return TextOf(folder / PathOf(name)); }
 };
 
-// What the user named, or else a name in the current folder.
-Target TargetOf(const std::optional<std::string>& given, const std::string& otherwise) {
-    const fs::path path = PathOf(FolderPath(given.value_or(otherwise)));
-    return {path.parent_path(), TextOf(path.filename())};
-}
-
-// Runs the export with a progress bar. Ctrl-C ends it; what has been written stays.
-template <class Export>
-void WithProgress(const Target& target, Export&& run) {
+// What the user named, or else a name in the current folder. `end` is that of the name.
+Target TargetOf(const std::optional<std::string>& given, const std::string& otherwise,
+                std::string_view end = {}) {
+    const fs::path path = PathOf(FolderPath(MachinePath(given.value_or(otherwise))));
+    Target target{path.parent_path(), TextOf(path.filename())};
+    if (!target.name.ends_with(end) || target.name == end) {
+        throw UsageError(target.Path() + " is no name for it" +
+                         (end.empty() ? "" : ": it must end in " + std::string(end)));
+    }
     if (!fs::is_directory(target.folder)) {
         throw CommandFailure("the folder " + TextOf(target.folder) + " is not there");
     }
+    return target;
+}
+
+// Runs the export with a progress bar. Ctrl-C ends it.
+template <class Export>
+void WithProgress(const std::string& left_behind, Export&& run) {
+    const InterruptCatcher catcher;
+    ForgetInterrupt();
     CountedFiles files;
     try {
         const ScopedFileSystem scope(files);
         run();
     } catch (const Error&) {
         if (!files.interrupted()) throw;
-        throw CommandFailure("interrupted; " + target.Path() + " is not complete");
+        throw CommandFailure("interrupted; " + left_behind);
     }
 }
+
+std::string NotComplete(const Target& target) { return target.Path() + " is not complete"; }
+
+// The engine puts the extension behind a name, without the dot.
+std::string_view WithoutExtension(const Target& target, std::string_view end) {
+    return std::string_view(target.name).substr(0, target.name.size() - end.size() + 1);
+}
+
+// An old export, out of the way until the new one stands. It is an error to do so with a file that
+// is no export.
+class PutAside {
+  public:
+    explicit PutAside(const Target& target) : path_(target.Path()) {
+        if (!fs::exists(PathOf(path_))) return;
+        const mdb::Writer is_an_export(LibraryPath(path_));
+        aside_ = path_ + ".old";
+        if (fs::exists(PathOf(aside_))) throw CommandFailure(aside_ + " is in the way");
+        fs::rename(PathOf(path_), PathOf(aside_));
+    }
+    ~PutAside() {
+        std::error_code ignored;
+        if (!aside_.empty()) fs::rename(PathOf(aside_), PathOf(path_), ignored);
+    }
+    PutAside(const PutAside&) = delete;
+    PutAside& operator=(const PutAside&) = delete;
+
+    void Delete() {
+        if (!aside_.empty()) fs::remove(PathOf(std::exchange(aside_, {})));
+    }
+
+  private:
+    std::string path_;
+    std::string aside_;
+};
 
 // A word as a shell takes it.
 std::string Quoted(const std::string& text) {
@@ -67,19 +113,12 @@ void ExportTextCommand(Host& host, const Arguments& words) {
     const auto given = words.Find("FILE.txt");
     CVLDBEngine& engine = host.engine();
     const Target target =
-        TargetOf(given, ReplaceFold(engine.DBName(), DefaultExtension(), "") + "txt");
-    if (given && (!given->ends_with(kEnd) || target.name == kEnd)) {
-        throw UsageError("the name of the text file must end in " + std::string(kEnd));
-    }
+        TargetOf(given, ReplaceFold(engine.DBName(), DefaultExtension(), "") + "txt", kEnd);
     if (fs::exists(PathOf(target.Path()))) {
         host.Confirm(words, "Write over " + target.Path() + "?", false);
     }
-    // The engine puts the extension behind the name, without the dot.
-    std::string_view name = target.name;
-    name.remove_suffix(kEnd.size() - 1);
-    WithProgress(target, [&] {
-        engine.MakeItText(TextOf(target.folder), given ? name : std::string_view());
-    });
+    WithProgress(NotComplete(target),
+                 [&] { engine.MakeItText(TextOf(target.folder), WithoutExtension(target, kEnd)); });
     host.Note("exported to " + target.Path());
 }
 
@@ -87,13 +126,36 @@ void ExportHtmlCommand(Host& host, const Arguments& words) {
     CVLDBEngine& engine = host.engine();
     const Target target = TargetOf(words.Find("FOLDER"), ReplaceFold(engine.DBName(), ".cdb", ""));
     const fs::path folder = PathOf(target.Path());
-    if (fs::exists(folder) && !(fs::is_directory(folder) && fs::is_empty(folder))) {
+    if (fs::exists(folder) && !fs::is_directory(folder)) {
+        throw CommandFailure(target.Path() + " is not a folder");
+    }
+    if (fs::exists(folder) && !fs::is_empty(folder)) {
         host.Confirm(words, "Write over the site in " + target.Path() + "?", false);
     }
-    WithProgress(target, [&] { engine.MakeItHTML(TextOf(target.folder), target.name); });
+    WithProgress(NotComplete(target),
+                 [&] { engine.MakeItHTML(TextOf(target.folder), target.name); });
     host.Note("exported to " + target.Path());
-    host.Note("to see it, run `python3 -m http.server --directory " + Quoted(target.Path()) +
-              "` and open http://localhost:8000/" + target.name + ".htm");
+    host.Note("to see it, run `python3 -m http.server --bind 127.0.0.1 --directory " +
+              Quoted(target.Path()) + "` and open http://localhost:8000/, then " + target.name +
+              ".htm");
+}
+
+void ExportMdbCommand(Host& host, const Arguments& words) {
+    static constexpr std::string_view kEnd = ".mdb";
+    CVLDBEngine& engine = host.engine();
+    const auto given = words.Find("FILE.mdb");
+    const Target target =
+        TargetOf(given, ReplaceFold(engine.DBName(), DefaultExtension(), "") + "mdb", kEnd);
+    if (ReplaceFold(target.name, DefaultExtension(), "") != target.name) {
+        throw UsageError("the file's name must not hold \"" + std::string(DefaultExtension()) +
+                         "\", which an export leaves out of names");
+    }
+    std::optional<PutAside> old;
+    if (words.Has("--replace")) old.emplace(target);
+    WithProgress("nothing was written",
+                 [&] { engine.MakeItMDB(TextOf(target.folder), WithoutExtension(target, kEnd)); });
+    if (old) old->Delete();
+    host.Note("exported to " + target.Path());
 }
 
 }  // namespace tavolin::cli

@@ -6,6 +6,7 @@
 #include "cli/commands.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
+#include "cli/paths.h"
 #include "tavolin/base/text.h"
 
 namespace tavolin::cli {
@@ -38,6 +39,15 @@ void SetPassword(CVLDBUser& user, const std::string& password) {
 }
 
 }  // namespace
+
+void OwnersCommand(Host& host, const Arguments& words) {
+    const auto owner = words.Find("NAME");
+    auto names = owner ? host.engine().GetArrayOwnedDBs(*owner) : host.engine().GetArrayOwners();
+    names.pop_back();  // the empty one at the end
+    Results results = host.Answer({owner ? "Database" : "Owner"});
+    for (const std::string& name : names) results.Add({owner ? MachinePath(name) : name});
+    results.Finish(owner ? "database" : "owner");
+}
 
 void UsersCommand(Host& host, const Arguments&) {
     Results results = host.Answer({"User", "Read", "Write", "Delete", "Disabled", "Full name"});

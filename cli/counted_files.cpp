@@ -18,6 +18,10 @@ class CountedFiles::CountedFile final : public File {
         files_.Count(bytes.size());
         return real_->Write(bytes);
     }
+    std::size_t WriteAt(std::uint64_t offset, ByteView bytes) override {
+        files_.Count(bytes.size());
+        return real_->WriteAt(offset, bytes);
+    }
     void Flush() override { real_->Flush(); }
     void Close() override { real_->Close(); }
 

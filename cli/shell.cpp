@@ -16,14 +16,22 @@
 namespace tavolin::cli {
 namespace {
 
+// With the commands of two words that begin with the first, if there are any.
+[[noreturn]] void RaiseNoCommand(const std::string& name) {
+    constexpr std::size_t kWidth = 40;
+    std::string known;
+    for (const Command& command : Commands()) {
+        if (!command.name.starts_with(name + " ")) continue;
+        known += (known.empty() ? "; there is " : ", ") + std::string(command.name);
+    }
+    throw UsageError("there is no command " + Shortened(Printable(name), kWidth) +
+                     (known.empty() ? "; `help` lists the commands" : known));
+}
+
 const Command& CommandOf(Host& host, std::span<const std::string>& words) {
     const std::string name = words[0];
     const Command* const command = TakeCommand(words);
-    if (command == nullptr) {
-        constexpr std::size_t kWidth = 40;
-        throw UsageError("there is no command " + Shortened(Printable(name), kWidth) +
-                         "; `help` lists the commands");
-    }
+    if (command == nullptr) RaiseNoCommand(name);
     if (command->where == Where::kSessionOnly && !host.in_session()) {
         throw UsageError(name + " has a meaning in a session only");
     }
@@ -231,8 +239,7 @@ void HelpCommand(Host&, const Arguments& arguments) {
     if (!names.empty()) {
         std::span<const std::string> words = names;
         const Command* const command = TakeCommand(words);
-        if (command == nullptr || !words.empty())
-            throw UsageError("there is no command " + names[0]);
+        if (command == nullptr || !words.empty()) RaiseNoCommand(names[0]);
         return Explain(*command);
     }
     TextTable table({"Command", ""});

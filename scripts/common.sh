@@ -25,6 +25,10 @@ need() {
     fi
 }
 
+# The same for packages with a program of a given name, which may have come from elsewhere:
+# need_program PROGRAM PACKAGE
+need_program() { command -v "$1" >/dev/null || need "$2"; }
+
 # build FOLDER [CMAKE OPTION...]: configures and builds everything there.
 build() {
     local folder=$1

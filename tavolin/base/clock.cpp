@@ -69,9 +69,12 @@ std::string GeneralDate(Date date) {
     const CivilTime t = ToCivil(date);
     std::string text =
         std::to_string(t.month) + '/' + std::to_string(t.day) + '/' + std::to_string(t.year);
-    if (t.hour == 0 && t.minute == 0 && t.second == 0) return text;
+    const bool day_zero = t.year == 1899 && t.month == 12 && t.day == 30;
+    if (day_zero) text.clear();
+    if (t.hour == 0 && t.minute == 0 && t.second == 0 && !day_zero) return text;
+    if (!day_zero) text += ' ';
     const auto two_digits = [](int n) { return std::to_string(n / 10) + std::to_string(n % 10); };
-    text += ' ' + std::to_string((t.hour + 11) % 12 + 1) + ':' + two_digits(t.minute) + ':' +
+    text += std::to_string((t.hour + 11) % 12 + 1) + ':' + two_digits(t.minute) + ':' +
             two_digits(t.second) + (t.hour < 12 ? " AM" : " PM");
     return text;
 }

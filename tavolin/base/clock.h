@@ -39,8 +39,8 @@ Date MakeDate(int year, int month, int day, int hour = 0, int minute = 0, int se
 CivilTime ToCivil(Date date);
 
 // The general form "11/15/2026 1:05:00 AM": month, day, year and the twelve-hour clock; minutes and
-// seconds have two digits, nothing else is padded. At exactly midnight the day alone. For the years
-// 100 to 9999.
+// seconds have two digits, nothing else is padded. At exactly midnight the day alone; of the day
+// zero, 12/30/1899, the time alone. For the years 100 to 9999.
 std::string GeneralDate(Date date);
 
 }  // namespace tavolin

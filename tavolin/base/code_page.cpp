@@ -18,8 +18,6 @@ constexpr char16_t kMapped[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 
                                 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 constexpr std::uint8_t kBehindMapped = kFirstMapped + std::size(kMapped);
 
-constexpr char32_t kReplacement = 0xFFFD;
-
 // Calls run(text) for each run of ASCII and other(unit) for each unit between them, until one of
 // them says no.
 template <class Run, class Other>
@@ -89,8 +87,11 @@ std::string EncodeAnsiWithReferences(std::string_view utf8) {
                 bytes += static_cast<char>(*code);
                 return true;
             }
-            const bool character = unit.well_formed && !IsSurrogate(unit.value);
-            const auto number = static_cast<std::uint32_t>(character ? unit.value : kReplacement);
+            // A reference to a control character would show what the page has at its code.
+            const bool shown =
+                unit.well_formed && !IsSurrogate(unit.value) && unit.value >= kBehindMapped;
+            const auto number =
+                static_cast<std::uint32_t>(shown ? unit.value : kReplacementCharacter);
             bytes.append("&#").append(std::to_string(number)).append(";");
             return true;
         });

@@ -22,7 +22,8 @@ std::optional<std::string> EncodeAnsi(std::string_view utf8);
 bool FitsAnsi(std::string_view utf8);
 
 // One byte for each character, and a numeric character reference, as "&#8364;", for each one that
-// is not in the page. A lone surrogate, and a byte that is not UTF-8, become "&#65533;".
+// is not in the page. A lone surrogate, a control character and a byte that is not UTF-8
+// become "&#65533;".
 std::string EncodeAnsiWithReferences(std::string_view utf8);
 
 // The UTF-8 text of bytes of the page. Every byte has a character, so this never fails.

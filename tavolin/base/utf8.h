@@ -1,4 +1,4 @@
-// UTF-8 one character at a time, for this folder's own use. A lone surrogate as three bytes is a
+// UTF-8 one character at a time, for those who must look at characters. A lone surrogate as three bytes is a
 // character; any other byte that belongs to no well-formed character is a unit of its own.
 //
 // Cutting a text into units never depends on what stands before a byte that is not a continuation

@@ -275,7 +275,7 @@ class CVLDBEngine {
     // Objects from before are not the engine's any more. GetNoTransStartedError.
     bool TansactionAbort();
 
-    // --- Publishing. Both ask for a right to read, before anything is written, and write nothing
+    // --- Publishing. All ask for a right to read, before anything is written, and write nothing
     // onto the open database's file or its log (58).
 
     // Writes the text that CVLTableSet::MakeItText makes, between two quotation marks and with a
@@ -287,6 +287,9 @@ class CVLDBEngine {
     void MakeItText(std::string_view DirPath, std::string_view FileName = {});
     // CVLTableSet::MakeItHTML.
     void MakeItHTML(std::string_view DirPath, std::string_view FileName = {});
+    // CVLTableSet::MakeItMDB, into a file named after the database, or after `FileName` if that is
+    // another name: "shop.cdb" gives "shop.mdb", and "report." "report.mdb".
+    void MakeItMDB(std::string_view DirPath, std::string_view FileName = {});
 
     // --- The log
 
@@ -446,8 +449,12 @@ class CVLDBEngine {
     std::vector<std::uint8_t> snapshot_;
     std::string log_report_;
     std::vector<PendingLine> pending_;
-    std::shared_ptr<ObjectCollection<IUpdater>> observers_ =
-        std::make_shared<ObjectCollection<IUpdater>>();
+    // One object may observe for several users.
+    struct Observation {
+        std::shared_ptr<IUpdater> observer;
+    };
+    std::shared_ptr<ObjectCollection<Observation>> observers_ =
+        std::make_shared<ObjectCollection<Observation>>();
 };
 
 }  // namespace tavolin

@@ -4,16 +4,17 @@
 namespace tavolin {
 
 void CVLDBEngine::AddObserver(std::shared_ptr<IUpdater> observer, std::string_view forUser) {
-    observers_->Add(forUser, std::move(observer));
+    if (!observer) RaiseRunTime(kObjectNotSet);
+    observers_->Add(forUser, std::make_shared<Observation>(Observation{std::move(observer)}));
 }
 
 // A snapshot: an observer who removes and adds himself again would be met behind every place
 // reached, without an end.
 void CVLDBEngine::NotifyObservers() {
     const auto observers = observers_;  // an observer may end the engine
-    const std::vector<std::shared_ptr<IUpdater>> present(observers->begin(), observers->end());
-    for (const auto& observer : present) {
-        if (observers->PositionOf(observer.get()) != 0) observer->Update();
+    const std::vector<std::shared_ptr<Observation>> present(observers->begin(), observers->end());
+    for (const auto& observation : present) {
+        if (observers->PositionOf(observation.get()) != 0) observation->observer->Update();
     }
 }
 

@@ -1,11 +1,15 @@
 #include "tavolin/export/html_pages.h"
 
+#include <vector>
+
 #include "tavolin/export/html_records.h"
+#include "tavolin/export/labels.h"
 
 namespace tavolin {
 namespace {
 
-// What the files are written in. It stands within the first KiB, where browsers look for it.
+// What the files are written in, where they may hold more than ASCII. It stands within the first
+// KiB, where browsers look for it.
 constexpr std::string_view kEncoding = "<meta charset='windows-1252'>\r\n";
 // Keeps browsers from asking for an icon that is not there.
 constexpr std::string_view kNoIcon = "<link rel='icon' href='data:,'>\r\n";
@@ -17,18 +21,28 @@ constexpr std::string_view kBegin =
     "<head><link href = '..\\TavolinStyleSheet.css' rel = 'stylesheet' type = 'text/css'></head>"
     "\r\n<body>";
 
-// What tells a record from its neighbours besides the key; nothing when there is nothing else.
+// The fields that may tell a record from its neighbours besides the key.
+std::vector<int> DescribingFields(const CVLTable& table) {
+    std::vector<int> fields;
+    for (const LabelledField& field : Labelled(LabelsOf(table))) {
+        if (!table.PrimaryKey().Holds(field.number)) fields.push_back(field.number);
+    }
+    return fields;
+}
+
+// The first that is not empty; nothing when there is none.
 std::string_view Description(const RecordArena& arena, RecordHandle record,
-                             const PrimaryKeyType& key) {
-    for (int field = 0; field < kFieldCount; ++field) {
+                             const std::vector<int>& fields) {
+    for (const int field : fields) {
         const std::string_view value = arena.Field(record, field);
-        if (!key.Holds(field) && !value.empty()) return value;
+        if (!value.empty()) return value;
     }
     return {};
 }
 
 void PutNavigation(const CVLTable& table, TextSink& sink) {
     const auto records = table.CVLRecordSet()->Collection();
+    const std::vector<int> describing = DescribingFields(table);
     sink.Put("Available ", records->Count(), " Records In ", table.Key(), "<br>\r\n");
     sink.Put("<select style = 'background-color: black; color: white' size = '14' ",
              "onChange = 'if(options[selectedIndex].value) "
@@ -37,7 +51,7 @@ void PutNavigation(const CVLTable& table, TextSink& sink) {
              "\r\n");
     records->ForEach([&](RecordHandle record) {
         const std::string key = records->arena().Key(record);
-        const std::string_view more = Description(records->arena(), record, table.PrimaryKey());
+        const std::string_view more = Description(records->arena(), record, describing);
         sink.Put("<option value ='records.htm#", key, "'>", key, more.empty() ? "" : " ", more,
                  "</option>", "\r\n");
         sink.Pause();
@@ -64,7 +78,6 @@ void WriteTitlePage(TextSink& sink) {
              "</head>\r\n",
              "<body><font color = '#123456'><center><H1>Tavolin Web DataBase</H1></center></font>"
              "\r\n",
-             kEncoding,
              "<H5><center><i><SCRIPT>\r\n"
              "document.write('File Created Date: ' + document.fileCreatedDate + '<BR>' + "
              "'Last Update: ' + document.lastModified);\r\n"
@@ -84,7 +97,7 @@ void WriteFramesetPage(std::string_view to_title, std::string_view to_folder, Te
 }
 
 void WriteEmptyPage(TextSink& sink) {
-    sink.Put("<html>\r\n", "<body bgcolor = 'black'>\r\n", kEncoding, kEnd);
+    sink.Put("<html>\r\n", "<body bgcolor = 'black'>\r\n", kEnd);
 }
 
 std::string ContentsList(const CVLTableSet& tables) {
@@ -112,8 +125,8 @@ void WriteRecordsPage(const CVLTable& table, TextSink& sink) {
 }
 
 void WriteInlineFramePage(TextSink& sink) {
-    sink.Put("<html>\r\n", "<body bgcolor = 'black'>", kEncoding);
-    sink.Put("<center><iframe src = '", ".", "\\records.htm' name = 'inlineRecords' ",
+    sink.Put("<html>\r\n", "<body bgcolor = 'black'>", "<center><iframe src = '", ".",
+             "\\records.htm' name = 'inlineRecords'", "\r\n",
              "width = '600' height ='300' frameborder = 'no'  scrolling = 'no' align = middle>",
              "Your browser cannot display inline frames.</iframe></center>\r\n", kEnd);
 }

@@ -81,9 +81,14 @@ class Site {
           contents_list_(ContentsList(tables)) {}
 
     void CheckNames() const {
-        if (!IsFolderName(names_.folder) || !IsFolderName(names_.page)) RaiseRunTime(kBadFileName);
+        if (!IsFolderName(names_.folder) || !IsFolderName(names_.page) || IsOwnName(names_.page)) {
+            RaiseRunTime(kBadFileName);
+        }
         for (const auto& table : tables_.NewEnum()) {
-            if (!IsFolderName(table->Key()) || IsOwnName(table->Key())) RaiseRunTime(kBadFileName);
+            const std::string& name = table->Key();
+            if (!IsFolderName(name) || IsOwnName(name) || EqualFold(name, names_.page)) {
+                RaiseRunTime(kBadFileName);
+            }
         }
     }
 
@@ -113,10 +118,9 @@ class Site {
         return tables_.Count() == 0 ? "." : ".\\" + tables_.Lookup(1)->Key();
     }
 
-    // A table's folder stands among these files.
-    bool IsOwnName(std::string_view name) const {
-        for (const std::string_view own :
-             {kStyleSheet, kTitle, kContents, kInlineFrame, std::string_view(names_.page)}) {
+    // The page of frames and the tables' folders stand among these files.
+    static bool IsOwnName(std::string_view name) {
+        for (const std::string_view own : {kStyleSheet, kTitle, kContents, kInlineFrame}) {
             if (EqualFold(name, own)) return true;
         }
         return false;

@@ -37,6 +37,7 @@ void WriteRecords(const CVLRecordSet& records, const FieldTexts& labels, TextSin
 
 // Every value that the text shows is in the code page.
 bool RecordsFitAnsi(const CVLRecordSet& records, const FieldTexts& labels) {
+    if (records.Count() == 0) return true;
     const RecordArena& arena = records.Collection()->arena();
     const auto fields = Labelled(labels);
     for (const auto& field : fields) {

@@ -44,7 +44,7 @@ class CVLRecord : public std::enable_shared_from_this<CVLRecord> {
     PropertyChange OnPropertyChange{*this};
 
     // The key in the set: the values of the primary key's fields, one behind the other. Setting it
-    // changes this text only; the set files the record under it when it is next loaded.
+    // changes this text only; the set files the record under it when it is next loaded or sorted.
     std::string Key() const;
     void Key(std::string_view key);
 

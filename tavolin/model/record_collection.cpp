@@ -20,25 +20,10 @@ RecordCollection::RecordCollection(std::shared_ptr<RecordArena> arena,
     for (const RecordHandle record : records) arena_->AddReference(record);
 }
 
-RecordCollection::RecordCollection(RecordCollection& former, std::span<const RecordHandle> order)
-    : arena_(former.arena_),
-      records_(Store{.arena = arena_.get(),
-                     .guest = former.IsGuest(),
-                     .places = {},
-                     .keys = {},
-                     .keyless = {}}) {
-    Store& store = records_.store();
-    for (const RecordHandle record : order) {
-        if (arena_->HasOwnKey(record)) store.keys.emplace(record, arena_->Key(record));
-    }
-    // The places that the records hold are the new collection's from here on.
-    records_.Assign(order);
-    former.records_.store().guest = true;
-    for (const RecordHandle record : order) {
-        if (!store.guest) arena_->TakeKey(record);
-        arena_->AddReference(record);
-    }
-}
+RecordCollection::RecordCollection(std::shared_ptr<RecordArena> arena, bool guest)
+    : arena_(std::move(arena)),
+      records_(
+          Store{.arena = arena_.get(), .guest = guest, .places = {}, .keys = {}, .keyless = {}}) {}
 
 RecordCollection::~RecordCollection() {
     // An arena that goes along takes all its records with it.
@@ -101,7 +86,25 @@ std::shared_ptr<RecordCollection> RecordCollection::Rearranged(
         return collection;
     }
     if (!same_keys) collection->CheckKeys(order);
-    return std::shared_ptr<RecordCollection>(new RecordCollection(*collection, order));
+    const std::shared_ptr<RecordCollection> next(
+        new RecordCollection(collection->arena_, collection->IsGuest()));
+    next->TakeOver(*collection, order);
+    return next;
+}
+
+// The last thing that can fail is the assignment, which does so whole.
+void RecordCollection::TakeOver(RecordCollection& former, std::span<const RecordHandle> order) {
+    Store& store = records_.store();
+    for (const RecordHandle record : order) {
+        if (arena_->HasOwnKey(record)) store.keys.emplace(record, arena_->Key(record));
+    }
+    records_.Assign(order);
+    // The places that the records hold are this collection's from here on.
+    former.records_.store().guest = true;
+    for (const RecordHandle record : order) {
+        if (!store.guest) arena_->TakeKey(record);
+        arena_->AddReference(record);
+    }
 }
 
 void RecordCollection::CheckKeys(std::span<const RecordHandle> records) const {

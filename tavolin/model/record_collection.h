@@ -95,8 +95,9 @@ class RecordCollection {
     };
     using Records = KeyedCollection<Store>;
 
-    // What takes the place of `former` in its arena.
-    RecordCollection(RecordCollection& former, std::span<const RecordHandle> order);
+    // An empty one in that arena.
+    RecordCollection(std::shared_ptr<RecordArena> arena, bool guest);
+    void TakeOver(RecordCollection& former, std::span<const RecordHandle> order);
 
     void CheckKeys(std::span<const RecordHandle> records) const;
     void MakePlaces();

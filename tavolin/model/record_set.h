@@ -129,12 +129,17 @@ class CVLRecordSet {
     std::vector<std::uint8_t> ObjectState() const;
     void ObjectState(const std::vector<std::uint8_t>& state);
 
-    // Puts the records in the order of a field, then of the other nine in theirs, without regard to
-    // letter case and as texts: 10 stands before 9. Records with equal texts keep their order; keys
-    // and nKey stay, and a walk that has begun goes on in the old order. Asks for a right to write.
-    // True unless it raises, and then the order is as it was. CAUTION: a field from 10 to 255 is no
-    // error: it takes every record out of the set. Sorting by field 1 places records with an equal
-    // field 1, where that is not empty, by an older rule that differs from plain order.
+    // Puts the records in ascending order of one text each: the field, then the other nine in
+    // theirs, with nothing between them and without regard to letter case. So 10 stands before 9,
+    // and "Anna" of "z2" before "Ann" of "z1", as "annaz2" before "annz1". Records with equal texts
+    // keep their order; a walk that has begun goes on in the old one. CAUTION: a field from 10 to
+    // 255 is no error: it takes every record out of the set. Sorting by field 1 places records with
+    // an equal field 1, where that is not empty, by a rule of its own that differs from ascending
+    // order.
+    //
+    // Asks for a right to write. nKeys and Keys stay, and each record is filed under the Key that
+    // it has now; if two have the same one, 457. True unless it raises, and then nothing has
+    // changed.
     bool Sort(int ByFieldNum);
 
     // Calls CVLRecord::Attach.
@@ -152,7 +157,8 @@ class CVLRecordSet {
     bool NextRecordIsAvailable(std::int32_t nKey) const;
     bool FirstRecordIsAvailable() const;
 
-    // --- Publishing. MakeItText and MakeItHTML ask for a right to read, and for none of `Item`.
+    // --- Publishing. MakeItText, MakeItHTML and MakeItMDB ask for a right to read, and for none of
+    // `Item`.
 
     // The records as text: a blank, then for each record a line with its number, from 1 on, a line
     // "label: value" for each field that has a label, with "NULL" for an empty value, and an empty
@@ -167,6 +173,22 @@ class CVLRecordSet {
     std::string MakeItHTML(std::string_view DirPath, std::string_view FileName,
                            const std::shared_ptr<CVLTable>& table,
                            const FieldTexts& FieldLbls) const;
+
+    // Writes the records into a table `TableName` of an Access database: a text column for each
+    // field that has a label, in that order and named by it, and a row for each record, with "NULL"
+    // for an empty value. The file stands in `DirPath` and is named as `DBShortName` without "cdb"
+    // and with "mdb" right behind it. What is written, and its limits, is told in
+    // docs/mdb-export.md.
+    //
+    // A file that is there gets the table added, if this library wrote it and nobody has changed it
+    // since; any other file, and the open database's own, raises 58. Errors name table, record and
+    // column: 3163 for a value of more than 255 characters, 3047 for a record of more than 4060
+    // bytes, 5 for a value that the format has no form for, 3125 for a table's name or label that
+    // is not allowed, 3191 for two equal labels, 3010 for a table that the file holds already, all
+    // without regard to case; 3026 when the disk is full or the file would pass 2 GB. After a
+    // failure everything is as it was: no new file, and an old one unchanged.
+    void MakeItMDB(std::string_view DirPath, std::string_view DBShortName,
+                   std::string_view TableName, const FieldTexts& FieldLbls) const;
 
     // Writes any text to a file, which is created or replaced, between two quotation marks and with
     // a line break behind it: in code page 1252 if all characters are in it, else as UTF-8 with a

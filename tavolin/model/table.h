@@ -140,10 +140,11 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     // for `Ownership`. Tables that others refer to stay and lose the reference to this one.
     void DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet);
 
-    // CVLRecordSet::MakeItText and MakeItHTML for the records, with the table's labels and links;
-    // CVLRecordSet::PrintToFile.
+    // CVLRecordSet::MakeItText, MakeItHTML and MakeItMDB for the records, with the table's labels,
+    // links and Key; CVLRecordSet::PrintToFile.
     std::string MakeItText() const;
     std::string MakeItHTML(std::string_view DirPath, std::string_view FileName) const;
+    void MakeItMDB(std::string_view DirPath, std::string_view DBShortName) const;
     void PrintToFile(std::string_view Text, std::string_view FilePathName) const;
 
     // Library-internal.

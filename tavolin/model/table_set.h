@@ -86,6 +86,11 @@ class CVLTableSet {
     // failure the files written so far stay.
     void MakeItHTML(std::string_view DirPath, std::string_view FileName = {}) const;
 
+    // CVLTable::MakeItMDB for every table, all into one file and all or none: the file is put in
+    // its place once, when every table is in it. All rights to read are asked for, and all names
+    // looked at, before anything is written. Without tables no file is made.
+    void MakeItMDB(std::string_view DirPath, std::string_view DBShortName) const;
+
     // CVLRecordSet::PrintToFile.
     void PrintToFile(std::string_view Text, std::string_view FilePathName) const;
 

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
-#include <random>
 #include <utility>
 
-#include "tavolin/persist/paths.h"
+#include "tavolin/persist/file_replacement.h"
 
 namespace tavolin {
 namespace {
@@ -27,57 +26,21 @@ void CopyTail(File& from, std::uint64_t offset, File& to) {
     }
 }
 
-// A name that nobody else picks at the same time, short whatever the length of the file's own.
-std::string SiblingOf(std::string_view path) {
-    static std::atomic<std::uint32_t> counter{std::random_device{}()};
-    const auto number = (std::uint64_t{std::random_device{}()} << 32) | ++counter;
-    return SplitPath(path).dir + "tavolin-" + std::to_string(number) + ".tmp";
-}
-
-// A file that is deleted at the end of the scope if it is there. When that fails there is nothing
-// to be done, and already an exception under way.
-class Temporary {
-  public:
-    Temporary(FileSystem& files, std::string path) : files_(files), path_(std::move(path)) {}
-    ~Temporary() {
-        if (!there_) return;
-        try {
-            files_.Delete(path_);
-        } catch (...) {
-        }
-    }
-    Temporary(const Temporary&) = delete;
-    Temporary& operator=(const Temporary&) = delete;
-
-    std::unique_ptr<File> Create(std::string_view like) {
-        auto file = files_.Create(path_, like);
-        there_ = true;
-        return file;
-    }
-    void RenameTo(std::string_view target) {
-        files_.Rename(path_, target);
-        there_ = false;
-    }
-
-  private:
-    FileSystem& files_;
-    std::string path_;
-    bool there_ = false;
-};
-
 bool IsThere(PathKind kind) { return kind != PathKind::kMissing && kind != PathKind::kNoFolder; }
 
-// The ordinary file that is about to be replaced; opened for writing to learn that it may be.
-std::unique_ptr<File> OpenOld(FileSystem& files, std::string_view path, PathKind kind) {
-    if (!IsThere(kind)) return nullptr;
-    if (kind == PathKind::kOther) {
-        throw std::filesystem::filesystem_error("not an ordinary file", NativePath(path),
-                                                std::make_error_code(std::errc::invalid_argument));
-    }
-    return files.Open(path, FileMode::kUpdate);
+}  // namespace
+
+void WriteAll(File& file, ByteView bytes) {
+    while (!bytes.empty()) bytes = bytes.subspan(file.Write(bytes));
 }
 
-}  // namespace
+void WriteAllAt(File& file, std::uint64_t offset, ByteView bytes) {
+    while (!bytes.empty()) {
+        const std::size_t taken = file.WriteAt(offset, bytes);
+        bytes = bytes.subspan(taken);
+        offset += taken;
+    }
+}
 
 FileSystem& FileSystem::Current() { return *InUse(); }
 
@@ -85,10 +48,6 @@ ScopedFileSystem::ScopedFileSystem(FileSystem& file_system)
     : previous_(InUse().exchange(&file_system)) {}
 
 ScopedFileSystem::~ScopedFileSystem() { InUse() = previous_; }
-
-void WriteAll(File& file, ByteView bytes) {
-    while (!bytes.empty()) bytes = bytes.subspan(file.Write(bytes));
-}
 
 std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint64_t limit) {
     const std::uint64_t size = file.Size();
@@ -133,18 +92,11 @@ void FileSystem::Write(std::string_view path, ByteView bytes) {
 
 void FileSystem::Replace(std::string_view path, std::span<const ByteView> chunks,
                          std::optional<std::uint64_t> keep_tail_from) {
-    const std::string target = FollowLink(path);
-    auto old = OpenOld(*this, target, Kind(target));
-    // Closed before it is deleted, which the machine may insist on: the file goes first.
-    Temporary temporary(*this, SiblingOf(target));
-    const auto file = temporary.Create(old ? target : std::string());
-    for (const ByteView chunk : chunks) WriteAll(*file, chunk);
-    if (old && keep_tail_from) CopyTail(*old, *keep_tail_from, *file);
-    old.reset();
-    file->Flush();
-    file->Close();
-    temporary.RenameTo(target);
-    FlushFolder(SplitPath(target).dir);
+    FileReplacement replacement(*this, path);
+    File& file = replacement.Begin();
+    for (const ByteView chunk : chunks) WriteAll(file, chunk);
+    if (replacement.old() && keep_tail_from) CopyTail(*replacement.old(), *keep_tail_from, file);
+    replacement.Commit();
 }
 
 void FileSystem::AddName(std::string_view path, std::string_view second) {

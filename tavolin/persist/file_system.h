@@ -50,8 +50,12 @@ class File {
     virtual std::uint64_t Size() = 0;
     // The number of bytes put into `target`: fewer than asked for near the end, 0 at the end.
     virtual std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> target) = 0;
-    // The number of bytes taken, which may be fewer than given; never 0 for a non-empty view.
+    // Puts bytes behind those that the last Write took. The number of bytes taken, which may be
+    // fewer than given; never 0 for a non-empty view.
     virtual std::size_t Write(ByteView bytes) = 0;
+    // The same at any place, which may be behind the file's end; what is skipped reads as zeros
+    // until it is written. Not for files opened to append, and not to be mixed with Write.
+    virtual std::size_t WriteAt(std::uint64_t offset, ByteView bytes) = 0;
     // Returns when the bytes are on the disk.
     virtual void Flush() = 0;
     // Reports what a late write could not do. No other member may be called afterwards.
@@ -61,8 +65,9 @@ class File {
 // At most `limit` bytes from `offset` on; fewer when the file ends before.
 std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint64_t limit);
 
-// All of the bytes, in as many requests as it takes.
+// All the bytes, in as many requests as it takes.
 void WriteAll(File& file, ByteView bytes);
+void WriteAllAt(File& file, std::uint64_t offset, ByteView bytes);
 
 class FileSystem {
   public:

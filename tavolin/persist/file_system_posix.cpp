@@ -58,12 +58,18 @@ class PosixFile final : public File {
     }
 
     std::size_t Write(ByteView bytes) override {
-        const auto count = Retry([&] {
-            return ::write(descriptor_, bytes.data(), std::min(bytes.size(), kMaxRequest));
-        });
-        if (count < 0) Fail("cannot write", path_);
-        if (count == 0 && !bytes.empty()) Fail("cannot write", path_, ENOSPC);
-        return static_cast<std::size_t>(count);
+        return Taken(bytes, Retry([&] {
+                         return ::write(descriptor_, bytes.data(),
+                                        std::min(bytes.size(), kMaxRequest));
+                     }));
+    }
+
+    std::size_t WriteAt(std::uint64_t offset, ByteView bytes) override {
+        return Taken(bytes, Retry([&] {
+                         return ::pwrite(descriptor_, bytes.data(),
+                                         std::min(bytes.size(), kMaxRequest),
+                                         static_cast<off_t>(offset));
+                     }));
     }
 
     void Flush() override {
@@ -88,6 +94,12 @@ class PosixFile final : public File {
     }
 
   private:
+    std::size_t Taken(ByteView bytes, ssize_t count) const {
+        if (count < 0) Fail("cannot write", path_);
+        if (count == 0 && !bytes.empty()) Fail("cannot write", path_, ENOSPC);
+        return static_cast<std::size_t>(count);
+    }
+
     int descriptor_;
     fs::path path_;
 };

@@ -90,13 +90,13 @@ class WindowsFile final : public File {
         return count;
     }
 
-    std::size_t Write(ByteView bytes) override {
-        DWORD count = 0;
-        const auto given = static_cast<DWORD>(std::min(bytes.size(), kMaxRequest));
-        if (!::WriteFile(handle_, bytes.data(), given, &count, nullptr))
-            Fail("cannot write", path_);
-        if (count == 0 && given != 0) FailWith("cannot write", path_, ENOSPC);
-        return count;
+    std::size_t Write(ByteView bytes) override { return Write(bytes, nullptr); }
+
+    std::size_t WriteAt(std::uint64_t offset, ByteView bytes) override {
+        OVERLAPPED place{};
+        place.Offset = static_cast<DWORD>(offset);
+        place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        return Write(bytes, &place);
     }
 
     void Flush() override {
@@ -110,6 +110,14 @@ class WindowsFile final : public File {
     }
 
   private:
+    std::size_t Write(ByteView bytes, OVERLAPPED* place) {
+        DWORD count = 0;
+        const auto given = static_cast<DWORD>(std::min(bytes.size(), kMaxRequest));
+        if (!::WriteFile(handle_, bytes.data(), given, &count, place)) Fail("cannot write", path_);
+        if (count == 0 && given != 0) FailWith("cannot write", path_, ENOSPC);
+        return count;
+    }
+
     HANDLE handle_;
     fs::path path_;
 };

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "tavolin/base/text.h"
+#include "tavolin/base/utf8.h"
 #include "tavolin/persist/file_system.h"
 
 namespace tavolin {
@@ -48,10 +49,19 @@ PathParts SplitPath(std::string_view path) {
 }
 
 bool IsFolderName(std::string_view name) {
-    if (name.empty() || name.back() == '.' || name.back() == ' ') return false;
-    const bool possible = std::all_of(name.begin(), name.end(), [](char byte) {
-        return static_cast<std::uint8_t>(byte) >= ' ' &&
-               std::string_view("<>:\"/\\|?*").find(byte) == std::string_view::npos;
+    constexpr std::size_t kLongest = 255;
+    if (name.empty() || name.size() > kLongest || name.back() == '.' || name.back() == ' ') {
+        return false;
+    }
+    bool possible = true;
+    ForEachUnit(name, [&](const Utf8Unit& unit) {
+        const bool control = unit.value < ' ' || (unit.value >= 0x7F && unit.value < 0xA0);
+        const bool forbidden =
+            unit.value < 0x80 &&
+            std::string_view("<>:\"/\\|?*").find(static_cast<char>(unit.value)) !=
+                std::string_view::npos;
+        possible =
+            possible && unit.well_formed && !IsSurrogate(unit.value) && !control && !forbidden;
     });
     return possible && !IsDevice(name);
 }

@@ -23,9 +23,11 @@ struct PathParts {
 // Splits behind the last `\` or `/`: dir + name is the path again.
 PathParts SplitPath(std::string_view path);
 
-// Whether a name can be that of one folder on every system: not empty, "." or "..", without
-// separators, control characters and any of <>:"|?*, not ending in a dot or a blank, and none of
-// the names of devices, which stand for themselves with any extension ("con", "LPT1.txt").
+// Whether a name can be that of one folder on every system: well-formed UTF-8 of 1 to 255 bytes,
+// not
+// "." or "..", without separators, control characters and any of <>:"|?*, not ending in a dot or a
+// blank, and none of the names of devices, which stand for themselves with any extension ("con",
+// "LPT1.txt").
 bool IsFolderName(std::string_view name);
 
 // The folder of the component's own file, with `\` behind it: the shared library's, or the

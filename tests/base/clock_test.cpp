@@ -35,6 +35,8 @@ TEST(ClockTest, WritesTheGeneralForm) {
         {MakeDate(2026, 1, 2, 23, 59, 59), "1/2/2026 11:59:59 PM"},
         {MakeDate(100, 1, 1, 13, 10, 9), "1/1/100 1:10:09 PM"},
         {MakeDate(9999, 12, 31, 10), "12/31/9999 10:00:00 AM"},
+        {MakeDate(1899, 12, 30), "12:00:00 AM"},
+        {MakeDate(1899, 12, 30, 13, 5), "1:05:00 PM"},
     };
     for (const auto& [date, text] : cases) EXPECT_EQ(GeneralDate(date), text);
 }

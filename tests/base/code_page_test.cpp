@@ -29,6 +29,8 @@ TEST(CodePageTest, EncodesWholeTextsOrNothing) {
         EXPECT_EQ(EncodeTextFile(text), std::string("\xEF\xBB\xBF") + text);
     }
     EXPECT_EQ(EncodeTextFile("Käse"), "K\xE4se");
+    EXPECT_EQ(EncodeAnsiWithReferences("ä€Ł😀\xC2\x85\xC2\x81\xFF\xED\xA0\x80"),
+              "\xE4\x80&#321;&#128512;&#65533;\x81&#65533;&#65533;");
 }
 
 }  // namespace

@@ -32,6 +32,45 @@ TEST_F(HostTest, KeysThatLookLikePositionsOrOptions) {
     EXPECT_EQ("\\#1,slash,\n", Run("--format csv --no-header shop get People '\\\\#1'").out);
 }
 
+TEST_F(HostTest, SortsAndExports) {
+    MakeShop();
+    EXPECT_EQ(1, Run("shop sort People City").status);
+    EXPECT_EQ(2, Run("shop sort People 10 --yes").status);
+    EXPECT_EQ(0, Run("shop sort People Name --yes").status);
+    EXPECT_EQ("8,,Rome\n7,Ann Lee,Paris\n", Csv("People"));
+
+    const std::string text =
+        "\" People\r\n \r\n1\r\nID: 8\r\nName: NULL\r\nCity: Rome\r\n\r\n\r\n2\r\nID: 7\r\n"
+        "Name: Ann Lee\r\nCity: Paris\r\n\r\n\r\n\r\n\"\r\n";
+    EXPECT_EQ(0, Run("shop export text").status);
+    EXPECT_EQ(text, Read("shop.txt"));
+    Write("old.txt", "old");
+    EXPECT_EQ(1, Run("shop export text ./old.txt").status);
+    EXPECT_EQ("old", Read("old.txt"));
+    EXPECT_EQ(0, Run("shop export text '.\\old.txt' --yes").status);
+    EXPECT_EQ(text, Read("old.txt"));
+
+    EXPECT_EQ(0, Run("shop export html site").status);
+    EXPECT_TRUE(fs::exists(Path("site/site.htm")) && fs::exists(Path("site/People/Records.htm")));
+    EXPECT_EQ(0, Run("shop export mdb").status);
+    const std::string exported = Read("shop.mdb");
+    EXPECT_EQ(1, Run("shop export mdb").status);
+    EXPECT_EQ(exported, Read("shop.mdb"));
+    EXPECT_EQ(0, Run("shop add People 9").status);
+    EXPECT_EQ(0, Run("shop export mdb --replace").status);
+    EXPECT_NE(exported, Read("shop.mdb"));
+    EXPECT_FALSE(fs::exists(Path("shop.mdb.old")));
+    Write("foreign.mdb", "mine");
+    EXPECT_EQ(1, Run("shop export mdb foreign.mdb --replace").status);
+    EXPECT_EQ("mine", Read("foreign.mdb"));
+    const std::pair<const char*, int> refused[] = {
+        {"text x.csv", 2}, {"text none/x.txt", 1}, {"html site", 1},     {"html shop.cdb", 1},
+        {"html /", 2},     {"html title", 1},      {"mdb abcdb.mdb", 2}, {"text .txt", 2}};
+    for (const auto& [words, status] : refused) {
+        EXPECT_EQ(status, Run(std::string("shop export ") + words).status) << words;
+    }
+}
+
 TEST_F(HostTest, WrongWordsAndFailuresHaveTheirStatus) {
     MakeShop();
     const std::pair<const char*, int> cases[] = {

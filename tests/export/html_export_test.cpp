@@ -114,10 +114,35 @@ TEST_F(HtmlExportTest, RefusesNamesThatAreNoFolders) {
     const auto publish = [&](const std::string& name) {
         return ErrorNumber([&] { engine_.MakeItHTML(FolderPath(), name); });
     };
-    const char* impossible[] = {
-        ".",  "..", "a/b",  "..\\a", "C:",    "a?",   "a<b",      "a|b",         "a\"",     "a*",
-        "a.", "a ", "a\nb", "con",   "Nul.x", "LPT1", "com9.htm", "COM\xC2\xB2", "aux .txt"};
+    const std::string longest(255, 'x');
+    const std::string too_long = longest + "x";
+    const char* impossible[] = {too_long.c_str(),
+                                "A\xFF",
+                                "\xED\xA0\x80",
+                                "\xC2\x85",
+                                ".",
+                                "..",
+                                "a/b",
+                                "..\\a",
+                                "C:",
+                                "a?",
+                                "a<b",
+                                "a|b",
+                                "a\"",
+                                "a*",
+                                "a.",
+                                "a ",
+                                "a\nb",
+                                "con",
+                                "Nul.x",
+                                "LPT1",
+                                "com9.htm",
+                                "COM\xC2\xB2",
+                                "aux .txt"};
     for (const char* name : impossible) EXPECT_EQ(publish(name), kBadFileName) << name;
+    for (const char* name : {"title", "Contents", "inlineframerecords"}) {
+        EXPECT_EQ(publish(name), kBadFileName) << name;
+    }
     const auto table = engine_.GetTable("Buyers");
     for (const char* name : impossible) {
         table->Key(name);
@@ -130,9 +155,9 @@ TEST_F(HtmlExportTest, RefusesNamesThatAreNoFolders) {
     engine_.DBName(".cdb");
     EXPECT_EQ(publish(""), kBadFileName);
     EXPECT_TRUE(fs::is_empty(folder_.path()));
-    for (const char* name : {"...a", "com", "com10", "conx.txt", "a b", "Łódź", "lptx"}) {
+    for (const char* name : {"...a", "com", "com10", "conx.txt", "a b", "Łódź", "lptx", "title"}) {
         table->Key(name);
-        EXPECT_EQ(publish(name), 0) << name;
+        EXPECT_EQ(publish("site"), 0) << name;
     }
     for (const auto& [name, page] : {std::pair("My.CDB", "My/My.htm"),
                                      {"x.db", "x.db/x.db.htm"},

@@ -100,6 +100,11 @@ class FailingFileSystem final : public FileSystem {
             files_.Count("write", path_);
             return real_->Write(bytes.first(std::min(bytes.size(), files_.write_limit_)));
         }
+        std::size_t WriteAt(std::uint64_t offset, ByteView bytes) override {
+            if (files_.NextFails()) real_->WriteAt(offset, bytes.first(bytes.size() / 2));
+            files_.Count("write", path_);
+            return real_->WriteAt(offset, bytes.first(std::min(bytes.size(), files_.write_limit_)));
+        }
         void Flush() override {
             files_.Count("flush", path_);
             real_->Flush();
