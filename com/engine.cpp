@@ -2,7 +2,6 @@
 
 #include "com/host_updater.h"
 #include "com/properties.h"
-#include "com/publish.h"
 
 namespace tavolin::com {
 namespace {
@@ -302,7 +301,7 @@ class EngineObject : public Object<CVLDBEngine> {
         return Call([&] { core().MakeItHTML(Utf8(DirPath), Utf8(FileName)); });
     }
     STDMETHODIMP MakeItMDB(BSTR DirPath, BSTR FileName) override {
-        return Call([&] { MakeMDB(core(), Utf8(DirPath), Utf8(FileName)); });
+        return Call([&] { core().MakeItMDB(Utf8(DirPath), Utf8(FileName)); });
     }
 
     TAVOLIN_EVENTS(core().OnDBCreation, core().OnDBDeletion, core().OnOwnerChange,

@@ -1,7 +1,6 @@
 #include "tavolin/model/record_set.h"
 
 #include "com/properties.h"
-#include "com/publish.h"
 #include "com/set_object.h"
 #include "tavolin/model/attachment_set.h"
 #include "tavolin/model/table.h"
@@ -55,8 +54,8 @@ class RecordSetObject : public SetObject<CVLRecordSet> {
     STDMETHODIMP MakeItMDB(BSTR DirPath, BSTR DBShortName, BSTR TableName,
                            TAVOLIN_TEN_PARAMETERS(FieldLbl)) override {
         return Call([&] {
-            MakeMDB(core(), Utf8(DirPath), Utf8(DBShortName), Utf8(TableName),
-                    Fields(TAVOLIN_TEN(FieldLbl)));
+            core().MakeItMDB(Utf8(DirPath), Utf8(DBShortName), Utf8(TableName),
+                             Fields(TAVOLIN_TEN(FieldLbl)));
         });
     }
     STDMETHODIMP MakeItText(TAVOLIN_TEN_PARAMETERS(FieldLbl), BSTR* result) override {

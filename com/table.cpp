@@ -1,7 +1,6 @@
 #include "tavolin/model/table.h"
 
 #include "com/properties.h"
-#include "com/publish.h"
 #include "com/record_face.h"
 #include "tavolin/model/attachment_set.h"
 #include "tavolin/model/table_set.h"
@@ -114,7 +113,7 @@ class TableObject : public Object<CVLTable> {
         return Return(result, [&] { return core().MakeItHTML(Utf8(DirPath), Utf8(FileName)); });
     }
     STDMETHODIMP MakeItMDB(BSTR DirPath, BSTR DBShortName) override {
-        return Call([&] { MakeMDB(core(), Utf8(DirPath), Utf8(DBShortName)); });
+        return Call([&] { core().MakeItMDB(Utf8(DirPath), Utf8(DBShortName)); });
     }
     STDMETHODIMP FreeFromInOutLinks() override {
         return Call([&] { core().FreeFromInOutLinks(); });

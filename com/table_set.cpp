@@ -1,7 +1,6 @@
 #include "tavolin/model/table_set.h"
 
 #include "com/properties.h"
-#include "com/publish.h"
 #include "com/set_object.h"
 
 namespace tavolin::com {
@@ -35,7 +34,7 @@ class TableSetObject : public SetObject<CVLTableSet> {
     }
     TAVOLIN_ITEM(CVLTable)
     STDMETHODIMP MakeItMDB(BSTR DirPath, BSTR DBShortName) override {
-        return Call([&] { MakeMDB(core(), Utf8(DirPath), Utf8(DBShortName)); });
+        return Call([&] { core().MakeItMDB(Utf8(DirPath), Utf8(DBShortName)); });
     }
     STDMETHODIMP MakeItText(BSTR* result) override {
         return Return(result, [&] { return core().MakeItText(); });
