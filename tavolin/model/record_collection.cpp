@@ -86,7 +86,7 @@ std::shared_ptr<RecordCollection> RecordCollection::Rearranged(
         return collection;
     }
     if (!same_keys) collection->CheckKeys(order);
-    const std::shared_ptr<RecordCollection> next(
+    std::shared_ptr<RecordCollection> next(
         new RecordCollection(collection->arena_, collection->IsGuest()));
     next->TakeOver(*collection, order);
     return next;

@@ -18,7 +18,9 @@ constexpr NavigationTexts kNavigation = {"CVLUserNoteSet",
                                          CVLErrorNum::GetNextNoteError()};
 
 std::string KeyOf(Date date) {
-    if (date < MakeDate(100, 1, 1) || date >= MakeDate(10000, 1, 1)) RaiseRunTime(kInvalidCall);
+    const bool has_a_form = date.seconds >= MakeDate(100, 1, 1).seconds &&
+                            date.seconds < MakeDate(10000, 1, 1).seconds;
+    if (!has_a_form) RaiseRunTime(kInvalidCall);
     return GeneralDate(date);
 }
 

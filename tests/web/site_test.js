@@ -41,7 +41,7 @@ async function openWindow(faults) {
 // Waits until `look` gives `expected`.
 async function eventually(look, expected) {
     let seen;
-    for (const end = Date.now() + kPatience / 10; Date.now() < end; ) {
+    for (const end = Date.now() + kPatience; Date.now() < end; ) {
         // A frame on its way to another page cannot be asked.
         seen = await look().catch((error) => error.message);
         if (JSON.stringify(seen) === JSON.stringify(expected)) return;
