@@ -13,14 +13,22 @@ struct ThreadSessions {
     std::weak_ptr<Session> running;               // that of the engine member being run
 };
 
-ThreadSessions& OfThisThread() {
-    thread_local ThreadSessions sessions;
+// A plain pointer: not every run time destroys a thread's objects before it takes their memory
+// away. It is given back with the thread's last engine.
+ThreadSessions*& Slot() {
+    thread_local ThreadSessions* sessions = nullptr;
     return sessions;
+}
+
+ThreadSessions& OfThisThread() {
+    if (!Slot()) Slot() = new ThreadSessions;
+    return *Slot();
 }
 
 }  // namespace
 
 std::shared_ptr<Session> Session::Current() {
+    if (!Slot()) return std::make_shared<Session>(std::make_shared<Authority>());
     auto& sessions = OfThisThread();
     if (auto running = sessions.running.lock()) return running;
     while (!sessions.engines.empty()) {
@@ -46,10 +54,14 @@ void RegisterSession(const std::shared_ptr<Session>& session) {
 }
 
 void UnregisterSession(const std::shared_ptr<Session>& session) {
+    if (!Slot()) return;
     std::erase_if(OfThisThread().engines, [&](const std::weak_ptr<Session>& candidate) {
         const auto living = candidate.lock();
         return !living || living == session;
     });
+    if (!Slot()->engines.empty() || !Slot()->running.expired()) return;
+    delete Slot();
+    Slot() = nullptr;
 }
 
 }  // namespace tavolin

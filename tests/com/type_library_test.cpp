@@ -1,0 +1,196 @@
+// The type library, read back from the component and compared with the table of the boundary: one
+// line a member, "Interface id kind Name(parameters)", parameters as "Name:type=default", "?" where
+// one is optional without a default, "&" where it is passed by reference.
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include "tests/com/client.h"
+
+namespace tavolin_client {
+namespace {
+
+std::string Narrow(BSTR text) {
+    std::string narrow;
+    for (UINT i = 0; i < ::SysStringLen(text); ++i) narrow += static_cast<char>(text[i]);
+    return narrow;
+}
+
+class Description {
+  public:
+    explicit Description(Ref<ITypeInfo> info) : info_(std::move(info)) {
+        info_->GetTypeAttr(&attributes_);
+    }
+    ~Description() { info_->ReleaseTypeAttr(attributes_); }
+
+    std::string Name(MEMBERID member = MEMBERID_NIL) const {
+        Text name;
+        info_->GetDocumentation(member, name.out(), nullptr, nullptr, nullptr);
+        return Narrow(name);
+    }
+
+    void Write(std::vector<std::string>& lines) const {
+        switch (attributes_->typekind) {
+            case TKIND_ENUM:
+            case TKIND_RECORD:
+                return WriteFields(lines);
+            case TKIND_DISPATCH:
+                return WriteMembers(lines);
+            case TKIND_COCLASS:
+                return WriteClass(lines);
+            default:
+                lines.push_back("unknown kind of " + Name());
+        }
+    }
+
+  private:
+    Ref<ITypeInfo> Referred(HREFTYPE handle) const {
+        Ref<ITypeInfo> info;
+        info_->GetRefTypeInfo(handle, info.slot());
+        return info;
+    }
+
+    std::string Type(const TYPEDESC& type) const {
+        switch (type.vt) {
+            case VT_PTR: {
+                const std::string to = Type(*type.lptdesc);
+                const bool object = type.lptdesc->vt == VT_USERDEFINED && to[0] == '_';
+                return object ? to : to + "&";
+            }
+            case VT_SAFEARRAY:
+                return Type(*type.lptdesc) + "()";
+            case VT_USERDEFINED:
+                return Description(Referred(type.hreftype)).Name();
+            case VT_BSTR:
+                return "text";
+            case VT_BOOL:
+                return "flag";
+            case VT_I4:
+                return "long";
+            case VT_UI1:
+                return "byte";
+            case VT_DATE:
+                return "date";
+            case VT_VARIANT:
+                return "any";
+            case VT_UNKNOWN:
+                return "unknown";
+            case VT_VOID:
+                return "";
+            default:
+                return "vt" + std::to_string(type.vt);
+        }
+    }
+
+    static std::string Default(const PARAMDESC& parameter) {
+        if ((parameter.wParamFlags & PARAMFLAG_FHASDEFAULT) == 0) {
+            return (parameter.wParamFlags & PARAMFLAG_FOPT) != 0 ? "?" : "";
+        }
+        const VARIANT& value = parameter.pparamdescex->varDefaultValue;
+        switch (value.vt) {
+            case VT_BSTR:
+                return "=\"" + Narrow(value.bstrVal) + "\"";
+            case VT_BOOL:
+                return value.boolVal ? "=True" : "=False";
+            case VT_UI1:
+                return "=" + std::to_string(value.bVal);
+            default:
+                return "=" + std::to_string(value.lVal);
+        }
+    }
+
+    void WriteMembers(std::vector<std::string>& lines) const {
+        for (UINT i = 0; i < attributes_->cFuncs; ++i) {
+            FUNCDESC* function = nullptr;
+            info_->GetFuncDesc(i, &function);
+            if (function->memid < 0x60000000) lines.push_back(Line(*function));
+            info_->ReleaseFuncDesc(function);
+        }
+    }
+
+    std::string Line(const FUNCDESC& function) const {
+        BSTR names[40]{};
+        UINT count = 0;
+        info_->GetNames(function.memid, names, 40, &count);
+        static const char* const kKinds[] = {"", "", "get ", "", "put ", "", "", "", "set "};
+        std::string line = Name() + " " + std::to_string(function.memid) + " " +
+                           kKinds[function.invkind] + Narrow(names[0]) + "(";
+        const bool is_put = function.invkind >= INVOKE_PROPERTYPUT;
+        for (SHORT p = 0; p < function.cParams; ++p) {
+            const ELEMDESC& parameter = function.lprgelemdescParam[p];
+            const bool is_value = is_put && p + 1 == function.cParams;
+            line += (p > 0 ? "," : "") + (is_value ? "" : Narrow(names[p + 1])) + ":" +
+                    Type(parameter.tdesc) + Default(parameter.paramdesc);
+        }
+        line += ")" + Type(function.elemdescFunc.tdesc);
+        for (BSTR name : names) ::SysFreeString(name);
+        if ((function.wFuncFlags & FUNCFLAG_FRESTRICTED) != 0) line += " restricted";
+        return line;
+    }
+
+    void WriteFields(std::vector<std::string>& lines) const {
+        std::string line = Name() + " =";
+        for (UINT i = 0; i < attributes_->cVars; ++i) {
+            VARDESC* variable = nullptr;
+            info_->GetVarDesc(i, &variable);
+            line += " " + Name(variable->memid) + ":" +
+                    (variable->varkind == VAR_CONST ? std::to_string(variable->lpvarValue->lVal)
+                                                    : Type(variable->elemdescVar.tdesc));
+            info_->ReleaseVarDesc(variable);
+        }
+        lines.push_back(line);
+    }
+
+    void WriteClass(std::vector<std::string>& lines) const {
+        std::string line = "class " + Name();
+        if ((attributes_->wTypeFlags & TYPEFLAG_FCANCREATE) != 0) line += " creatable";
+        if ((attributes_->wTypeFlags & TYPEFLAG_FAPPOBJECT) != 0) line += " global";
+        for (UINT i = 0; i < attributes_->cImplTypes; ++i) {
+            HREFTYPE handle = 0;
+            INT flags = 0;
+            info_->GetRefTypeOfImplType(i, &handle);
+            info_->GetImplTypeFlags(i, &flags);
+            line += ((flags & IMPLTYPEFLAG_FSOURCE) != 0 ? " source " : " ") +
+                    Description(Referred(handle)).Name();
+        }
+        lines.push_back(line);
+    }
+
+    Ref<ITypeInfo> info_;
+    TYPEATTR* attributes_ = nullptr;
+};
+
+TEST(TypeLibrary, IsTheBoundary) {
+    Ref<ITypeLib> library;
+    ASSERT_EQ(::LoadTypeLibEx((ComponentFolder() + L"\\Tavolin.dll").c_str(), REGKIND_NONE,
+                              library.slot()),
+              S_OK);
+    std::vector<std::string> found;
+    for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
+        Ref<ITypeInfo> info;
+        library->GetTypeInfo(i, info.slot());
+        Description(info).Write(found);
+    }
+    std::vector<std::string> wanted;
+    std::ifstream table(TAVOLIN_BOUNDARY);
+    for (std::string line; std::getline(table, line);) {
+        if (!line.empty() && line[0] != '#') wanted.push_back(line);
+    }
+    // The order of members counts within an interface, the order of interfaces does not.
+    const auto by_owner = [](const std::string& a, const std::string& b) {
+        return a.substr(0, a.find(' ')) < b.substr(0, b.find(' '));
+    };
+    std::stable_sort(found.begin(), found.end(), by_owner);
+    std::stable_sort(wanted.begin(), wanted.end(), by_owner);
+    ASSERT_FALSE(wanted.empty()) << [&] {
+        std::string all;
+        for (const std::string& line : found) all += line + "\n";
+        return all;
+    }();
+    for (std::size_t i = 0; i < std::max(found.size(), wanted.size()); ++i) {
+        ASSERT_EQ(i < found.size() ? found[i] : "", i < wanted.size() ? wanted[i] : "");
+    }
+}
+
+}  // namespace
+}  // namespace tavolin_client
