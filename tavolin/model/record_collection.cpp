@@ -116,7 +116,7 @@ void RecordCollection::CheckKeys(std::span<const RecordHandle> records) const {
 void RecordCollection::Remove(RecordHandle record) {
     MakePlaces();
     // Before the first of several with one key goes, the others must be known to have none.
-    records_.FindKey({});
+    records_.IndexKeys();
     if (!records_.Remove(record)) return;
     records_.store().Part(record);
     arena_->Release(record);
