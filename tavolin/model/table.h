@@ -163,6 +163,11 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     const CVLTableSet* set() const { return set_; }
     void JoinSession(std::shared_ptr<Session> session);
     void NameResult(std::string_view key) { key_ = key; }
+    template <class Body>
+    void ForEachMention(Body&& body) const {
+        for (const std::string& name : linked_) body(name);
+        for (const std::string& name : referenced_) body(name);
+    }
     void FollowRename(std::string_view old_name, std::string_view new_name);
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
@@ -180,6 +185,8 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     Fillings PlanFillings(const std::shared_ptr<CVLTableSet>& tables) const;
     static void Fill(const Fillings& fillings, const CVLRecord& record, std::int32_t n_key);
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table, const char* source) const;
+    void SetMention(std::string& mention, std::string_view name);
+    void SetLink(std::size_t field, std::string_view target);
     void DropOldLink(int field, const std::string& new_target);
     bool NoteReferenceFrom(std::string_view table);
     void ClearReferencesTo(std::string_view table);

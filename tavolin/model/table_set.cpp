@@ -38,6 +38,7 @@ void CVLTableSet::Detach() {
     tables_->ForEach([this](const std::shared_ptr<CVLTable>& table) {
         if (table->set() == this) table->JoinSet(nullptr);
     });
+    links_.Clear();
 }
 
 bool CVLTableSet::CanAdd(IndexKey Key) const {
@@ -112,9 +113,11 @@ void CVLTableSet::Remove(IndexKey vntIndexKey) {
     static constexpr const char* kSource = "CVLTableSet:Remove Method";
     Trap(kSource, [&] {
         AskToRemove();
-        if (!tables_->Find(vntIndexKey)) RaiseNotFound(kSource);
-        const auto table = tables_->Remove(vntIndexKey);
-        if (table->set() == this) table->JoinSet(nullptr);
+        const auto table = tables_->Find(vntIndexKey);
+        if (!table) RaiseNotFound(kSource);
+        table->ForEachMention([&](const std::string& name) { links_.Remove(name, *table); });
+        tables_->Remove(vntIndexKey);
+        table->JoinSet(nullptr);
         OnTableRemove.Fire(table);
     });
 }
@@ -130,8 +133,7 @@ void CVLTableSet::Rename(const CVLTable& table, std::string_view name, const cha
     if (other && other.get() != &table) RaiseTaken(source);
     const std::string old_name = table.Key();
     if (tables_->Find(old_name).get() == &table) tables_->Rename(old_name, name);
-    tables_->ForEach(
-        [&](const std::shared_ptr<CVLTable>& each) { each->FollowRename(old_name, name); });
+    for (CVLTable* const each : links_.All(old_name)) each->FollowRename(old_name, name);
 }
 
 void CVLTableSet::JoinSession(std::shared_ptr<Session> session) {
@@ -148,8 +150,13 @@ void CVLTableSet::ReadProperties(PropertyBagReader& bag) {
     auto tables = ReadCollection<CVLTable>(
         bag, "ListsCount", "List", [this] { return std::make_shared<CVLTable>(session_); },
         [](const CVLTable& table) { return std::string_view(table.Key()); });
+    LinkIndex links;
+    tables->ForEach([&](const std::shared_ptr<CVLTable>& table) {
+        table->ForEachMention([&](const std::string& name) { links.Add(name, *table); });
+    });
     Detach();
     tables_ = std::move(tables);
+    links_ = std::move(links);
     tables_->ForEach([this](const std::shared_ptr<CVLTable>& table) { table->JoinSet(this); });
 }
 
