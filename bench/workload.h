@@ -2,7 +2,8 @@
 // that it can do: those it lacks are left out of its run.
 //
 //     Add, Get, Update, Delete          one record, by its key without regard to case
-//     At, InsertAt                      by a position from 0 on
+//     At, InsertAt                      by a position from 0 on; LeaveGaps is called on an empty
+//                                       store that is going to be inserted into
 //     Find, Sort                        field -1 is all of them
 //     Save, Load, Snapshot, Restore     everything
 //     Link, DeleteCascading             field 8 refers to a second table
@@ -45,7 +46,6 @@ class Workload {
         store_ = std::make_unique<Store>(bench_.folder());
     }
 
-    // Begin and End are part of the last call's time or, when few are made, of nobody's.
     void AddAll() {
         store_->Begin();
         for (std::size_t at = 0; at < data_.size(); ++at) store_->Add(data_.record(at));
@@ -201,7 +201,9 @@ class Workload {
     }
 
     void Change() {
-        Refill();  // one order for all, whatever sorting did to it
+        Renew();  // one order for all, whatever sorting did to it
+        if constexpr (requires { store_->LeaveGaps(); }) store_->LeaveGaps();
+        AddAll();
         store_->Begin();
         Random random(14);
         std::vector<std::size_t> chosen(kMost);
@@ -234,8 +236,9 @@ class Workload {
                 store_->InsertAt(0, data_.spare(i));
                 return 0;
             });
+            const std::size_t middle = front + std::max<std::size_t>(data_.size() / 2, 1);
             bench_.Each("insert-middle", spares, [&](std::size_t i) {
-                store_->InsertAt((data_.size() + front + i) / 2, data_.spare(front + i));
+                store_->InsertAt(middle, data_.spare(front + i));
                 return 0;
             });
         }
