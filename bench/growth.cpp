@@ -107,9 +107,7 @@ struct Case {
     std::function<void(Trial&)> run;
 };
 
-Date Second(std::size_t i) {
-    return {MakeDate(2000, 1, 1).seconds + static_cast<std::int64_t>(i)};
-}
+Date Second(std::size_t i) { return {MakeDate(2000, 1, 1).seconds + static_cast<std::int64_t>(i)}; }
 std::int32_t Position(std::size_t i) { return static_cast<std::int32_t>(i) + 1; }
 
 // Runs body(), which raises.
@@ -595,15 +593,12 @@ const std::vector<Case>& DatabaseCases() {
         {"CVLUserNoteSet::Add",
          [](Trial& t) {
              const auto notes = t.engine.CVLDBUserSet()->Item(1)->CVLUserNoteSet();
-             t.Each([&](std::size_t i) {
-                 notes->Add(Second(i), 1, "text");
-             });
+             t.Each([&](std::size_t i) { notes->Add(Second(i), 1, "text"); });
          }},
         {"CVLUserNoteSet::Item, Update, Remove",
          [](Trial& t) {
              const auto notes = t.engine.CVLDBUserSet()->Item(1)->CVLUserNoteSet();
-             for (std::size_t i = 0; i < t.n; ++i)
-                 notes->Add(Second(i), 1, "text");
+             for (std::size_t i = 0; i < t.n; ++i) notes->Add(Second(i), 1, "text");
              t.Calls([&](std::size_t i) {
                  const std::string key = notes->Item(Position(t.Place(i) / 2))->dateKey;
                  notes->Update(key, "other text");

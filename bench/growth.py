@@ -18,36 +18,32 @@ def split(name):
     return member, unit, int(size), int(count)
 
 
-def pieces(done, command):
+def run(command, environment):
+    done = subprocess.run(command, capture_output=True, text=True, check=False, env=environment)
     if done.returncode != 0:
         sys.exit(f"{' '.join(command)} ended with {done.returncode}.\n{done.stderr}")
+    return done.stdout.splitlines()
 
 
-def seconds(program, *options):
+def seconds(command, environment=None):
     """The least time of each piece, by its name."""
-    command = [str(program), *options]
-    done = subprocess.run(command, stdout=subprocess.PIPE, text=True, check=False)
-    pieces(done, command)
     least = {}
-    for line in done.stdout.splitlines():
+    for line in run(command, environment):
         name, value = line.rsplit("\t", 1)
         least[name] = min(float(value), least.get(name, math.inf))
     return least
 
 
-def instructions(program, *options):
+def instructions(command, environment=None):
     """The instructions of each piece, by its name."""
     with tempfile.TemporaryDirectory() as folder:
-        command = ["valgrind", "-q", "--tool=callgrind", "--instr-atstart=no",
-                   f"--callgrind-out-file={folder}/out", str(program), *options]
-        done = subprocess.run(command, capture_output=True, text=True, check=False)
-        pieces(done, command)
+        run(["valgrind", "-q", "--tool=callgrind", "--instr-atstart=no",
+             f"--callgrind-out-file={folder}/out", *command], environment)
         counts = {}
-        for profile in pathlib.Path(folder).iterdir():
+        # Numbered as they were written; the one without a number is what came behind the last.
+        for profile in sorted(pathlib.Path(folder).glob("out.*"), key=lambda path: int(path.suffix[1:])):
             lines = profile.read_text(encoding="utf-8", errors="replace").splitlines()
-            name = next((line for line in lines if line.startswith(TRIGGER)), None)
-            if name is None:
-                continue
+            name = next(line for line in lines if line.startswith(TRIGGER))
             total = next(line for line in lines if line.startswith("totals: "))
             counts[name.removeprefix(TRIGGER)] = int(total.removeprefix("totals: "))
         return counts

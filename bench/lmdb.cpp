@@ -131,6 +131,9 @@ class LmdbStore {
 }  // namespace tavolin::bench
 
 int main(int argc, char** argv) {
-    const char* version = mdb_version(nullptr, nullptr, nullptr);
+    int parts[3];
+    mdb_version(&parts[0], &parts[1], &parts[2]);
+    const std::string version = "LMDB " + std::to_string(parts[0]) + "." +
+                                std::to_string(parts[1]) + "." + std::to_string(parts[2]);
     return tavolin::bench::RunBench<tavolin::bench::LmdbStore>(argc, argv, version);
 }

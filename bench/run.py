@@ -14,6 +14,7 @@ import subprocess
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
+import growth  # noqa: E402
 import report  # noqa: E402
 
 PROGRAMS = ["tavolin", "sqlite", "sqlite_pk", "naive", "lmdb", "leveldb", "machine"]
@@ -98,10 +99,16 @@ def main():
     parser.add_argument("--only", nargs="+", help="operations whose names begin so")
     parser.add_argument("--page", type=pathlib.Path, help="a page whose table is replaced")
     parser.add_argument("--report", action="store_true", help="the tables of the last run again")
+    parser.add_argument("--growth", action="store_true",
+                        help="instead: what every member costs as the size doubles")
+    parser.add_argument("--count", action="store_true",
+                        help="with --growth: instructions, in smaller collections, instead of time")
     options = parser.parse_args()
 
     results = options.build / "results"
     results.mkdir(parents=True, exist_ok=True)
+    if options.growth:
+        sys.exit(show_growth(Runner(options.build, results, options.only), results, options))
     raw = results / "raw.tsv"
     if not options.report:
         sizes = options.sizes or ("1000,100000" if options.quick else "1000,100000,1000000")
@@ -115,6 +122,24 @@ def main():
         report.replace(options.page, table)
     print(table)
     print(f"Raw figures: {raw}; this text: {results / 'table.md'}")
+
+
+def show_growth(runner, results, options):
+    """Prints the table and returns 1 if a member's cost grows."""
+    arguments = ["--folder", str(runner.folder), *runner.only, "--sizes"]
+    if options.count:
+        costs = growth.instructions([runner.program("growth"), *arguments,
+                                     options.sizes or "2000,4000,8000,16000", "--repeats", "1"],
+                                    runner.environment)
+        table, growing = growth.table(costs, 1, "Instructions", 0.25)
+    else:
+        costs = growth.seconds([*runner.prefix, runner.program("growth"), *arguments,
+                                options.sizes or "50000,100000,200000,400000"], runner.environment)
+        # Memory beyond the caches takes longer to reach: that is growth too.
+        table, growing = growth.table(costs, 1e9, "Nanoseconds", 0.6)
+    (results / "growth.md").write_text(table + "\n", encoding="utf-8")
+    print(table)
+    return 1 if growing else 0
 
 
 def measure(runner, raw, programs, sizes, rounds):

@@ -2,7 +2,6 @@
 #include "tavolin/tavolin.h"
 
 #include <filesystem>
-#include <fstream>
 
 #include "bench/workload.h"
 
@@ -133,32 +132,41 @@ class TavolinStore {
         return engine_->LogedOnUser();
     }
 
-    // Megabytes a second, and those of a plain write of the same files.
+    struct Written {
+        std::string path;
+        std::vector<char> bytes;
+    };
+    static std::vector<Written> FilesIn(const std::string& folder) {
+        std::vector<Written> files;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+            if (!entry.is_regular_file()) continue;
+            files.push_back({entry.path(), std::vector<char>(entry.file_size())});
+            ReadInto(files.back().path, files.back().bytes);
+        }
+        return files;
+    }
+
+    // Megabytes a second, and those of a plain write of the same files in the same place.
     template <class Body>
     void PublishAs(Bench& bench, const std::string& operation, Body&& body) {
         if (!bench.Wants(operation)) return;
         const std::string target = folder_ + "/out";
         std::filesystem::create_directories(target);
+        SyncDisk(target);
         const auto start = Clock::now();
         body(target);
         const double seconds = Seconds(start);
-        std::vector<std::pair<std::string, std::vector<char>>> files;
+        const auto files = FilesIn(target);
         double megabytes = 0;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(target)) {
-            if (!entry.is_regular_file()) continue;
-            std::ifstream file(entry.path(), std::ios::binary);
-            files.emplace_back(entry.path(), std::vector<char>(entry.file_size()));
-            auto& bytes = files.back().second;
-            file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-            megabytes += static_cast<double>(bytes.size()) / 1e6;
+        for (const auto& file : files) {
+            megabytes += static_cast<double>(file.bytes.size()) / 1e6;
+            std::filesystem::remove(file.path);
         }
+        SyncDisk(target);
         const auto start_writing = Clock::now();
-        for (const auto& [name, bytes] : files) {
-            std::ofstream(name + ".copy", std::ios::binary)
-                .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        }
-        bench.Value(operation, "MB/s", megabytes / seconds);
+        for (const auto& file : files) Write(file.path, file.bytes);
         bench.Value(operation + "-plain", "MB/s", megabytes / Seconds(start_writing));
+        bench.Value(operation, "MB/s", megabytes / seconds);
         std::filesystem::remove_all(target);
     }
 

@@ -63,27 +63,24 @@ class Workload {
                 for (std::size_t at = 0; at < data_.size(); ++at)
                     store_->AddDirectly(data_.record(at));
             };
-            Renew();
-            const double before = ResidentBytes();
-            add_all();
-            ReportMemory("memory", before);
-            Renew();
-            const double before_engine = ResidentBytes();
-            AddAll();
-            ReportMemory("memory-engine", before_engine);
+            FillForMemory("memory", add_all);
+            FillForMemory("memory-engine", [&] { AddAll(); });
             bench_.Whole("bulk-add-table", add_all, [&] { Renew(); });
         } else {
-            Renew();
-            const double before = ResidentBytes();
-            AddAll();
-            ReportMemory("memory", before);
+            FillForMemory("memory", [&] { AddAll(); });
         }
         bench_.Whole(
             "bulk-add", [&] { AddAll(); }, [&] { Renew(); });
+        if (!bench_.Wants("bulk-add")) Refill();
         CompareState("bulk-add");
     }
 
-    void ReportMemory(const char* operation, double before) {
+    template <class Body>
+    void FillForMemory(const std::string& operation, Body&& fill) {
+        if (!bench_.Wants(operation)) return;
+        Renew();
+        const double before = ResidentBytes();
+        fill();
         bench_.Value(operation, "bytes",
                      (ResidentBytes() - before) / static_cast<double>(data_.size()));
     }
@@ -258,6 +255,7 @@ class Workload {
                 linked = false;
             });
             if (!linked) link();
+            store_->Begin();
             bench_.Answer("link", store_->Linked());
             const auto victims = data_.Victims(std::max<std::size_t>(data_.size() / 4, 1));
             bench_.Each("delete-cascade", victims.size(), [&](std::size_t i) {
@@ -265,6 +263,7 @@ class Workload {
                 return 0;
             });
             bench_.Answer("delete-cascade", store_->Linked());
+            store_->End();
             CompareState("delete-cascade");
         }
     }
