@@ -35,6 +35,7 @@
 #include <vector>
 
 #include "tavolin/base/date.h"
+#include "tavolin/base/byte_buffer.h"
 #include "tavolin/base/event.h"
 #include "tavolin/errors/error.h"
 #include "tavolin/errors/error_num.h"
@@ -388,13 +389,13 @@ class CVLDBEngine {
     void Install(std::unique_ptr<Database> database);
     void Open(std::unique_ptr<Database> database, const std::string& file);
     void Recheck();
-    std::unique_ptr<Database> ReadState(std::span<const std::uint8_t> state) const;
-    std::vector<std::uint8_t> ObjectState() const;
+    std::unique_ptr<Database> ReadState(ByteBuffer state) const;
+    ByteBuffer ObjectState() const;
     bool IsOpenFile(std::string_view path) const;
     bool IsOwnFile(std::string_view path) const;
     void AskToWriteTo(const std::string& path, const char* source) const;
     std::optional<Error> DeleteFiles(const std::string& path, const CVLDBEngine& opened);
-    std::vector<std::uint8_t> StateNamed(Naming& naming) const;
+    ByteBuffer StateNamed(Naming& naming) const;
     void MakeOwner(const std::string& name, std::string_view password, std::string_view full_name,
                    std::string_view description);
 
@@ -436,7 +437,7 @@ class CVLDBEngine {
                          std::string_view path, std::uint8_t number = 0);
     void PrintToBinaryFile(std::span<const std::uint8_t> data, std::string_view path,
                            std::uint8_t number = 0, bool cut_tail = false);
-    std::vector<std::uint8_t> GetBinaryFile(std::string_view path, std::uint8_t number = 0);
+    ByteBuffer GetBinaryFile(std::string_view path, std::uint8_t number = 0);
 
     std::shared_ptr<Authority> authority_;
     std::shared_ptr<Session> session_;  // that of the objects which the host makes
@@ -446,7 +447,7 @@ class CVLDBEngine {
     bool registry_read_ = false;
     std::vector<RegistryChange> unwritten_;  // what has been done to the registry since
     bool transaction_ = false;
-    std::vector<std::uint8_t> snapshot_;
+    ByteBuffer snapshot_;
     std::string log_report_;
     std::vector<PendingLine> pending_;
     // One object may observe for several users.

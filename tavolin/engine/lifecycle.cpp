@@ -192,7 +192,7 @@ class CVLDBEngine::Naming {
 };
 
 // The state that the database will have under that naming.
-std::vector<std::uint8_t> CVLDBEngine::StateNamed(Naming& naming) const {
+ByteBuffer CVLDBEngine::StateNamed(Naming& naming) const {
     struct ExchangeScope {
         ExchangeScope(Naming& by, Database& of) : naming(by), database(of) {
             naming.Exchange(database);

@@ -7,15 +7,15 @@
 
 namespace tavolin {
 
-std::vector<std::uint8_t> CVLDBEngine::ObjectState() const {
+ByteBuffer CVLDBEngine::ObjectState() const {
     PropertyBagWriter bag;
     database_->WriteProperties(bag);
     return std::move(bag).Finish();
 }
 
-std::unique_ptr<Database> CVLDBEngine::ReadState(std::span<const std::uint8_t> state) const {
+std::unique_ptr<Database> CVLDBEngine::ReadState(ByteBuffer state) const {
     auto database = NewDatabase();
-    PropertyBagReader bag(state);
+    PropertyBagReader bag(std::make_shared<ByteBuffer>(std::move(state)));
     database->ReadProperties(bag);
     return database;
 }
@@ -58,8 +58,7 @@ bool CVLDBEngine::TansactionAbort() {
                   Message("Cannot Abort Because No Transaction Have Been Started!"));
         }
         transaction_ = false;
-        const auto state = std::exchange(snapshot_, {});
-        auto database = ReadState(state);
+        auto database = ReadState(std::move(snapshot_));
         const std::string owner = DBOwner();
         Install(std::move(database));
         Recheck();

@@ -22,6 +22,7 @@
 // costs.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -111,6 +112,7 @@ class KeyedCollection {
     // one key the first in order keeps it then and the Store is told to drop the others'. When
     // memory runs out, the elements before the one it ran out at are in.
     void Adopt(std::span<const std::uint32_t> handles) {
+        if (order_.size() == 0) return Assign(handles);
         order_.Reserve(std::size_t{order_.size()} + handles.size());
         index_.Clear();
         indexed_ = false;
@@ -213,15 +215,27 @@ class KeyedCollection {
     void BuildIndexNow() const {
         index_.Clear();  // of what an earlier attempt left when memory ran out
         index_.Reserve(order_.size());
-        order_.ForEach([this](std::uint32_t handle) {
+        // A few at a time, whose slots come from memory side by side.
+        std::array<KeyIndex::Entry, 32> waiting;
+        std::size_t count = 0;
+        const auto index_waiting = [&] {
+            for (const auto& [hash, handle] : std::span(waiting).first(count)) {
+                if (Holder(handle, hash) != kNoHandle) {
+                    store_.DropKey(handle);
+                } else {
+                    index_.Insert(hash, handle);
+                }
+            }
+            count = 0;
+        };
+        order_.ForEach([&](std::uint32_t handle) {
             if (!store_.Keyed(handle)) return;
             const std::uint32_t hash = store_.KeyHash(handle);
-            if (Holder(handle, hash) != kNoHandle) {
-                store_.DropKey(handle);
-            } else {
-                index_.Insert(hash, handle);
-            }
+            index_.Prefetch(hash);
+            waiting[count++] = {hash, handle};
+            if (count == waiting.size()) index_waiting();
         });
+        index_waiting();
         indexed_ = true;
     }
 

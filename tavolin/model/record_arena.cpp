@@ -12,6 +12,7 @@
 #include "tavolin/model/record.h"
 #include "tavolin/model/session.h"
 #include "tavolin/persist/little_endian.h"
+#include "tavolin/persist/property_bag.h"
 
 namespace tavolin {
 namespace {
@@ -21,6 +22,7 @@ constexpr std::size_t kHeaderSize = 20;
 constexpr std::size_t kMaxInlineUnits = 0xFFFF;
 constexpr std::size_t kSlabUnits = std::size_t{1} << 17;
 constexpr std::size_t kFirstSlabUnits = 64;
+constexpr std::size_t kTypicalImage = 64;  // bytes
 
 std::size_t UnitsFor(std::size_t bytes) { return (bytes + kUnit - 1) / kUnit; }
 
@@ -85,18 +87,25 @@ void RecordArena::JoinSession(std::shared_ptr<Session> session) {
     }
 }
 
-std::uint32_t RecordArena::Payload::End(int field) const {
-    switch (width) {
-        case 0:
-            return ends[field];
-        case 1:
-            return LoadLittle<std::uint16_t>(ends + 2 * field);
-        default:
-            return LoadLittle<std::uint32_t>(ends + 4 * field);
+// Without branches for the one width that nearly all records have.
+bool RecordArena::Payload::EndsRise() const {
+    std::uint32_t last = 0;
+    bool rise = true;
+    if (width == 0) {
+        for (int i = 0; i < kFieldCount; ++i) {
+            rise &= ends[i] >= last;
+            last = ends[i];
+        }
+        return rise;
     }
+    for (int i = 0; i < kFieldCount; ++i) {
+        rise &= End(i) >= last;
+        last = End(i);
+    }
+    return rise;
 }
 
-RecordArena::Payload RecordArena::PayloadOf(RecordHandle record) const {
+inline RecordArena::Payload RecordArena::PayloadOf(RecordHandle record) const {
     std::uint8_t* block = Block(record);
     const std::uint8_t flags = At(record)->flags;
     std::uint8_t* ends = block + kHeaderSize;
@@ -272,6 +281,13 @@ std::string_view RecordArena::AllFields(RecordHandle record) const {
     return {payload.text(), payload.End(kFieldCount - 1)};
 }
 
+RecordArena::FieldPlace RecordArena::PlaceOf(RecordHandle record, int field) const {
+    const Payload payload = PayloadOf(record);
+    return {{payload.text(), payload.End(kFieldCount - 1)},
+            field == 0 ? 0 : payload.End(field - 1),
+            payload.End(field)};
+}
+
 void RecordArena::SetFields(RecordHandle record, const FieldTexts& values,
                             const std::array<bool, kFieldCount>& changed) {
     std::array<std::string_view, kFieldCount> merged;
@@ -429,33 +445,28 @@ std::shared_ptr<PropertyChangeEvent> RecordArena::ChangeEvent(RecordHandle recor
 
 // --- stored form
 
-std::size_t RecordArena::ImageSize(RecordHandle record) const {
-    const std::size_t size = kHeaderSize + PayloadOf(record).size();
-    return UnitsFor(size) <= kMaxInlineUnits ? UnitsFor(size) * kUnit
-                                             : UnitsFor(size + sizeof(std::uint32_t)) * kUnit;
-}
-
-void RecordArena::WriteImage(RecordHandle record, std::uint8_t* target) const {
-    const Header* header = At(record);
+void RecordArena::WriteImage(RecordHandle record, PropertyBagWriter& bag) const {
+    const Header* const header = At(record);
     const Payload payload = PayloadOf(record);
-    const std::size_t units = UnitsFor(kHeaderSize + payload.size());
+    const std::size_t size = payload.size();
+    std::size_t units = UnitsFor(kHeaderSize + size);
     const bool large = units > kMaxInlineUnits;
-    StoreLittle(target, std::uint32_t{0});
-    StoreLittle(target + 4, header->hash);
-    StoreLittle(target + 8, static_cast<std::uint32_t>(header->n_key));
-    StoreLittle(target + 12, std::uint16_t{1});
-    StoreLittle(target + 14, static_cast<std::uint16_t>(large ? 0 : units));
-    StoreLittle(target + 16, header->parts);
-    target[18] = header->flags & (kWidthMask | kNotAscii);
-    target[19] = 0;
-    std::uint8_t* at = target + kHeaderSize;
-    if (large) {
-        StoreLittle(at, static_cast<std::uint32_t>(ImageSize(record) / kUnit));
-        at += sizeof(std::uint32_t);
-    }
-    std::memcpy(at, payload.ends, payload.size());
-    at += payload.size();
-    std::memset(at, 0, static_cast<std::size_t>(target + ImageSize(record) - at));
+    const std::size_t prefix = large ? sizeof(std::uint32_t) : 0;
+    if (large) units = UnitsFor(kHeaderSize + prefix + size);
+
+    std::uint8_t* const image = bag.Extend(units * kUnit);
+    std::uint8_t* const end = image + units * kUnit;
+    std::memset(end - kUnit, 0, kUnit);
+    StoreLittle(image, std::uint32_t{0});
+    StoreLittle(image + 4, header->hash);
+    StoreLittle(image + 8, static_cast<std::uint32_t>(header->n_key));
+    StoreLittle(image + 12, std::uint16_t{1});
+    StoreLittle(image + 14, static_cast<std::uint16_t>(large ? 0 : units));
+    StoreLittle(image + 16, header->parts);
+    image[18] = header->flags & (kWidthMask | kNotAscii);
+    image[19] = 0;
+    if (large) StoreLittle(image + kHeaderSize, static_cast<std::uint32_t>(units));
+    std::memcpy(image + kHeaderSize + prefix, payload.ends, size);
 }
 
 namespace {
@@ -466,9 +477,18 @@ namespace {
 
 }  // namespace
 
-RecordHandle RecordArena::ReadImage(std::span<const std::uint8_t> images, std::size_t& taken) {
+// A record's image that has been found to be sound.
+struct RecordArena::Image {
+    std::uint8_t* bytes;
+    std::size_t units;
+    Payload payload;
+    std::uint16_t parts;
+    bool fits_in_place;  // a block of this size and layout could have been made here
+};
+
+RecordArena::Image RecordArena::CheckImage(std::span<std::uint8_t> images) {
     if (images.size() < 4 * kUnit) RefuseImage("cut off");
-    const std::uint8_t* image = images.data();
+    std::uint8_t* const image = images.data();
     const std::uint16_t inline_units = LoadLittle<std::uint16_t>(image + 14);
     const std::size_t prefix = inline_units == 0 ? sizeof(std::uint32_t) : 0;
     const std::size_t units =
@@ -482,44 +502,67 @@ RecordHandle RecordArena::ReadImage(std::span<const std::uint8_t> images, std::s
     ForEachPart(parts, [](int field) {
         if (field >= kFieldCount) RefuseImage("its key names a field that does not exist");
     });
-    Payload payload{const_cast<std::uint8_t*>(image) + kHeaderSize + prefix, flags & kWidthMask};
+    const Payload payload{image + kHeaderSize + prefix, flags & kWidthMask};
     const std::size_t room = units * kUnit - kHeaderSize - prefix;
     const std::size_t ends_size = static_cast<std::size_t>(kFieldCount) << payload.width;
     if (ends_size > room) RefuseImage("too short for its fields");
-    std::uint32_t last = 0;
-    for (int i = 0; i < kFieldCount; ++i) {
-        const std::uint32_t end = payload.End(i);
-        if (end < last) RefuseImage("its fields overlap");
-        last = end;
-    }
-    if (last > room - ends_size) RefuseImage("a field ends beyond it");
+    if (!payload.EndsRise()) RefuseImage("its fields overlap");
+    if (payload.size() > room) RefuseImage("a field ends beyond it");
+    const bool fits_in_place = prefix == 0 && RoundToClass(units) == units &&
+                               UnitsFor(kHeaderSize + payload.size()) == units;
+    return {image, units, payload, parts, fits_in_place};
+}
 
-    taken = units * kUnit;
-    RecordHandle record;
-    if (prefix == 0 && UnitsFor(kHeaderSize + payload.size()) == units) {
-        record = Allocate(units);
-        std::memcpy(Block(record), image, taken);
-        Header* header = At(record);
-        *header = {0,
-                   LoadLittle<std::uint32_t>(image + 4),
-                   static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image + 8)),
-                   0,
-                   static_cast<std::uint16_t>(units),
-                   parts,
-                   flags,
-                   0};
-        return record;
-    }
+RecordHandle RecordArena::CopyImage(const Image& image) {
     std::array<std::string_view, kFieldCount> fields;
     std::uint32_t begin = 0;
     for (int i = 0; i < kFieldCount; ++i) {
-        fields[static_cast<std::size_t>(i)] = {payload.text() + begin, payload.End(i) - begin};
-        begin = payload.End(i);
+        const std::uint32_t end = image.payload.End(i);
+        fields[static_cast<std::size_t>(i)] = {image.payload.text() + begin, end - begin};
+        begin = end;
     }
-    record = Create(static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image + 8)), fields, {});
-    At(record)->parts = parts;
-    At(record)->hash = LoadLittle<std::uint32_t>(image + 4);
+    const auto n_key = static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image.bytes + 8));
+    const RecordHandle record = Create(n_key, fields, {});
+    At(record)->parts = image.parts;
+    At(record)->hash = LoadLittle<std::uint32_t>(image.bytes + 4);
+    AddReference(record);
     return record;
+}
+
+std::vector<RecordHandle> RecordArena::Adopt(std::span<std::uint8_t> images,
+                                             std::shared_ptr<void> owner) {
+    const std::size_t units = images.size() / kUnit;
+    const std::size_t spans = (units + kSlabUnits - 1) >> kSlabShift;
+    const std::uint64_t first = std::uint64_t{slabs_.size()} << kSlabShift;
+    if (first + (std::uint64_t{spans} << kSlabShift) >= kNoHandle) throw std::bad_alloc();
+    slabs_.reserve(slabs_.size() + spans);
+    for (std::size_t i = 0; i < spans; ++i) {
+        slabs_.push_back(images.data() + i * kSlabUnits * kUnit);
+    }
+    adopted_ = std::move(owner);
+    memory_ += images.size();
+
+    std::vector<RecordHandle> records;
+    records.reserve(images.size() / kTypicalImage);
+    for (std::size_t at = 0; at < images.size();) {
+        const Image image = CheckImage(images.subspan(at));
+        if (!image.fits_in_place) {
+            records.push_back(CopyImage(image));
+        } else {
+            records.push_back(static_cast<RecordHandle>(first + at / kUnit));
+            *At(records.back()) = {
+                0,
+                LoadLittle<std::uint32_t>(image.bytes + 4),
+                static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image.bytes + 8)),
+                1,
+                static_cast<std::uint16_t>(image.units),
+                image.parts,
+                image.bytes[18],
+                0};
+        }
+        at += image.units * kUnit;
+    }
+    return records;
 }
 
 }  // namespace tavolin

@@ -19,13 +19,16 @@
 #include <vector>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/prefetch.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/types.h"
+#include "tavolin/persist/little_endian.h"
 
 namespace tavolin {
 
 class CVLAttachmentSet;
 class CVLRecord;
+class PropertyBagWriter;
 class Session;
 
 using RecordHandle = std::uint32_t;
@@ -54,6 +57,18 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // Views hold until the record changes.
     std::string_view Field(RecordHandle record, int field) const;
     std::string_view AllFields(RecordHandle record) const;
+    // All fields, and where among them one of them begins and ends.
+    struct FieldPlace {
+        std::string_view all;
+        std::size_t begin;
+        std::size_t end;
+    };
+    FieldPlace PlaceOf(RecordHandle record, int field) const;
+    // For a walk over records that lie anywhere: has a record's first bytes fetched, for later.
+    void Prefetch(RecordHandle record) const {
+        PrefetchLine(Block(record));
+        PrefetchLine(Block(record) + kLineBytes);
+    }
     // Every byte of every field is below 0x80.
     bool IsAscii(RecordHandle record) const { return (At(record)->flags & kNotAscii) == 0; }
 
@@ -103,11 +118,12 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
 
     // A record's stored form: its block with its fields behind it, a multiple of eight bytes. The
     // layout is told in docs/file-format.md.
-    std::size_t ImageSize(RecordHandle record) const;
-    void WriteImage(RecordHandle record, std::uint8_t* target) const;
-    // Makes a record from the image at the front of `images` and says how many bytes it took.
-    // Raises DamagedState for what is no image.
-    RecordHandle ReadImage(std::span<const std::uint8_t> images, std::size_t& taken);
+    void WriteImage(RecordHandle record, PropertyBagWriter& bag) const;
+    // Makes records of the images, one behind the other, each with one reference to it. The images
+    // become the records' blocks; the arena holds `owner` for as long as it lives. Only for an
+    // arena that has no record yet. Raises DamagedState for what is no image, and is good for
+    // nothing then.
+    std::vector<RecordHandle> Adopt(std::span<std::uint8_t> images, std::shared_ptr<void> owner);
 
     // The bytes that the arena has asked the machine for.
     std::size_t memory() const { return memory_; }
@@ -139,7 +155,13 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     struct Payload {
         std::uint8_t* ends;
         int width;
-        std::uint32_t End(int field) const;
+        std::uint32_t End(int field) const {
+            if (width == 0) return ends[field];
+            return width == 1 ? LoadLittle<std::uint16_t>(ends + 2 * field)
+                              : LoadLittle<std::uint32_t>(ends + 4 * field);
+        }
+        // No field ends before the one in front of it.
+        bool EndsRise() const;
         const char* text() const {
             return reinterpret_cast<const char*>(ends + (kFieldCount << width));
         }
@@ -159,6 +181,10 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     }
     Header* At(RecordHandle record) const { return reinterpret_cast<Header*>(Block(record)); }
     Payload PayloadOf(RecordHandle record) const;
+
+    struct Image;
+    static Image CheckImage(std::span<std::uint8_t> images);
+    RecordHandle CopyImage(const Image& image);
 
     RecordHandle Allocate(std::size_t units);
     void Free(RecordHandle block, std::size_t units) noexcept;
@@ -180,6 +206,7 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // Every MiB of the handles' range; a block larger than that spans several.
     std::vector<std::uint8_t*> slabs_;
     std::vector<std::unique_ptr<std::uint8_t[]>> memory_blocks_;
+    std::shared_ptr<void> adopted_;
     std::size_t memory_ = 0;
     std::uint64_t next_ = 0;  // the free end of the newest slab, in units
     std::uint64_t end_ = 0;

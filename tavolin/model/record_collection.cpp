@@ -66,7 +66,6 @@ void RecordCollection::File(RecordHandle record, const Placement& placement) {
 
 void RecordCollection::Adopt(std::span<const RecordHandle> records) {
     records_.Adopt(records);
-    for (const RecordHandle record : records) arena_->AddReference(record);
 }
 
 void RecordCollection::FileOwnKeys(std::span<const RecordHandle> records) {

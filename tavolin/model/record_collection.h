@@ -45,7 +45,8 @@ class RecordCollection {
                                    const Placement& placement);
     // Files an existing record of this arena at the end, under its own key.
     void AddExisting(RecordHandle record);
-    // Appends records that were just read from stored state; the keys are looked at later.
+    // Appends records that the arena has adopted just now, with the reference that it has counted;
+    // the keys are looked at later.
     void Adopt(std::span<const RecordHandle> records);
     void Remove(RecordHandle record);
     // For records of those, that have a key of their own: none of them takes a key that another

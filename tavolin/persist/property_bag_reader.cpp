@@ -259,6 +259,19 @@ std::span<const std::uint8_t> PropertyBagReader::ReadBlocks(std::string_view key
     return bytes_.subspan(found_.value, found_.size);
 }
 
+PropertyBagReader::Blocks PropertyBagReader::TakeBlocks(std::string_view key) {
+    const auto blocks = ReadBlocks(key);
+    if (owner_) {
+        const auto begin = static_cast<std::size_t>(blocks.data() - owner_->data());
+        return {blocks.empty() ? std::span<std::uint8_t>()
+                               : owner_->bytes().subspan(begin, blocks.size()),
+                owner_};
+    }
+    auto copy = std::make_shared<ByteBuffer>(blocks.size());
+    if (!blocks.empty()) std::memcpy(copy->data(), blocks.data(), blocks.size());
+    return {copy->bytes(), copy};
+}
+
 void PropertyBagReader::Enter(std::string_view key, std::size_t number, std::size_t begin,
                               std::size_t end) {
     if (depth_ == kMaxPropertyDepth) Refuse(key, "nested too deep");
