@@ -132,7 +132,8 @@ class CVLDBEngine {
     // who is not stored, but whose password is the database password, `ToRead`. Refusals:
     // GetUserDisabledError and GetDBPasswordError leave the state `Undefined`,
     // GetUserPermissionTo... and GetUserIsNotDBOwnerError leave it at what the user may do.
-    // `Undefined` asks for nothing.
+    // `Undefined` asks for nothing; what is no value of the enumeration raises 5, but not for the
+    // owner.
     bool DBLegalUser(const std::shared_ptr<CVLDBUser>& LogedUser, PermitStateEnum NeededPermission);
 
     // --- The open database

@@ -241,7 +241,7 @@ void CVLTable::FollowRename(std::string_view old_name, std::string_view new_name
 
 void CVLTable::WriteProperties(PropertyBagWriter& bag) const {
     bag.Write("k", key_);
-    bag.WriteByte("nk", type_);
+    bag.WriteByte("nk", static_cast<std::uint8_t>(type_));
     bag.WriteByte("pkt0", primary_key_.Part0);
     bag.WriteByte("pkt1", primary_key_.Part1);
     bag.WriteByte("pkt2", primary_key_.Part2);

@@ -100,13 +100,14 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     void Remove(IndexKey RecordNumOrKey);
 
     // Takes the links from this table to another away and returns the other. Asks for `Ownership`,
-    // else GetUserIsNotDBOwnerError. Records stay.
+    // else GetUserIsNotDBOwnerError. A table of another set raises 5. Records stay.
     std::shared_ptr<CVLTable> Unlink(const TableArgument& LinkedTable);
 
     // Makes a field a foreign key into a table and returns that table, which gets a record for
     // every value of the field that is no key there yet, unless this table was linked to it before.
     // Asks for a right to write, else GetUserPermissionToRWError. A field above 9 raises
-    // GetReferencedFldNotFoundError. After a failure in the middle the changes made so far stay.
+    // GetReferencedFldNotFoundError, a table of another set 5. After a failure in the middle the
+    // changes made so far stay.
     std::shared_ptr<CVLTable> Link(int fldNum0to9, const TableArgument& toTable);
 
     // CVLRecordSet::Item.
@@ -137,7 +138,8 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     void FreeFromInOutLinks();
 
     // Deletes, depth first, every table of `useTableSet` that only this one's links refer to. Asks
-    // for `Ownership`. Tables that others refer to stay and lose the reference to this one.
+    // for `Ownership`. Tables that others refer to stay and lose the reference to this one. A set
+    // that this table is not in raises 5.
     void DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet);
 
     // CVLRecordSet::MakeItText, MakeItHTML and MakeItMDB for the records, with the table's labels,

@@ -134,6 +134,8 @@ std::shared_ptr<CVLTable> CVLTable::Resolve(const TableArgument& table, const ch
     if (set_ == nullptr || found->set_ == nullptr) {
         Raise(CVLErrorNum::GetTableNotFoundError(), source, Message("Table Not Found!"));
     }
+    // Links are names, which mean nothing in another set.
+    if (found->set_ != set_) RaiseRunTime(kInvalidCall);
     return found;
 }
 
@@ -146,7 +148,6 @@ std::shared_ptr<CVLTable> CVLTable::Link(int fldNum0to9, const TableArgument& to
                   Message("Referenced Field Not Found!"));
         }
         auto target = Resolve(toTable, kSource);
-        AskToLink(*target->session_, kSource);  // it may be of another tree
         const auto field = static_cast<std::size_t>(fldNum0to9);
         DropOldLink(fldNum0to9, target->key_);
         SetLink(field, target->key_);
@@ -226,7 +227,6 @@ std::shared_ptr<CVLTable> CVLTable::Unlink(const TableArgument& LinkedTable) {
             if (error.number() != CVLErrorNum::GetTableNotFoundError()) throw;
             Raise(error.number(), kSource, Message("Table: ", LinkedTable.Text(), " Not Found!"));
         }
-        AskToUnlink(*target->session_, kSource);
         target->ClearReferencesTo(key_);
         ForgetLinksTo(target->key_);
         target->RecomputeType();
@@ -345,7 +345,9 @@ void CVLTable::DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet) {
     Trap(kSource, [&] {
         AskToUnlink(*session_, kSource);
         if (!useTableSet) RaiseRunTime(kObjectNotSet);
-        if (is_result_) RaiseRunTime(kInvalidCall);
+        if (is_result_ || (set_ != nullptr && useTableSet.get() != set_)) {
+            RaiseRunTime(kInvalidCall);
+        }
         Cascade(useTableSet).Run(shared_from_this());
     });
 }

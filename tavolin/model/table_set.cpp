@@ -2,6 +2,7 @@
 
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
+#include "tavolin/model/field_argument.h"
 #include "tavolin/model/navigation.h"
 #include "tavolin/model/permission.h"
 #include "tavolin/model/session.h"
@@ -51,6 +52,7 @@ std::shared_ptr<CVLTable> CVLTableSet::Add(std::string_view Key, TableEnum Table
     static constexpr const char* kSource = "CVLTableSet:Add Method";
     return Trap(kSource, [&] {
         AskWrite(*session_, kSource);
+        CheckedByte(TableType);
         if (Key.empty()) RaiseRunTime(kInvalidCall);
         if (tables_->Contains(Key)) RaiseTaken(kSource);
         auto table = std::make_shared<CVLTable>(session_);
@@ -78,6 +80,7 @@ std::shared_ptr<CVLTable> CVLTableSet::Update(IndexKey varKey, TableEnum TableTy
         if (!table) {
             Raise(CVLErrorNum::GetTableUpDateError(), kSource, Message("Table Does Not Exist!"));
         }
+        CheckedByte(TableType);
         if (RecordSet) table->CVLRecordSet(std::move(RecordSet));
         table->SetSpecificType(TableType);
         for (int i = 0; i < kFieldCount; ++i) {

@@ -39,7 +39,8 @@ class CVLTableSet {
     bool CanAdd(IndexKey Key) const;
 
     // Adds a table at the end and returns it; its labels start equal to its field names. A name
-    // that is taken raises GetTableAddError, an empty one 5.
+    // that is taken raises GetTableAddError, an empty one 5. A type outside 0 to 255 raises 6, here
+    // and in Update.
     std::shared_ptr<CVLTable> Add(std::string_view Key, TableEnum TableType,
                                   std::shared_ptr<CVLRecordSet> RecordSet = nullptr,
                                   const FieldTexts& FieldNames = {});
