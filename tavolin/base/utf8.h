@@ -91,8 +91,9 @@ inline char* PutUtf8(char32_t c, char* out) {
 }
 
 inline void AppendUtf8(char32_t c, std::string& out) {
-    char bytes[4];
-    out.append(bytes, static_cast<std::size_t>(PutUtf8(c, bytes) - bytes));
+    const std::size_t size = out.size();
+    out.resize(size + 4);
+    out.resize(static_cast<std::size_t>(PutUtf8(c, out.data() + size) - out.data()));
 }
 
 }  // namespace tavolin

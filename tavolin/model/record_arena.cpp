@@ -272,6 +272,13 @@ std::string_view RecordArena::AllFields(RecordHandle record) const {
     return {payload.text(), payload.End(kFieldCount - 1)};
 }
 
+RecordArena::FieldPlace RecordArena::PlaceOf(RecordHandle record, int field) const {
+    const Payload payload = PayloadOf(record);
+    return {{payload.text(), payload.End(kFieldCount - 1)},
+            field == 0 ? 0 : payload.End(field - 1),
+            payload.End(field)};
+}
+
 void RecordArena::SetFields(RecordHandle record, const FieldTexts& values,
                             const std::array<bool, kFieldCount>& changed) {
     std::array<std::string_view, kFieldCount> merged;

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/prefetch.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/types.h"
 
@@ -54,6 +55,18 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // Views hold until the record changes.
     std::string_view Field(RecordHandle record, int field) const;
     std::string_view AllFields(RecordHandle record) const;
+    // All fields, and where among them one of them begins and ends.
+    struct FieldPlace {
+        std::string_view all;
+        std::size_t begin;
+        std::size_t end;
+    };
+    FieldPlace PlaceOf(RecordHandle record, int field) const;
+    // For a walk over records that lie anywhere: has a record's first bytes fetched, for later.
+    void Prefetch(RecordHandle record) const {
+        PrefetchLine(Block(record));
+        PrefetchLine(Block(record) + kLineBytes);
+    }
     // Every byte of every field is below 0x80.
     bool IsAscii(RecordHandle record) const { return (At(record)->flags & kNotAscii) == 0; }
 

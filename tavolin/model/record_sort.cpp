@@ -1,13 +1,11 @@
 #include "tavolin/model/record_sort.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <string_view>
 
 #include "tavolin/base/text.h"
 #include "tavolin/base/words.h"
-#include "tavolin/model/order_list.h"
 #include "tavolin/model/rank_set.h"
 #include "tavolin/model/text_ranking.h"
 
@@ -16,81 +14,90 @@ namespace {
 
 constexpr int kIrregularField = 1;
 
-// The sort texts of records: text number i is that of record i while it is still to be placed,
-// text number n + i, for the irregular field alone, that of record i when it has been.
+// The sort texts of records: text number i is that of record i. For the irregular field text number
+// 2i is that of record i while it is still to be placed, and 2i + 1 when it has been.
 class SortTexts {
   public:
     SortTexts(const RecordArena& arena, std::span<const RecordHandle> records, int field)
-        : arena_(arena), records_(records), field_(field), kept_of_(records.size(), kNoHandle) {
-        for (std::size_t i = 0; i < records.size(); ++i) {
-            if (!arena.IsAscii(records[i])) Keep(i);
-        }
-    }
+        : arena_(arena), records_(records), field_(field), paired_(field == kIrregularField) {}
+
+    std::uint32_t count() const { return static_cast<std::uint32_t>(records_.size() << paired_); }
 
     // See TextRanking.
-    std::uint64_t Word(std::uint32_t text, std::size_t offset) const {
-        const bool placed = text >= records_.size();
-        const Joined joined = JoinedOf(placed ? text - records_.size() : text);
-        const std::string_view pieces[] = {
-            joined.all.substr(joined.begin, joined.end - joined.begin),
-            joined.all.substr(0, joined.begin),
-            joined.all.substr(placed ? joined.begin : joined.end)};
-        char bytes[kWordBytes] = {};
-        std::size_t taken = 0;
+    std::uint64_t Word(std::uint32_t text, std::size_t offset) {
+        const RecordArena::FieldPlace place = PlaceOf(text >> paired_);
+        const bool placed = paired_ && (text & 1) != 0;
+        const std::size_t rest = placed ? place.begin : place.end;
+        const std::string_view pieces[] = {place.all.substr(place.begin, place.end - place.begin),
+                                           place.all.substr(0, place.begin),
+                                           place.all.substr(rest)};
         std::size_t left = 0;
-        for (const std::string_view piece : pieces) {
-            const std::size_t skipped = std::min(offset, piece.size());
-            offset -= skipped;
-            const std::size_t rest = piece.size() - skipped;
-            const std::size_t room = std::min(rest, TextWord::kBytes - taken);
-            if (room > 0) std::memcpy(bytes + taken, piece.data() + skipped, room);
-            taken += room;
-            left += rest;
-        }
-        return TextWord::Make(SwapBytes(LowerAscii(LoadWord(bytes))), left);
+        for (const std::string_view piece : pieces) left += piece.size();
+        return TextWord::Make(SwapBytes(LowerAscii(BytesAt(pieces, offset))), left - offset);
     }
+    void Prefetch(std::uint32_t text) const { arena_.Prefetch(records_[text >> paired_]); }
+    // Nobody asks which of a record's own two texts is greater.
+    bool NeverCompared(std::uint32_t a, std::uint32_t b) const { return paired_ && (a ^ b) == 1; }
 
   private:
-    // All ten fields, and where in them the one to sort by is.
-    struct Joined {
-        std::string_view all;
+    // A record's fields in bytes that sort as the text does, and where one of them is.
+    struct Kept {
+        std::size_t at;  // in kept_text_
+        std::size_t size;
         std::size_t begin;
         std::size_t end;
     };
-    // The same in bytes that sort as the text does.
-    struct Kept {
-        std::string all;
-        std::size_t begin = 0;
-        std::size_t end = 0;
-    };
+    static constexpr std::uint32_t kNotKept = 0xFFFFFFFFu;
 
-    void Keep(std::size_t record) {
-        Kept kept;
-        for (int i = 0; i < kFieldCount; ++i) {
-            if (i == field_) kept.begin = kept.all.size();
-            AppendSortBytes(arena_.Field(records_[record], i), kept.all);
-            if (i == field_) kept.end = kept.all.size();
+    // The first bytes behind an offset into the joined pieces, seven or more if there are as many.
+    static std::uint64_t BytesAt(std::span<const std::string_view> pieces, std::size_t offset) {
+        std::uint64_t bytes = 0;
+        std::size_t taken = 0;
+        for (const std::string_view piece : pieces) {
+            if (offset >= piece.size()) {
+                offset -= piece.size();
+                continue;
+            }
+            const char* const at = piece.data() + offset;
+            const std::size_t size = piece.size() - offset;
+            if (taken == 0 && size >= kWordBytes) return LoadWord(at);
+            const std::size_t count = std::min(size, TextWord::kBytes - taken);
+            bytes |= LoadPartialWord(at, count) << 8 * taken;
+            taken += count;
+            if (taken == TextWord::kBytes) break;
+            offset = 0;
         }
-        kept_of_[record] = static_cast<std::uint32_t>(kept_.size());
-        kept_.push_back(std::move(kept));
+        return bytes;
     }
 
-    Joined JoinedOf(std::size_t record) const {
-        if (kept_of_[record] != kNoHandle) {
-            const Kept& kept = kept_[kept_of_[record]];
-            return {kept.all, kept.begin, kept.end};
+    RecordArena::FieldPlace PlaceOf(std::uint32_t record) {
+        if (arena_.IsAscii(records_[record])) return arena_.PlaceOf(records_[record], field_);
+        if (kept_of_.empty()) kept_of_.resize(records_.size(), kNotKept);
+        if (kept_of_[record] == kNotKept) Keep(record);
+        const Kept& kept = kept_[kept_of_[record]];
+        return {std::string_view(kept_text_).substr(kept.at, kept.size), kept.begin, kept.end};
+    }
+
+    void Keep(std::uint32_t record) {
+        Kept kept{.at = kept_text_.size(), .size = 0, .begin = 0, .end = 0};
+        for (int i = 0; i < kFieldCount; ++i) {
+            if (i == field_) kept.begin = kept_text_.size() - kept.at;
+            AppendSortBytes(arena_.Field(records_[record], i), kept_text_);
+            if (i == field_) kept.end = kept_text_.size() - kept.at;
         }
-        const std::string_view all = arena_.AllFields(records_[record]);
-        const std::string_view field = arena_.Field(records_[record], field_);
-        const auto begin = static_cast<std::size_t>(field.data() - all.data());
-        return {all, begin, begin + field.size()};
+        kept.size = kept_text_.size() - kept.at;
+        kept_of_[record] = static_cast<std::uint32_t>(kept_.size());
+        kept_.push_back(kept);
     }
 
     const RecordArena& arena_;
     std::span<const RecordHandle> records_;
     int field_;
-    std::vector<std::uint32_t> kept_of_;  // kNoHandle for a text that is read where it lies
+    bool paired_;
+    // For the records that are not ASCII, each when it is first asked for.
+    std::vector<std::uint32_t> kept_of_;
     std::vector<Kept> kept_;
+    std::string kept_text_;
 };
 
 // Places records one after another: each directly behind the right-most placed one whose placed
@@ -141,23 +148,22 @@ class Placing {
 
 std::vector<RecordHandle> SortedByField(const RecordArena& arena,
                                         std::span<const RecordHandle> records, int field) {
-    const auto count = static_cast<std::uint32_t>(records.size());
-    const std::uint32_t texts = field == kIrregularField ? 2 * count : count;
-    const SortTexts sort_texts(arena, records, field);
-    TextRanking ranking(sort_texts, texts);
+    SortTexts texts(arena, records, field);
+    TextRanking ranking(texts, texts.count());
     ranking.Sort();
 
     std::vector<RecordHandle> sorted;
-    sorted.reserve(count);
+    sorted.reserve(records.size());
     if (field != kIrregularField) {
         ranking.ForEach(
             [&](std::uint32_t text, std::uint32_t) { sorted.push_back(records[text]); });
         return sorted;
     }
-    std::vector<std::uint32_t> ranks(texts);
+    std::vector<std::uint32_t> ranks(texts.count());
     ranking.ForEach([&](std::uint32_t text, std::uint32_t rank) { ranks[text] = rank; });
-    Placing placing(count, texts);
-    for (std::uint32_t i = 0; i < count; ++i) placing.Place(i, ranks[i], ranks[count + i]);
+    const auto count = static_cast<std::uint32_t>(records.size());
+    Placing placing(count, texts.count());
+    for (std::uint32_t i = 0; i < count; ++i) placing.Place(i, ranks[2 * i], ranks[2 * i + 1]);
     placing.ForEach([&](std::uint32_t record) { sorted.push_back(records[record]); });
     return sorted;
 }
