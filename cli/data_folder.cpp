@@ -3,13 +3,13 @@
 #include <filesystem>
 #include <string>
 
+#include "cli/environment.h"
 #include "cli/paths.h"
 #include "tavolin/persist/paths.h"
 
 #ifdef _WIN32
 #include <windows.h>
 #else
-#include <stdlib.h>
 #include <unistd.h>
 #endif
 
@@ -34,11 +34,7 @@ bool MayWriteIn(const fs::path& folder) {
 
 fs::path FolderOfTheUser() {
     const std::string data = Environment("LOCALAPPDATA");
-    return data.empty() ? fs::path() : fs::path(data) / "tavolin";
-}
-
-void SetVariable(const fs::path& folder) {
-    ::SetEnvironmentVariableW(fs::path(kVariable).c_str(), folder.c_str());
+    return data.empty() ? fs::path() : PathOf(data) / "tavolin";
 }
 #else
 bool MayWriteIn(const fs::path& folder) { return ::access(folder.c_str(), W_OK | X_OK) == 0; }
@@ -50,8 +46,6 @@ fs::path FolderOfTheUser() {
     const std::string home = Environment("HOME");
     return home.empty() ? fs::path() : fs::path(home) / ".local/share/tavolin";
 }
-
-void SetVariable(const fs::path& folder) { ::setenv(kVariable, folder.c_str(), 1); }
 #endif
 
 }  // namespace
@@ -62,7 +56,7 @@ void ChooseDataFolder() {
     if (folder.empty()) return;
     std::error_code error;
     fs::create_directories(folder, error);
-    if (fs::is_directory(folder, error)) SetVariable(folder);
+    if (fs::is_directory(folder, error)) SetEnvironment(kVariable, TextOf(folder));
 }
 
 }  // namespace tavolin::cli

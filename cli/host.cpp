@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "cli/display_text.h"
+#include "cli/environment.h"
 #include "cli/failure.h"
 #include "cli/paths.h"
 #include "cli/registry_warning.h"

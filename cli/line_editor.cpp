@@ -73,7 +73,7 @@ std::optional<std::string> ReadEdited(const std::string& prompt) {
 
 std::optional<std::string> ReadEdited(const std::string& prompt) {
     std::cout << prompt << std::flush;
-    return ReadPlain();
+    return ReadTypedLine();
 }
 
 #endif

@@ -2,16 +2,19 @@
 #include <optional>
 
 #include "cli/data_folder.h"
+#include "cli/environment.h"
 #include "cli/failure.h"
 #include "cli/host.h"
 #include "cli/options.h"
 #include "cli/shell.h"
+#include "cli/terminal.h"
 
 int main(int argc, char** argv) {
     using namespace tavolin::cli;
+    const Utf8Streams streams;
     int status = kSuccess;
     const int failure = ReportFailures([&] {
-        const std::optional<HostOptions> options = ParseOptions(argc, argv);
+        const std::optional<HostOptions> options = ParseOptions(ProgramWords(argc, argv));
         if (!options) return;
         ChooseDataFolder();
         Host host(*options);

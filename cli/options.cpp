@@ -1,22 +1,26 @@
 #include "cli/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
 #include <map>
+#include <utility>
 
+#include "cli/data_folder.h"
+#include "cli/environment.h"
 #include "cli/failure.h"
 #include "cli/paths.h"
-#include "cli/terminal.h"
 
 namespace tavolin::cli {
 namespace {
 
-constexpr const char* kFooter =
+const std::string kFooter =
     "Without COMMAND, commands are read from the input: `tavolin FILE help` lists them.\n"
     "The password is that of --password-file or TAVOLIN_PASSWORD; on a terminal it is asked\n"
     "for when it is needed.\n"
-    "The registry of owners stands in the folder TAVOLIN_FOLDER, else beside the program, or in\n"
-    "$XDG_DATA_HOME/tavolin (~/.local/share/tavolin) when you may not write there.\n"
+    "The registry of owners stands in the folder TAVOLIN_FOLDER, else beside the program, or in\n" +
+    std::string(kUsersFolder) +
+    " when you may not write there.\n"
     "Exit status: 0, 1 for a refused or failed command, 2 for words that make no sense.";
 
 const std::map<std::string, Format> kFormats = {
@@ -37,7 +41,7 @@ std::optional<std::string> Password(const std::string& file) {
 
 }  // namespace
 
-std::optional<HostOptions> ParseOptions(int argc, const char* const* argv) {
+std::optional<HostOptions> ParseOptions(std::vector<std::string> words) {
     HostOptions options;
     std::string password_file;
     std::string format = "table";
@@ -56,7 +60,8 @@ std::optional<HostOptions> ParseOptions(int argc, const char* const* argv) {
     app.add_flag("--keep-going", options.keep_going, "Go on after a failed command of a pipe");
     app.prefix_command();  // the command's own words are not looked at here
     try {
-        app.parse(argc, argv);
+        std::reverse(words.begin(), words.end());  // as the parser wants them
+        app.parse(std::move(words));
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) throw UsageError(error.what());
         app.exit(error);

@@ -1,7 +1,6 @@
 #include "cli/paths.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 
 #include "cli/failure.h"
@@ -53,11 +52,6 @@ std::string FirstLine(const std::string& path) {
     }
     if (line.ends_with('\r')) line.pop_back();
     return line;
-}
-
-std::string Environment(const char* name) {
-    const char* const value = std::getenv(name);
-    return value == nullptr ? std::string() : std::string(value);
 }
 
 }  // namespace tavolin::cli

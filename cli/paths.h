@@ -27,7 +27,4 @@ std::string FolderPath(std::string_view folder);
 // The first line of a file, without its line break; raises CommandFailure if it cannot be read.
 std::string FirstLine(const std::string& path);
 
-// An environment variable's value; empty when it is not set.
-std::string Environment(const char* name);
-
 }  // namespace tavolin::cli

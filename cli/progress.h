@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 
 namespace tavolin::cli {
@@ -23,7 +24,7 @@ class Progress {
     using Clock = std::chrono::steady_clock;
 
     bool enabled_;
-    bool drawn_ = false;
+    std::size_t drawn_ = 0;  // columns
     std::uint64_t total_;
     const char* unit_;
     Clock::time_point next_ = Clock::now();

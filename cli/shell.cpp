@@ -6,6 +6,7 @@
 
 #include "cli/command.h"
 #include "cli/commands.h"
+#include "cli/data_folder.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/line_editor.h"
@@ -211,8 +212,8 @@ void Explain(const Command& command) {
     if (command.need == Need::kNewDatabase) {
         std::cout
             << "\nThe registry is RDX.dat in the folder TAVOLIN_FOLDER, else beside the program,\n"
-               "or in $XDG_DATA_HOME/tavolin (~/.local/share/tavolin) when you may not write\n"
-               "there.\n";
+               "or in "
+            << kUsersFolder << " when you may not write there.\n";
     }
     if (command.pattern.find("KEY") != std::string_view::npos &&
         command.pattern.find("--key") == std::string_view::npos) {

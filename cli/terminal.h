@@ -2,8 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
+#include <ostream>
+#include <streambuf>
 #include <string>
+#include <vector>
 
 namespace tavolin::cli {
 
@@ -11,11 +15,33 @@ bool InputIsTerminal();
 bool OutputIsTerminal();
 bool ErrorIsTerminal();
 
+// While one lives, the standard streams carry UTF-8, and to and from files every byte as it is,
+// whatever the machine makes of them otherwise.
+class Utf8Streams {
+  public:
+    Utf8Streams();
+    ~Utf8Streams();
+    Utf8Streams(const Utf8Streams&) = delete;
+    Utf8Streams& operator=(const Utf8Streams&) = delete;
+
+  private:
+    struct Redirected {
+        std::ostream* stream;
+        std::streambuf* previous;
+        std::unique_ptr<std::streambuf> own;
+    };
+    std::vector<Redirected> redirected_;
+};
+
 // The columns of the terminal that output goes to; 0 when it goes elsewhere.
 std::size_t TerminalWidth();
 
-// A line that the user types without seeing it; nothing at the end of input or after Ctrl-C. Input
-// must be a terminal.
+// The next line without its line break; nothing at the end of input or after Ctrl-C. Input must be
+// a terminal.
+enum class Echo { kOn, kOff };
+std::optional<std::string> ReadTypedLine(Echo echo = Echo::kOn);
+
+// A line that the user types without seeing it, as above.
 std::optional<std::string> ReadSecret(const std::string& prompt);
 
 // Asks until the user answers yes or no, or neither. Input must be a terminal.
@@ -32,12 +58,10 @@ class InterruptCatcher {
 
   private:
     using Handler = void (*)(int);
-    Handler previous_;
+    Handler previous_ = nullptr;
 };
 bool Interrupted();
+void RememberInterrupt();
 void ForgetInterrupt();
-
-// The name that the system knows the user by; empty when it knows none.
-std::string SystemUserName();
 
 }  // namespace tavolin::cli

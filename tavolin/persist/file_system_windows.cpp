@@ -10,8 +10,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "tavolin/base/utf16.h"
 #include "tavolin/persist/file_system.h"
-#include "tavolin/persist/paths.h"
 
 namespace tavolin {
 namespace {
@@ -19,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kMaxRequest = std::size_t{1} << 30;
+constexpr std::size_t kLongestName = 255;  // code units
 
 // The machine's codes in the numbers of <cerrno>, which the rest of the library knows.
 int PortableCode(DWORD code) {
@@ -132,7 +133,10 @@ std::unique_ptr<File> OpenHandle(const fs::path& path, DWORD access, DWORD share
 class WindowsFileSystem final : public FileSystem {
   public:
     PathKind Kind(std::string_view path) override {
-        const DWORD attributes = ::GetFileAttributesW(NativePath(path).c_str());
+        const fs::path native = NativePath(path);
+        // Such a name cannot be missing; the machine's versions differ in what they say of it.
+        if (native.filename().native().size() > kLongestName) return PathKind::kUnknown;
+        const DWORD attributes = ::GetFileAttributesW(native.c_str());
         if (attributes != INVALID_FILE_ATTRIBUTES) {
             if (attributes & FILE_ATTRIBUTE_DIRECTORY) return PathKind::kFolder;
             return attributes & FILE_ATTRIBUTE_DEVICE ? PathKind::kOther : PathKind::kFile;
@@ -219,24 +223,17 @@ FileSystem& MachineFileSystem() {
     return files;
 }
 
-// What is not UTF-8 becomes a replacement character, which names no file, rather than an exception.
+// Names may hold lone surrogates here. What is not UTF-8 becomes a replacement character, which
+// names no file, rather than an exception.
 fs::path NativePath(std::string_view path) {
     if (path.find('\0') != std::string_view::npos) FailWith("not a path", fs::path(), EINVAL);
-    const int size = static_cast<int>(path.size());
-    std::wstring wide(path.size(), L'\0');
-    const int count = ::MultiByteToWideChar(CP_UTF8, 0, path.data(), size, wide.data(), size);
-    wide.resize(static_cast<std::size_t>(count));
-    return wide;
+    const std::u16string units = ToUtf16(path);
+    return std::wstring(units.begin(), units.end());
 }
 
 std::string PortablePath(const fs::path& path) {
     const std::wstring& wide = path.native();
-    const int size = static_cast<int>(wide.size());
-    std::string text(wide.size() * 3, '\0');
-    const int count = ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, text.data(),
-                                            static_cast<int>(text.size()), nullptr, nullptr);
-    text.resize(static_cast<std::size_t>(count));
-    return text;
+    return FromUtf16(std::u16string(wide.begin(), wide.end()));
 }
 
 }  // namespace tavolin

@@ -52,14 +52,21 @@ class HostTest : public testing::Test {
     // Runs `tavolin WORDS` in the folder; `words` goes through the shell, before it stand settings
     // of environment variables, or a pipe that the input comes from instead.
     Outcome Run(const std::string& words, const std::string& input = "",
-                const std::string& settings = "",
-                const std::string& program = "'" TAVOLIN_HOST "'") const {
+                const std::string& settings = "", const std::string& program = Program()) const {
         Write("in.txt", input);
         Write("run.sh", "exec 2>err.txt\n" + settings + " " + program + " " + words +
                             (settings.ends_with("| ") ? "" : " <in.txt") + " >out.txt\n");
         const std::string command = "cd '" + folder_.string() + "' && bash run.sh";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Read("out.txt"), Read("err.txt")};
+    }
+
+    // The words of the shell that run the program. The environment's TAVOLIN_HOST names those of
+    // one that is built for another system, whose words are UTF-16 and to which this machine's
+    // permissions mean nothing.
+    static bool ProgramIsForeign() { return std::getenv("TAVOLIN_HOST") != nullptr; }
+    static std::string Program() {
+        return ProgramIsForeign() ? std::getenv("TAVOLIN_HOST") : "'" TAVOLIN_HOST "'";
     }
 
     // The program run by somebody whom permissions stop, which they do not do with root.

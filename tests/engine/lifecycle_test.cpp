@@ -158,11 +158,12 @@ TEST_F(LifecycleTest, WhatCannotBeLoadedLeavesTheOpenDatabaseUsable) {
                     });
         EXPECT_EQ(engine_.CVLTableSet(), tables) << what;
     };
-    // In place: writing the file anew each time would take most of the time.
+    // In place: writing the file anew each time would take most of the time. Closed each time: who
+    // writes to a file may keep readers out.
     const std::filesystem::path path = folder_.path() / "bad.cdb";
-    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
     const auto put = [&](std::size_t at, int byte) {
-        file.seekp(static_cast<std::streamoff>(at)).put(static_cast<char>(byte)).flush();
+        std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(static_cast<std::streamoff>(at)).put(static_cast<char>(byte));
     };
     for (std::size_t at = 0; at < good.size(); ++at) {
         for (const int bits : {1 << at % 8, 0xFF}) {

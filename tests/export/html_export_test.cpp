@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <set>
 
+#include "tavolin/base/text.h"
 #include "tests/support/engine_state.h"
 
 namespace tavolin {
@@ -28,14 +29,26 @@ class HtmlExportTest : public EngineTest {
     }
     std::string Site(std::string_view name) const { return folder_ / "shop\\" + std::string(name); }
     std::string Read(std::string_view name) const { return Contents(Site(name)); }
+    // Whether names that differ in letter case alone are different ones on this machine.
+    bool CaseCounts() const {
+        const fs::path own = folder_.path();
+        return !fs::exists(own.parent_path() / ("T" + own.filename().string().substr(1)));
+    }
+    // A set of names, as far as they are different ones.
+    std::set<std::string> Distinct(const std::vector<std::string>& names) const {
+        std::set<std::string> distinct;
+        for (const std::string& name : names) distinct.insert(CaseCounts() ? name : Fold(name));
+        return distinct;
+    }
     // The files of the site, by their paths in it.
     std::set<std::string> Files() const {
-        std::set<std::string> names;
+        std::vector<std::string> names;
         const fs::path root = folder_.path() / "shop";
         for (const auto& entry : fs::recursive_directory_iterator(root)) {
-            if (entry.is_regular_file()) names.insert(fs::relative(entry, root).generic_string());
+            if (entry.is_regular_file())
+                names.push_back(fs::relative(entry, root).generic_string());
         }
-        return names;
+        return Distinct(names);
     }
     void Publish() { engine_.MakeItHTML(FolderPath()); }
 
@@ -67,14 +80,14 @@ TEST_F(HtmlExportTest, RendersRecordsWithTheirLinks) {
 
 TEST_F(HtmlExportTest, WritesTheSite) {
     Publish();
-    std::set<std::string> expected = {"TavolinStyleSheet.css", "Title.htm", "shop.htm",
-                                      "title.htm"};
+    std::vector<std::string> expected = {"TavolinStyleSheet.css", "Title.htm", "shop.htm",
+                                         "title.htm"};
     for (const std::string table : {"Orders/", "Buyers/"}) {
         for (const char* name : {"index.htm", "Contents.htm", "contents.htm", "Records.htm",
                                  "records.htm", "InlineFrameRecords.htm", "inlineFrameRecords.htm"})
-            expected.insert(table + name);
+            expected.push_back(table + name);
     }
-    EXPECT_EQ(Files(), expected);
+    EXPECT_EQ(Files(), Distinct(expected));
     EXPECT_EQ(Read("Orders\\Records.htm"),
               kHead +
                   "<p><center  name = 'Top'><br><br><br><br>\r\n<h1>Orders Records</h1></center>"
@@ -186,8 +199,10 @@ TEST_F(HtmlExportTest, LeavesNoLinkStale) {
         buyer->prop(1, links ? "linked" : "copied");
         Publish();
         for (const auto& [name, alias] : names) EXPECT_EQ(Read(alias), Read(name)) << alias;
-        EXPECT_EQ(files.IsSameFile(Site("Title.htm"), Site("title.htm")), links);
-        for (const auto& [name, alias] : names) MachineFileSystem().Delete(Site(alias));
+        EXPECT_EQ(files.IsSameFile(Site("Title.htm"), Site("title.htm")), links || !CaseCounts());
+        for (const auto& [name, alias] : names) {
+            if (files.Exists(Site(alias))) files.Delete(Site(alias));
+        }
     }
     FileSystem& real = MachineFileSystem();
     const std::size_t failures = FailEachCall(
@@ -207,14 +222,15 @@ TEST_F(HtmlExportTest, LeavesNoLinkStale) {
                 EXPECT_TRUE(fresh) << alias << " after failing to " << call;
             }
         });
-    EXPECT_GT(failures, 40u);
+    EXPECT_GT(failures, 30u);
 }
 
 TEST_F(HtmlExportTest, PublishesADatabaseWithoutTables) {
     engine_.DeleteTable("Orders");
     Publish();
-    EXPECT_EQ(Files().size(), 8u);
-    EXPECT_TRUE(Files().contains("contents.htm") && Files().contains("inlineFrameRecords.htm"));
+    EXPECT_EQ(Files(), Distinct({"TavolinStyleSheet.css", "Title.htm", "title.htm", "shop.htm",
+                                 "Contents.htm", "contents.htm", "InlineFrameRecords.htm",
+                                 "inlineFrameRecords.htm"}));
     EXPECT_NE(Read("shop.htm").find("src = '.\\contents.htm'"), std::string::npos);
 }
 

@@ -1,0 +1,80 @@
+#ifndef _WIN32
+
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+
+#include "cli/terminal.h"
+
+namespace tavolin::cli {
+namespace {
+
+class EchoOff {
+  public:
+    EchoOff() {
+        tcgetattr(STDIN_FILENO, &settings_);
+        termios silent = settings_;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
+    }
+    ~EchoOff() { tcsetattr(STDIN_FILENO, TCSAFLUSH, &settings_); }
+    EchoOff(const EchoOff&) = delete;
+    EchoOff& operator=(const EchoOff&) = delete;
+
+  private:
+    termios settings_{};
+};
+
+// Without SA_RESTART: a waiting read must end.
+void Handle(void (*handler)(int), struct sigaction* previous) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, previous);
+}
+
+}  // namespace
+
+bool InputIsTerminal() { return isatty(STDIN_FILENO) != 0; }
+bool OutputIsTerminal() { return isatty(STDOUT_FILENO) != 0; }
+bool ErrorIsTerminal() { return isatty(STDERR_FILENO) != 0; }
+
+Utf8Streams::Utf8Streams() = default;
+Utf8Streams::~Utf8Streams() = default;
+
+std::size_t TerminalWidth() {
+    winsize size{};
+    if (!OutputIsTerminal() || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
+    return size.ws_col;
+}
+
+std::optional<std::string> ReadTypedLine(Echo echo) {
+    std::optional<EchoOff> silence;
+    if (echo == Echo::kOff) silence.emplace();
+    std::string line;
+    if (std::getline(std::cin, line)) return line;
+    // The stream must serve the next question all the same.
+    std::cin.clear();
+    std::clearerr(stdin);
+    return std::nullopt;
+}
+
+extern "C" {
+static void HandleInterrupt(int) { RememberInterrupt(); }
+}
+
+InterruptCatcher::InterruptCatcher() {
+    struct sigaction previous {};
+    Handle(HandleInterrupt, &previous);
+    previous_ = previous.sa_handler;
+}
+
+InterruptCatcher::~InterruptCatcher() { Handle(previous_, nullptr); }
+
+}  // namespace tavolin::cli
+
+#endif
