@@ -34,6 +34,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tavolin/base/byte_buffer.h"
 #include "tavolin/base/date.h"
 #include "tavolin/base/event.h"
 #include "tavolin/errors/error.h"
@@ -63,6 +64,7 @@ struct Authority;
 struct Database;
 class Session;
 class TextSink;
+enum class BagSeal;
 enum class TextEncoding;
 
 class CVLDBEngine {
@@ -130,7 +132,8 @@ class CVLDBEngine {
     // who is not stored, but whose password is the database password, `ToRead`. Refusals:
     // GetUserDisabledError and GetDBPasswordError leave the state `Undefined`,
     // GetUserPermissionTo... and GetUserIsNotDBOwnerError leave it at what the user may do.
-    // `Undefined` asks for nothing.
+    // `Undefined` asks for nothing; what is no value of the enumeration raises 5, but not for the
+    // owner.
     bool DBLegalUser(const std::shared_ptr<CVLDBUser>& LogedUser, PermitStateEnum NeededPermission);
 
     // --- The open database
@@ -388,13 +391,13 @@ class CVLDBEngine {
     void Install(std::unique_ptr<Database> database);
     void Open(std::unique_ptr<Database> database, const std::string& file);
     void Recheck();
-    std::unique_ptr<Database> ReadState(std::span<const std::uint8_t> state) const;
-    std::vector<std::uint8_t> ObjectState() const;
+    std::unique_ptr<Database> ReadState(ByteBuffer state, BagSeal seal) const;
+    ByteBuffer ObjectState(BagSeal seal) const;
     bool IsOpenFile(std::string_view path) const;
     bool IsOwnFile(std::string_view path) const;
     void AskToWriteTo(const std::string& path, const char* source) const;
     std::optional<Error> DeleteFiles(const std::string& path, const CVLDBEngine& opened);
-    std::vector<std::uint8_t> StateNamed(Naming& naming) const;
+    ByteBuffer StateNamed(Naming& naming) const;
     void MakeOwner(const std::string& name, std::string_view password, std::string_view full_name,
                    std::string_view description);
 
@@ -436,7 +439,7 @@ class CVLDBEngine {
                          std::string_view path, std::uint8_t number = 0);
     void PrintToBinaryFile(std::span<const std::uint8_t> data, std::string_view path,
                            std::uint8_t number = 0, bool cut_tail = false);
-    std::vector<std::uint8_t> GetBinaryFile(std::string_view path, std::uint8_t number = 0);
+    ByteBuffer GetBinaryFile(std::string_view path, std::uint8_t number = 0);
 
     std::shared_ptr<Authority> authority_;
     std::shared_ptr<Session> session_;  // that of the objects which the host makes
@@ -446,7 +449,7 @@ class CVLDBEngine {
     bool registry_read_ = false;
     std::vector<RegistryChange> unwritten_;  // what has been done to the registry since
     bool transaction_ = false;
-    std::vector<std::uint8_t> snapshot_;
+    ByteBuffer snapshot_;
     std::string log_report_;
     std::vector<PendingLine> pending_;
     // One object may observe for several users.

@@ -24,7 +24,7 @@ void CVLDBEngine::PrintToBinaryFile(std::span<const std::uint8_t> data, std::str
            [&] { WriteDatabaseFile(path, data, cut_tail); });
 }
 
-std::vector<std::uint8_t> CVLDBEngine::GetBinaryFile(std::string_view path, std::uint8_t) {
+ByteBuffer CVLDBEngine::GetBinaryFile(std::string_view path, std::uint8_t) {
     return Report("CVLDBEngine:GetBinaryFile Method", [&] { return ReadDatabaseFile(path); });
 }
 

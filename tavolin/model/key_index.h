@@ -13,12 +13,18 @@
 #include <cstdint>
 #include <vector>
 
+#include "tavolin/base/prefetch.h"
 #include "tavolin/model/order_list.h"
 
 namespace tavolin {
 
 class KeyIndex {
   public:
+    struct Entry {
+        std::uint32_t hash = 0;
+        std::uint32_t handle = kNoHandle;
+    };
+
     std::size_t size() const { return size_; }
     std::size_t memory() const { return slots_.capacity() * sizeof(Slot); }
 
@@ -31,6 +37,11 @@ class KeyIndex {
             if (slot.handle == kNoHandle) return kNoHandle;
             if (slot.hash == hash && equals(slot.handle)) return slot.handle;
         }
+    }
+
+    // Has the place where a hash is looked for fetched from memory, for later.
+    void Prefetch(std::uint32_t hash) const {
+        if (!slots_.empty()) PrefetchLine(&slots_[Home(hash)]);
     }
 
     // Adds an entry without looking for an equal one. Does not throw when Reserve has made room.
@@ -49,10 +60,7 @@ class KeyIndex {
     void Clear();
 
   private:
-    struct Slot {
-        std::uint32_t hash = 0;
-        std::uint32_t handle = kNoHandle;
-    };
+    using Slot = Entry;
 
     // Spreads the low bits upwards first, because the reduction to a slot number uses the high
     // ones.

@@ -118,7 +118,7 @@ std::vector<std::uint8_t> CVLDBOwnerSet::RegistryState() const {
         [&](PropertyBagWriter& bag) { bag.WriteObject("objner", [&] { WriteProperties(bag); }); });
 }
 
-void CVLDBOwnerSet::RegistryState(const std::vector<std::uint8_t>& state) {
+void CVLDBOwnerSet::RegistryState(std::span<const std::uint8_t> state) {
     PropertyBagReader bag(state);
     if (!bag.ReadObject("objner", [&] { ReadProperties(bag); })) {
         throw DamagedState("objner: missing");

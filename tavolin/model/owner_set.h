@@ -50,7 +50,7 @@ class CVLDBOwnerSet {
     void Remove(const CVLDBOwner& owner);
     // The registry file's byte array.
     std::vector<std::uint8_t> RegistryState() const;
-    void RegistryState(const std::vector<std::uint8_t>& state);
+    void RegistryState(std::span<const std::uint8_t> state);
     // A registry file that is there and cannot be read leaves the set empty, and is renamed before
     // the set is first stored.
     void LoadRegistry();

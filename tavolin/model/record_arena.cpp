@@ -1,5 +1,6 @@
 #include "tavolin/model/record_arena.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <new>
@@ -12,6 +13,7 @@
 #include "tavolin/model/record.h"
 #include "tavolin/model/session.h"
 #include "tavolin/persist/little_endian.h"
+#include "tavolin/persist/property_bag.h"
 
 namespace tavolin {
 namespace {
@@ -21,6 +23,7 @@ constexpr std::size_t kHeaderSize = 20;
 constexpr std::size_t kMaxInlineUnits = 0xFFFF;
 constexpr std::size_t kSlabUnits = std::size_t{1} << 17;
 constexpr std::size_t kFirstSlabUnits = 64;
+constexpr std::size_t kTypicalImage = 64;  // bytes
 
 std::size_t UnitsFor(std::size_t bytes) { return (bytes + kUnit - 1) / kUnit; }
 
@@ -85,18 +88,25 @@ void RecordArena::JoinSession(std::shared_ptr<Session> session) {
     }
 }
 
-std::uint32_t RecordArena::Payload::End(int field) const {
-    switch (width) {
-        case 0:
-            return ends[field];
-        case 1:
-            return LoadLittle<std::uint16_t>(ends + 2 * field);
-        default:
-            return LoadLittle<std::uint32_t>(ends + 4 * field);
+// Without branches for the one width that nearly all records have.
+bool RecordArena::Payload::EndsRise() const {
+    std::uint32_t last = 0;
+    bool rise = true;
+    if (width == 0) {
+        for (int i = 0; i < kFieldCount; ++i) {
+            rise &= ends[i] >= last;
+            last = ends[i];
+        }
+        return rise;
     }
+    for (int i = 0; i < kFieldCount; ++i) {
+        rise &= End(i) >= last;
+        last = End(i);
+    }
+    return rise;
 }
 
-RecordArena::Payload RecordArena::PayloadOf(RecordHandle record) const {
+inline RecordArena::Payload RecordArena::PayloadOf(RecordHandle record) const {
     std::uint8_t* block = Block(record);
     const std::uint8_t flags = At(record)->flags;
     std::uint8_t* ends = block + kHeaderSize;
@@ -212,7 +222,7 @@ RecordHandle RecordArena::Create(std::int32_t n_key, const FieldTexts& fields,
     const std::size_t units = moved ? UnitsFor(kHeaderSize + sizeof(std::uint32_t)) : inline_units;
     const RecordHandle record = Allocate(units);
     Header* header = At(record);
-    *header = {0, HashFold(key), n_key, 0, static_cast<std::uint16_t>(units), parts, 0, 0};
+    *header = {0, HashFold(key), n_key, 0, static_cast<std::uint16_t>(units), parts, 0, false};
     header->flags = static_cast<std::uint8_t>(shape.width | (shape.ascii ? 0 : kNotAscii));
     if (!moved) {
         Fill(Block(record) + kHeaderSize, shape.width, fields);
@@ -244,7 +254,7 @@ void RecordArena::Release(RecordHandle record) noexcept {
 
 void RecordArena::Destroy(RecordHandle record) noexcept {
     FreeMovedPayload(record);
-    if (HasOwnKey(record)) --own_keys_;
+    if (HasOwnKey(record)) own_keys_.erase({FindExtras(record)->key_hash, record});
     Extras dying;  // destroyed when the arena is whole again
     if (At(record)->flags & kExtras) {
         const auto found = extras_.find(record);
@@ -279,6 +289,27 @@ RecordArena::FieldPlace RecordArena::PlaceOf(RecordHandle record, int field) con
             payload.End(field)};
 }
 
+// Takes fields that change out of the counts until they have changed, or have not.
+class RecordArena::Recount {
+  public:
+    Recount(RecordArena& arena, RecordHandle record, const FieldMarks& fields)
+        : arena_(arena), record_(record), fields_(fields) {
+        if (!arena_.Counted(record_)) return;
+        arena_.ChangeCounts(record_, fields_, &ValueCounts::Remove);
+    }
+    ~Recount() {
+        if (!arena_.Counted(record_)) return;
+        arena_.ChangeCounts(record_, fields_, &ValueCounts::Add);
+    }
+    Recount(const Recount&) = delete;
+    Recount& operator=(const Recount&) = delete;
+
+  private:
+    RecordArena& arena_;
+    RecordHandle record_;
+    const FieldMarks& fields_;
+};
+
 void RecordArena::SetFields(RecordHandle record, const FieldTexts& values,
                             const std::array<bool, kFieldCount>& changed) {
     std::array<std::string_view, kFieldCount> merged;
@@ -295,6 +326,7 @@ void RecordArena::SetFields(RecordHandle record, const FieldTexts& values,
     auto* bytes = reinterpret_cast<std::uint8_t*>(buffer.data());
     Fill(bytes, shape.width, fields);
     if (touches_key) TakeOwnKey(record);
+    const Recount recount(*this, record, changed);
     PlacePayload(record, {bytes, buffer.size()});
     std::uint8_t& flags = At(record)->flags;
     flags = static_cast<std::uint8_t>((flags & ~(kWidthMask | kNotAscii)) | shape.width |
@@ -353,8 +385,14 @@ bool RecordArena::FilingKeyEquals(RecordHandle record, std::string_view key) con
 
 void RecordArena::SetKey(RecordHandle record, std::string_view key) {
     std::string copy(key);
+    const std::uint32_t hash = HashFold(key);
     TakeOwnKey(record);
-    ExtrasOf(record).key = std::move(copy);
+    Extras& extras = ExtrasOf(record);
+    auto place = own_keys_.extract({extras.key_hash, record});
+    place.value().first = hash;
+    own_keys_.insert(std::move(place));
+    extras.key = std::move(copy);
+    extras.key_hash = hash;
 }
 
 void RecordArena::RestoreKey(RecordHandle record, std::string_view key) {
@@ -369,10 +407,11 @@ void RecordArena::TakeOwnKey(RecordHandle record) {
     std::string key = ComposeKey(record);
     std::string filing_key = key;
     Extras& extras = ExtrasOf(record);
+    own_keys_.emplace(FilingHash(record), record);
     extras.key = std::move(key);
+    extras.key_hash = FilingHash(record);
     extras.filing_key = std::move(filing_key);
     At(record)->flags |= kOwnKey;
-    ++own_keys_;
 }
 
 RecordArena::Extras& RecordArena::ExtrasOf(RecordHandle record) {
@@ -384,6 +423,52 @@ RecordArena::Extras& RecordArena::ExtrasOf(RecordHandle record) {
 const RecordArena::Extras* RecordArena::FindExtras(RecordHandle record) const {
     if ((At(record)->flags & kExtras) == 0) return nullptr;
     return &extras_.find(record)->second;
+}
+
+// --- counts of values
+
+bool RecordArena::AnyCounts() const {
+    return std::any_of(counts_.begin(), counts_.end(),
+                       [](const auto& counts) { return counts != nullptr; });
+}
+
+template <class Change>
+void RecordArena::ChangeCounts(RecordHandle record, const FieldMarks& fields,
+                               Change change) noexcept {
+    try {
+        for (int field = 0; field < kFieldCount; ++field) {
+            ValueCounts* counts = counts_[Index(field)].get();
+            if (counts != nullptr && fields[Index(field)]) (counts->*change)(Field(record, field));
+        }
+    } catch (...) {
+        for (auto& counts : counts_) counts.reset();
+    }
+}
+
+void RecordArena::MakeCounts(int field, std::span<const RecordHandle> records) {
+    auto counts = std::make_unique<ValueCounts>();
+    for (const RecordHandle record : records) counts->Add(Field(record, field));
+    for (const RecordHandle record : records) At(record)->counted = true;
+    counts_[Index(field)] = std::move(counts);
+}
+
+namespace {
+
+constexpr std::array<bool, kFieldCount> kEveryField = {true, true, true, true, true,
+                                                       true, true, true, true, true};
+
+}  // namespace
+
+void RecordArena::CountIn(RecordHandle record) noexcept {
+    if (!AnyCounts()) return;
+    At(record)->counted = true;
+    ChangeCounts(record, kEveryField, &ValueCounts::Add);
+}
+
+void RecordArena::CountOut(RecordHandle record) noexcept {
+    if (!Counted(record)) return;
+    ChangeCounts(record, kEveryField, &ValueCounts::Remove);
+    At(record)->counted = false;
 }
 
 // --- objects and what is kept beside
@@ -436,33 +521,28 @@ std::shared_ptr<PropertyChangeEvent> RecordArena::ChangeEvent(RecordHandle recor
 
 // --- stored form
 
-std::size_t RecordArena::ImageSize(RecordHandle record) const {
-    const std::size_t size = kHeaderSize + PayloadOf(record).size();
-    return UnitsFor(size) <= kMaxInlineUnits ? UnitsFor(size) * kUnit
-                                             : UnitsFor(size + sizeof(std::uint32_t)) * kUnit;
-}
-
-void RecordArena::WriteImage(RecordHandle record, std::uint8_t* target) const {
-    const Header* header = At(record);
+void RecordArena::WriteImage(RecordHandle record, PropertyBagWriter& bag) const {
+    const Header* const header = At(record);
     const Payload payload = PayloadOf(record);
-    const std::size_t units = UnitsFor(kHeaderSize + payload.size());
+    const std::size_t size = payload.size();
+    std::size_t units = UnitsFor(kHeaderSize + size);
     const bool large = units > kMaxInlineUnits;
-    StoreLittle(target, std::uint32_t{0});
-    StoreLittle(target + 4, header->hash);
-    StoreLittle(target + 8, static_cast<std::uint32_t>(header->n_key));
-    StoreLittle(target + 12, std::uint16_t{1});
-    StoreLittle(target + 14, static_cast<std::uint16_t>(large ? 0 : units));
-    StoreLittle(target + 16, header->parts);
-    target[18] = header->flags & (kWidthMask | kNotAscii);
-    target[19] = 0;
-    std::uint8_t* at = target + kHeaderSize;
-    if (large) {
-        StoreLittle(at, static_cast<std::uint32_t>(ImageSize(record) / kUnit));
-        at += sizeof(std::uint32_t);
-    }
-    std::memcpy(at, payload.ends, payload.size());
-    at += payload.size();
-    std::memset(at, 0, static_cast<std::size_t>(target + ImageSize(record) - at));
+    const std::size_t prefix = large ? sizeof(std::uint32_t) : 0;
+    if (large) units = UnitsFor(kHeaderSize + prefix + size);
+
+    std::uint8_t* const image = bag.Extend(units * kUnit);
+    std::uint8_t* const end = image + units * kUnit;
+    std::memset(end - kUnit, 0, kUnit);
+    StoreLittle(image, std::uint32_t{0});
+    StoreLittle(image + 4, header->hash);
+    StoreLittle(image + 8, static_cast<std::uint32_t>(header->n_key));
+    StoreLittle(image + 12, std::uint16_t{1});
+    StoreLittle(image + 14, static_cast<std::uint16_t>(large ? 0 : units));
+    StoreLittle(image + 16, header->parts);
+    image[18] = header->flags & (kWidthMask | kNotAscii);
+    image[19] = 0;
+    if (large) StoreLittle(image + kHeaderSize, static_cast<std::uint32_t>(units));
+    std::memcpy(image + kHeaderSize + prefix, payload.ends, size);
 }
 
 namespace {
@@ -473,9 +553,18 @@ namespace {
 
 }  // namespace
 
-RecordHandle RecordArena::ReadImage(std::span<const std::uint8_t> images, std::size_t& taken) {
+// A record's image that has been found to be sound.
+struct RecordArena::Image {
+    std::uint8_t* bytes;
+    std::size_t units;
+    Payload payload;
+    std::uint16_t parts;
+    bool fits_in_place;  // a block of this size and layout could have been made here
+};
+
+RecordArena::Image RecordArena::CheckImage(std::span<std::uint8_t> images) {
     if (images.size() < 4 * kUnit) RefuseImage("cut off");
-    const std::uint8_t* image = images.data();
+    std::uint8_t* const image = images.data();
     const std::uint16_t inline_units = LoadLittle<std::uint16_t>(image + 14);
     const std::size_t prefix = inline_units == 0 ? sizeof(std::uint32_t) : 0;
     const std::size_t units =
@@ -489,44 +578,67 @@ RecordHandle RecordArena::ReadImage(std::span<const std::uint8_t> images, std::s
     ForEachPart(parts, [](int field) {
         if (field >= kFieldCount) RefuseImage("its key names a field that does not exist");
     });
-    Payload payload{const_cast<std::uint8_t*>(image) + kHeaderSize + prefix, flags & kWidthMask};
+    const Payload payload{image + kHeaderSize + prefix, flags & kWidthMask};
     const std::size_t room = units * kUnit - kHeaderSize - prefix;
     const std::size_t ends_size = static_cast<std::size_t>(kFieldCount) << payload.width;
     if (ends_size > room) RefuseImage("too short for its fields");
-    std::uint32_t last = 0;
-    for (int i = 0; i < kFieldCount; ++i) {
-        const std::uint32_t end = payload.End(i);
-        if (end < last) RefuseImage("its fields overlap");
-        last = end;
-    }
-    if (last > room - ends_size) RefuseImage("a field ends beyond it");
+    if (!payload.EndsRise()) RefuseImage("its fields overlap");
+    if (payload.size() > room) RefuseImage("a field ends beyond it");
+    const bool fits_in_place = prefix == 0 && RoundToClass(units) == units &&
+                               UnitsFor(kHeaderSize + payload.size()) == units;
+    return {image, units, payload, parts, fits_in_place};
+}
 
-    taken = units * kUnit;
-    RecordHandle record;
-    if (prefix == 0 && UnitsFor(kHeaderSize + payload.size()) == units) {
-        record = Allocate(units);
-        std::memcpy(Block(record), image, taken);
-        Header* header = At(record);
-        *header = {0,
-                   LoadLittle<std::uint32_t>(image + 4),
-                   static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image + 8)),
-                   0,
-                   static_cast<std::uint16_t>(units),
-                   parts,
-                   flags,
-                   0};
-        return record;
-    }
+RecordHandle RecordArena::CopyImage(const Image& image) {
     std::array<std::string_view, kFieldCount> fields;
     std::uint32_t begin = 0;
     for (int i = 0; i < kFieldCount; ++i) {
-        fields[static_cast<std::size_t>(i)] = {payload.text() + begin, payload.End(i) - begin};
-        begin = payload.End(i);
+        const std::uint32_t end = image.payload.End(i);
+        fields[static_cast<std::size_t>(i)] = {image.payload.text() + begin, end - begin};
+        begin = end;
     }
-    record = Create(static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image + 8)), fields, {});
-    At(record)->parts = parts;
-    At(record)->hash = LoadLittle<std::uint32_t>(image + 4);
+    const auto n_key = static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image.bytes + 8));
+    const RecordHandle record = Create(n_key, fields, {});
+    At(record)->parts = image.parts;
+    At(record)->hash = LoadLittle<std::uint32_t>(image.bytes + 4);
+    AddReference(record);
     return record;
+}
+
+std::vector<RecordHandle> RecordArena::Adopt(std::span<std::uint8_t> images,
+                                             std::shared_ptr<void> owner) {
+    const std::size_t units = images.size() / kUnit;
+    const std::size_t spans = (units + kSlabUnits - 1) >> kSlabShift;
+    const std::uint64_t first = std::uint64_t{slabs_.size()} << kSlabShift;
+    if (first + (std::uint64_t{spans} << kSlabShift) >= kNoHandle) throw std::bad_alloc();
+    slabs_.reserve(slabs_.size() + spans);
+    for (std::size_t i = 0; i < spans; ++i) {
+        slabs_.push_back(images.data() + i * kSlabUnits * kUnit);
+    }
+    adopted_ = std::move(owner);
+    memory_ += images.size();
+
+    std::vector<RecordHandle> records;
+    records.reserve(images.size() / kTypicalImage);
+    for (std::size_t at = 0; at < images.size();) {
+        const Image image = CheckImage(images.subspan(at));
+        if (!image.fits_in_place) {
+            records.push_back(CopyImage(image));
+        } else {
+            records.push_back(static_cast<RecordHandle>(first + at / kUnit));
+            *At(records.back()) = {
+                0,
+                LoadLittle<std::uint32_t>(image.bytes + 4),
+                static_cast<std::int32_t>(LoadLittle<std::uint32_t>(image.bytes + 8)),
+                1,
+                static_cast<std::uint16_t>(image.units),
+                image.parts,
+                image.bytes[18],
+                0};
+        }
+        at += image.units * kUnit;
+    }
+    return records;
 }
 
 }  // namespace tavolin

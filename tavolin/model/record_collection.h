@@ -45,7 +45,8 @@ class RecordCollection {
                                    const Placement& placement);
     // Files an existing record of this arena at the end, under its own key.
     void AddExisting(RecordHandle record);
-    // Appends records that were just read from stored state; the keys are looked at later.
+    // Appends records that the arena has adopted just now, with the reference that it has counted;
+    // the keys are looked at later.
     void Adopt(std::span<const RecordHandle> records);
     void Remove(RecordHandle record);
     // For records of those, that have a key of their own: none of them takes a key that another
@@ -61,6 +62,15 @@ class RecordCollection {
     bool Holds(RecordHandle record) {
         MakePlaces();
         return records_.PositionOf(record) != 0;
+    }
+    // The records whose key, as the host sees it, is this one, in their order.
+    std::vector<RecordHandle> WithKey(std::string_view key);
+    // Whether a record of this collection, other than `record`, holds the value in a field, without
+    // regard to case. The first question about a field walks along the collection; every further
+    // one takes constant time, until ForgetHolders. Not for guests.
+    bool HeldByOthers(int field, std::string_view value, const CVLRecord& record) const;
+    void ForgetHolders(int field) {
+        if (!IsGuest()) arena_->DropCounts(field);
     }
     bool IsGuest() const { return records_.store().guest; }
 
@@ -102,6 +112,7 @@ class RecordCollection {
     void CheckKeys(std::span<const RecordHandle> records) const;
     void MakePlaces();
     void File(RecordHandle record, const Placement& placement);
+    std::vector<RecordHandle> AllRecords() const;
 
     std::shared_ptr<RecordArena> arena_;
     Records records_;

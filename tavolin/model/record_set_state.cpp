@@ -70,9 +70,7 @@ void CVLRecordSet::WriteProperties(PropertyBagWriter& bag) const {
     const RecordArena& arena = records_->arena();
     bag.Write("RecordsCount", Count());
     bag.BeginBlocks("Record");
-    records_->ForEach([&](RecordHandle record) {
-        arena.WriteImage(record, bag.Extend(arena.ImageSize(record)));
-    });
+    records_->ForEach([&](RecordHandle record) { arena.WriteImage(record, bag); });
     bag.EndBlocks();
     const auto special = SpecialRecords(*records_);
     bag.WriteSeries("RecordExtra", special.size(),
@@ -81,17 +79,10 @@ void CVLRecordSet::WriteProperties(PropertyBagWriter& bag) const {
 
 void CVLRecordSet::ReadProperties(PropertyBagReader& bag) {
     const std::int32_t count = bag.ReadInt("RecordsCount");
-    auto images = bag.ReadBlocks("Record");
+    auto images = bag.TakeBlocks("Record");
     auto records = std::make_shared<RecordCollection>(records_->arena().session());
     RecordArena& arena = records->arena();
-    std::vector<RecordHandle> handles;
-    // An image has 32 bytes at least: the count is believed no further than that.
-    handles.reserve(std::min(static_cast<std::size_t>(std::max(count, 0)), images.size() / 32));
-    while (!images.empty()) {
-        std::size_t taken = 0;
-        handles.push_back(arena.ReadImage(images, taken));
-        images = images.subspan(taken);
-    }
+    const auto handles = arena.Adopt(images.bytes, std::move(images.owner));
     if (std::cmp_not_equal(handles.size(), count)) {
         bag.Refuse("RecordsCount", "another number of records is there");
     }

@@ -1,5 +1,6 @@
 #include "tavolin/persist/database_file.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -39,11 +40,15 @@ std::uint32_t ReadDescriptor(File& file, std::string_view path) {
 
 }  // namespace
 
-std::vector<std::uint8_t> ReadDatabaseFile(std::string_view path) {
+ByteBuffer ReadDatabaseFile(std::string_view path) {
     const auto file = FileSystem::Current().Open(path, FileMode::kRead);
     const std::uint32_t count = ReadDescriptor(*file, path);
     if (count >= kTooLarge) Refuse(path, "the size of its array is negative");
-    auto bytes = ReadBytes(*file, kDescriptorSize, count);
+    // No memory is asked for that the file does not fill.
+    const std::uint64_t size = file->Size();
+    const std::uint64_t there = size > kDescriptorSize ? size - kDescriptorSize : 0;
+    ByteBuffer bytes(static_cast<std::size_t>(std::min<std::uint64_t>(there, count)));
+    bytes.Resize(ReadInto(*file, kDescriptorSize, bytes.bytes()));
     if (bytes.size() != count) {
         Refuse(path, "cut off after " + std::to_string(bytes.size()) + " of " +
                          std::to_string(count) + " bytes");

@@ -6,13 +6,14 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
-#include <vector>
+
+#include "tavolin/base/byte_buffer.h"
 
 namespace tavolin {
 
 // The array in the file. Raises DamagedState for a file that does not hold one whole array of
 // bytes, and the file errors of FileSystem.
-std::vector<std::uint8_t> ReadDatabaseFile(std::string_view path);
+ByteBuffer ReadDatabaseFile(std::string_view path);
 
 // Whether the file is there and begins as one that holds an array. The file errors of FileSystem.
 bool IsDatabaseFile(std::string_view path);

@@ -53,14 +53,18 @@ std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint6
     const std::uint64_t size = file.Size();
     const std::uint64_t left = size > offset ? size - offset : 0;
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::min(left, limit)));
+    bytes.resize(ReadInto(file, offset, bytes));
+    return bytes;
+}
+
+std::size_t ReadInto(File& file, std::uint64_t offset, std::span<std::uint8_t> target) {
     std::size_t done = 0;
-    while (done < bytes.size()) {
-        const std::size_t step = file.ReadAt(offset + done, std::span(bytes).subspan(done));
+    while (done < target.size()) {
+        const std::size_t step = file.ReadAt(offset + done, target.subspan(done));
         if (step == 0) break;
         done += step;
     }
-    bytes.resize(done);
-    return bytes;
+    return done;
 }
 
 std::vector<std::uint8_t> FileSystem::ReadFile(std::string_view path, std::uint64_t limit) {

@@ -65,6 +65,9 @@ class File {
 // At most `limit` bytes from `offset` on; fewer when the file ends before.
 std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint64_t limit);
 
+// Fills `target` with the bytes from `offset` on and says how many there were before the end.
+std::size_t ReadInto(File& file, std::uint64_t offset, std::span<std::uint8_t> target);
+
 // All the bytes, in as many requests as it takes.
 void WriteAll(File& file, ByteView bytes);
 void WriteAllAt(File& file, std::uint64_t offset, ByteView bytes);

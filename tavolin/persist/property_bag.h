@@ -5,7 +5,7 @@
 //     writer.Write("k", name);
 //     writer.WriteObject("objn", [&] { notes.WriteProperties(writer); });
 //     writer.WriteSeries("Note", 3, [&](std::size_t i) { notes[i - 1].WriteProperties(writer); });
-//     std::vector<std::uint8_t> state = std::move(writer).Finish();
+//     ByteBuffer state = std::move(writer).Finish();
 //
 //     PropertyBagReader reader(state);  // refuses a damaged array as a whole
 //     name = reader.ReadText("k");
@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,6 +27,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tavolin/base/byte_buffer.h"
 #include "tavolin/base/date.h"
 
 namespace tavolin {
@@ -47,6 +49,9 @@ inline constexpr std::uint32_t kPropertyBagVersion = 1;
 inline constexpr std::size_t kMaxPropertyKeys = 65535;  // different key names in one bag
 inline constexpr std::size_t kMaxPropertyDepth = 64;    // objects within objects
 
+// Whether the array carries a checksum over its contents.
+enum class BagSeal { kNone, kChecksum };
+
 // Writes keys in the order of the calls. A key should be written once within its object: a reader
 // finds the first. Beyond the limits above std::length_error is raised; after that, or after any
 // exception on the way, the writer is good for nothing but its destruction.
@@ -57,7 +62,7 @@ class PropertyBagWriter {
     PropertyBagWriter& operator=(PropertyBagWriter&&) = default;
 
     // Room for that many more bytes, so that what follows is not moved while it grows.
-    void Reserve(std::size_t bytes) { out_.reserve(size_ + bytes); }
+    void Reserve(std::size_t bytes) { out_.Reserve(out_.size() + bytes); }
 
     void Write(std::string_view key, std::string_view text);
     void Write(std::string_view key, const char* text) { Write(key, std::string_view(text)); }
@@ -98,17 +103,18 @@ class PropertyBagWriter {
     // not be known beforehand. Between Begin and End only Append and Extend may be called.
     void BeginBlocks(std::string_view key);
     void Append(const void* bytes, std::size_t count);
-    // Appends that many zero bytes for the caller to fill; good until the next call.
+    // Appends that many undefined bytes for the caller to fill; good until the next call.
     std::uint8_t* Extend(std::size_t count);
     void EndBlocks();
     // All of the above at once.
     void WriteBlocks(std::string_view key, std::span<const std::uint8_t> bytes);
 
     // The bytes between the start of the array and here: where the next item will begin.
-    std::size_t size() const { return size_; }
+    std::size_t size() const { return out_.size(); }
 
-    // The finished array. Every object and block run must have ended.
-    std::vector<std::uint8_t> Finish() &&;
+    // The finished array. Every object and block run must have ended. One that never leaves the
+    // process needs no checksum; only a reader that is told so takes it.
+    ByteBuffer Finish(BagSeal seal = BagSeal::kChecksum) &&;
 
   private:
     struct TextHash {
@@ -123,7 +129,6 @@ class PropertyBagWriter {
     // Appends the item's head and `count` bytes for its value; returns where the value begins.
     std::uint8_t* BeginItem(std::string_view key, PropertyType type, std::size_t count);
     std::uint8_t* Grow(std::size_t count);
-    void MakeRoom(std::size_t count);
     void PutVarint(std::uint64_t number);
     std::size_t BeginSized(std::string_view key, PropertyType type);
     std::size_t BeginLength();
@@ -134,9 +139,7 @@ class PropertyBagWriter {
         std::string_view name;
         std::uint32_t next;
     };
-    // The array: its first size_ bytes are written, those behind are zero. Only Finish cuts it.
-    std::vector<std::uint8_t> out_;
-    std::size_t size_ = 0;
+    ByteBuffer out_;
     std::vector<Key> keys_;
     // Owns the names that keys_ points to.
     std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> ids_;
@@ -155,6 +158,9 @@ class PropertyBagWriter {
 class PropertyBagReader {
   public:
     explicit PropertyBagReader(std::span<const std::uint8_t> bytes);
+    // The same for an array that TakeBlocks may give parts of away.
+    explicit PropertyBagReader(std::shared_ptr<ByteBuffer> bytes,
+                               BagSeal seal = BagSeal::kChecksum);
     PropertyBagReader(const PropertyBagReader&) = delete;
     PropertyBagReader& operator=(const PropertyBagReader&) = delete;
 
@@ -167,6 +173,13 @@ class PropertyBagReader {
     Date ReadDate(std::string_view key, Date default_value = {});
     // Begins at a multiple of eight from the start of the array; empty when missing.
     std::span<const std::uint8_t> ReadBlocks(std::string_view key);
+    // The same for a caller that goes on to keep the bytes, and to change them, as long as it holds
+    // their owner. They are copied only when the reader has not been given an array of its own.
+    struct Blocks {
+        std::span<std::uint8_t> bytes;
+        std::shared_ptr<ByteBuffer> owner;
+    };
+    Blocks TakeBlocks(std::string_view key);
 
     // body() reads the object's own keys from this reader. False, and no call, when it is missing.
     template <class Body>
@@ -226,7 +239,8 @@ class PropertyBagReader {
         PropertyBagReader& reader_;
     };
 
-    void CheckHeader() const;
+    PropertyBagReader(std::span<const std::uint8_t> bytes, BagSeal seal);
+    void CheckHeader(BagSeal seal) const;
     void ReadKeyTable(std::size_t offset);
     Item ItemAt(std::size_t at) const;
     [[noreturn]] void RefuseItem(std::size_t at) const;
@@ -241,6 +255,7 @@ class PropertyBagReader {
     void CheckSeriesEnd() const;
 
     std::span<const std::uint8_t> bytes_;
+    std::shared_ptr<ByteBuffer> owner_;
     std::vector<std::string_view> keys_;
     std::vector<Frame> frames_;
     std::size_t depth_ = 0;  // frames_[0] is the bag itself

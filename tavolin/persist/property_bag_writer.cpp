@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cassert>
 #include <cstring>
 #include <stdexcept>
@@ -38,22 +37,15 @@ std::uint8_t* StoreVarint(std::uint8_t* to, std::uint64_t number) {
 }  // namespace
 
 inline std::uint8_t* PropertyBagWriter::Grow(std::size_t count) {
-    if (out_.size() - size_ < count) MakeRoom(count);
-    std::uint8_t* const to = out_.data() + size_;
-    size_ += count;
-    return to;
+    const std::size_t begin = out_.size();
+    out_.Resize(begin + count);
+    return out_.data() + begin;
 }
 
-// A little more than is asked for, little enough to be still in the cache when it is written; but
-// not beyond what was reserved if that does.
-void PropertyBagWriter::MakeRoom(std::size_t count) {
-    const std::size_t needed = size_ + count;
-    const std::size_t generous = needed + kRoom;
-    const bool reserved = needed <= out_.capacity();
-    out_.resize(reserved ? std::min(generous, out_.capacity()) : generous);
+PropertyBagWriter::PropertyBagWriter() {
+    out_.Reserve(kRoom);
+    std::memset(Grow(kItemsAt), 0, kItemsAt);
 }
-
-PropertyBagWriter::PropertyBagWriter() { Grow(kItemsAt); }
 
 void PropertyBagWriter::PutVarint(std::uint64_t number) {
     StoreVarint(Grow(VarintSize(number)), number);
@@ -114,7 +106,7 @@ std::size_t PropertyBagWriter::BeginLength() {
     if (depth_ == kMaxPropertyDepth) throw std::length_error("a property bag nested too deep");
     ++depth_;
     Grow(kLengthBytes);
-    return size_;
+    return size();
 }
 
 std::size_t PropertyBagWriter::BeginSized(std::string_view key, PropertyType type) {
@@ -124,32 +116,25 @@ std::size_t PropertyBagWriter::BeginSized(std::string_view key, PropertyType typ
 
 void PropertyBagWriter::EndSized(std::size_t start) {
     --depth_;
-    StoreLittle<std::uint64_t>(out_.data() + start - kLengthBytes, size_ - start);
+    StoreLittle<std::uint64_t>(out_.data() + start - kLengthBytes, size() - start);
 }
 
 void PropertyBagWriter::BeginBlocks(std::string_view key) {
     BeginItem(key, PropertyType::kBlocks, kLengthBytes);
-    blocks_start_ = size_;
-    Grow(AlignBlocks(size_) - size_);
+    blocks_start_ = size();
+    const std::size_t gap = AlignBlocks(size()) - size();
+    std::memset(Grow(gap), 0, gap);
 }
 
 void PropertyBagWriter::Append(const void* bytes, std::size_t count) {
-    if (count <= out_.size() - size_) {
-        if (count != 0) std::memcpy(Grow(count), bytes, count);
-        return;
-    }
-    // Straight to the end of the vector, which is not filled with zeros first.
-    const auto* from = static_cast<const std::uint8_t*>(bytes);
-    out_.resize(size_);
-    out_.insert(out_.end(), from, from + count);
-    size_ += count;
+    if (count != 0) std::memcpy(Grow(count), bytes, count);
 }
 
 std::uint8_t* PropertyBagWriter::Extend(std::size_t count) { return Grow(count); }
 
 void PropertyBagWriter::EndBlocks() {
     StoreLittle<std::uint64_t>(out_.data() + blocks_start_ - kLengthBytes,
-                               size_ - AlignBlocks(blocks_start_));
+                               size() - AlignBlocks(blocks_start_));
 }
 
 void PropertyBagWriter::WriteBlocks(std::string_view key, std::span<const std::uint8_t> bytes) {
@@ -158,21 +143,22 @@ void PropertyBagWriter::WriteBlocks(std::string_view key, std::span<const std::u
     EndBlocks();
 }
 
-std::vector<std::uint8_t> PropertyBagWriter::Finish() && {
+ByteBuffer PropertyBagWriter::Finish(BagSeal seal) && {
     assert(depth_ == 0);
-    const std::size_t key_table = size_;
+    const std::size_t key_table = size();
     PutVarint(keys_.size());
     for (const Key& key : keys_) {
         PutVarint(key.name.size());
         Append(key.name.data(), key.name.size());
     }
-    out_.resize(size_);
     std::uint8_t* header = out_.data();
     std::memcpy(header, kMagic, sizeof kMagic);
     StoreLittle(header + kVersionAt, kPropertyBagVersion);
-    StoreLittle<std::uint64_t>(header + kLengthAt, size_);
+    StoreLittle<std::uint64_t>(header + kLengthAt, size());
     StoreLittle<std::uint64_t>(header + kKeyTableAt, key_table);
-    StoreLittle(header + kChecksumAt, Checksum(std::span(out_).subspan(kLengthAt)));
+    if (seal == BagSeal::kChecksum) {
+        StoreLittle(header + kChecksumAt, Checksum(out_.bytes().subspan(kLengthAt)));
+    }
     return std::move(out_);
 }
 

@@ -5,11 +5,13 @@
 #include "tavolin/model/order_list.h"
 #include "tavolin/model/record.h"
 #include "tavolin/model/session.h"
+#include "tavolin/persist/property_bag.h"
 #include "tests/support/expect_error.h"
 
 namespace tavolin {
 namespace {
 
+using Bytes = std::vector<std::uint8_t>;
 using Fields = std::array<std::string, kFieldCount>;
 
 class RecordArenaTest : public testing::Test {
@@ -33,10 +35,22 @@ class RecordArenaTest : public testing::Test {
         }
         return fields;
     }
-    std::vector<std::uint8_t> Image(RecordHandle record) const {
-        std::vector<std::uint8_t> image(arena_->ImageSize(record), 0xEE);
-        arena_->WriteImage(record, image.data());
-        return image;
+    Bytes Images(std::initializer_list<RecordHandle> records) const {
+        PropertyBagWriter bag;
+        bag.BeginBlocks("r");
+        for (const RecordHandle record : records) arena_->WriteImage(record, bag);
+        bag.EndBlocks();
+        const Bytes state = std::move(bag).Finish();
+        const auto images = PropertyBagReader(state).ReadBlocks("r");
+        return {images.begin(), images.end()};
+    }
+    // Goes on with an arena of its own, made of the images alone.
+    std::vector<RecordHandle> Adopt(const Bytes& images) {
+        auto owner = std::make_shared<ByteBuffer>(images.size());
+        std::copy(images.begin(), images.end(), owner->data());
+        arena_ = std::make_shared<RecordArena>(Session::Current());
+        const auto bytes = owner->bytes();
+        return arena_->Adopt(bytes, std::move(owner));
     }
 
     std::shared_ptr<RecordArena> arena_ = std::make_shared<RecordArena>(Session::Current());
@@ -44,30 +58,42 @@ class RecordArenaTest : public testing::Test {
 
 // The widths of a record's field ends change at these sizes, and its block's own limit is 524,280.
 TEST_F(RecordArenaTest, HoldsRecordsOfEverySize) {
-    const RecordHandle neighbour = Make({"neighbour", "x"});
-    for (std::size_t total : {0u, 12u, 254u, 255u, 256u, 65534u, 65535u, 65536u, 524219u, 524220u,
-                              524221u, 600000u, 1100000u}) {
+    for (std::size_t total : {0u, 12u, 254u, 255u, 256u, 600u, 65534u, 65535u, 65536u, 524219u,
+                              524220u, 524221u, 600000u, 1100000u}) {
+        SCOPED_TRACE(total);
         const std::string half(total / 2, 'h');
         const std::string rest(total - total / 2, 'r');
-        for (const RecordHandle record : {Make({half, "", rest}), Make({"start", "", "end"})}) {
+        const Fields whole{half, "", rest};
+        const Fields shrunk{half, "", "shrunk"};
+        const Fields near{"neighbour", "x"};
+        for (const bool grown : {false, true}) {
+            arena_ = std::make_shared<RecordArena>(Session::Current());
+            RecordHandle record = grown ? Make({"start", "", "end"}) : Make({half, "", rest});
+            RecordHandle neighbour = Make({"neighbour", "x"});
             Set(record, 0, half);
             Set(record, 2, rest);
-            EXPECT_EQ(FieldsOf(record), (Fields{half, "", rest})) << total;
-            const auto image = Image(record);
-            ASSERT_EQ(image.size() % 8, 0u);
-            std::size_t taken = 0;
-            const RecordHandle copy = arena_->ReadImage(image, taken);
-            arena_->AddReference(copy);
-            EXPECT_EQ(taken, image.size());
-            EXPECT_EQ(FieldsOf(copy), FieldsOf(record)) << total;
-            EXPECT_EQ(Image(copy), image) << total;
-            arena_->Release(copy);
-            Set(record, 2, "shrunk");
-            EXPECT_EQ(FieldsOf(record), (Fields{half, "", "shrunk"})) << total;
-            arena_->Release(record);
+            EXPECT_EQ(FieldsOf(record), whole);
+            const auto images = Images({record, neighbour});
+            ASSERT_EQ(images.size() % 8, 0u);
+            for (const bool adopted : {false, true}) {
+                if (adopted) {
+                    const auto records = Adopt(images);
+                    ASSERT_EQ(records.size(), 2u);
+                    record = records[0];
+                    neighbour = records[1];
+                    EXPECT_EQ(FieldsOf(record), whole);
+                    EXPECT_EQ(Images({record, neighbour}), images);
+                }
+                Set(record, 2, "shrunk");
+                EXPECT_EQ(FieldsOf(record), shrunk);
+                Set(record, 0, half + "grown" + rest);
+                arena_->Release(record);
+                Make({half, rest});
+                Make({rest});
+                EXPECT_EQ(FieldsOf(neighbour), near);
+            }
         }
     }
-    EXPECT_EQ(FieldsOf(neighbour), (Fields{"neighbour", "x"}));
 }
 
 TEST_F(RecordArenaTest, UsesFreedMemoryAgain) {
@@ -119,24 +145,21 @@ TEST_F(RecordArenaTest, RefusesImagesThatContradictThemselves) {
     const std::uint32_t seed = std::random_device{}();
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
-    const auto small = Image(Make({"a", "bc", std::string(30, 'd')}, {1, 2, 99, 99}));
-    const auto large = Image(Make({"a", std::string(600000, 'x')}));
-    const auto read = [&](const std::vector<std::uint8_t>& bytes) {
-        // A buffer of exactly this size, so that a sanitizer sees a read behind it.
-        const std::vector<std::uint8_t> exact(bytes.begin(), bytes.end());
-        std::size_t taken = 0;
+    const auto small = Images({Make({"a", "bc", std::string(30, 'd')}, {1, 2, 99, 99})});
+    const auto large = Images({Make({"a", std::string(600000, 'x')})});
+    const auto read = [&](const Bytes& bytes) {
         try {
-            const RecordHandle record = arena_->ReadImage(exact, taken);
-            arena_->AddReference(record);
-            EXPECT_LE(taken, exact.size());
-            EXPECT_LE(FieldsOf(record)[9].size(), exact.size());
-            arena_->Release(record);
+            for (const RecordHandle record : Adopt(bytes)) {
+                EXPECT_LE(arena_->AllFields(record).size(), bytes.size());
+                EXPECT_LE(FieldsOf(record)[9].size(), bytes.size());
+            }
             return true;
         } catch (const DamagedState&) {
             return false;
         }
     };
-    for (std::size_t size = 0; size < small.size(); ++size) {
+    EXPECT_TRUE(read({}));
+    for (std::size_t size = 1; size < small.size(); ++size) {
         EXPECT_FALSE(read({small.begin(), small.begin() + static_cast<std::ptrdiff_t>(size)}));
     }
     EXPECT_FALSE(read({large.begin(), large.end() - 8}));

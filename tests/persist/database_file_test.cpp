@@ -30,16 +30,16 @@ TEST_F(DatabaseFileTest, HoldsADescriptorAndTheBytes) {
     WriteDatabaseFile(path_, Bytes{7, 8, 9});
     const Bytes expected = {0x11, 0x20, 1, 0, 3, 0, 0, 0, 0, 0, 0, 0, 7, 8, 9};
     EXPECT_EQ(FileSystem::Current().ReadFile(path_), expected);
-    EXPECT_EQ(ReadDatabaseFile(path_), (Bytes{7, 8, 9}));
+    EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), (Bytes{7, 8, 9}));
     WriteDatabaseFile(path_, {}, true);
-    EXPECT_EQ(ReadDatabaseFile(path_), Bytes{});
+    EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), Bytes{});
     EXPECT_EQ(FileSystem::Current().FileSize(path_), 12u);
 }
 
 TEST_F(DatabaseFileTest, KeepsTheRestOfALongerFileUnlessCut) {
     WriteDatabaseFile(path_, Bytes{1, 2, 3, 4, 5});
     WriteDatabaseFile(path_, Bytes{9, 9});
-    EXPECT_EQ(ReadDatabaseFile(path_), (Bytes{9, 9}));
+    EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), (Bytes{9, 9}));
     const Bytes whole = FileSystem::Current().ReadFile(path_);
     EXPECT_EQ(Bytes(whole.begin() + 12, whole.end()), (Bytes{9, 9, 3, 4, 5}));
     WriteDatabaseFile(path_, Bytes{8}, true);
@@ -74,14 +74,15 @@ TEST_F(DatabaseFileTest, RefusesWhatIsNotOneWholeArrayOfBytes) {
 
 TEST_F(DatabaseFileTest, AFailureLeavesTheOldFile) {
     WriteDatabaseFile(path_, Bytes(100, 1));
-    const std::size_t calls = FailEachCall([&] { WriteDatabaseFile(path_, Bytes(50, 2)); },
-                                           [&](const std::string& call, bool threw) {
-                                               EXPECT_TRUE(threw) << call;
-                                               if (call == "flush folder") return;
-                                               EXPECT_EQ(ReadDatabaseFile(path_), Bytes(100, 1));
-                                           });
+    const std::size_t calls =
+        FailEachCall([&] { WriteDatabaseFile(path_, Bytes(50, 2)); },
+                     [&](const std::string& call, bool threw) {
+                         EXPECT_TRUE(threw) << call;
+                         if (call == "flush folder") return;
+                         EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), Bytes(100, 1));
+                     });
     EXPECT_GE(calls, 10u);
-    EXPECT_EQ(ReadDatabaseFile(path_), Bytes(50, 2));
+    EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), Bytes(50, 2));
 }
 
 TEST_F(DatabaseFileTest, AnArrayBeyondTheFormatTouchesNoFile) {
