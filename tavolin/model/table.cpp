@@ -1,9 +1,9 @@
 #include "tavolin/model/table.h"
 
 #include "tavolin/base/text.h"
-#include "tavolin/base/text_search.h"
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
+#include "tavolin/model/record_search.h"
 #include "tavolin/model/session.h"
 #include "tavolin/model/table_set.h"
 #include "tavolin/persist/property_bag.h"
@@ -171,26 +171,19 @@ std::shared_ptr<CVLRecord> CVLTable::AttachToRecord(const RecordArgument& record
     });
 }
 
-std::vector<RecordHandle> CVLTable::Matches(std::string_view value, bool is_key, int field) const {
+std::vector<RecordHandle> CVLTable::RecordsWithKey(std::string_view key) const {
     const RecordCollection& records = *records_->Collection();
     const RecordArena& arena = records.arena();
-    std::vector<RecordHandle> matches;
-    if (is_key && !arena.AnyOwnKeys()) {
-        const RecordHandle record = records.Find(value);
-        if (record != kNoHandle) matches.push_back(record);
-        return matches;
+    std::vector<RecordHandle> found;
+    if (!arena.AnyOwnKeys()) {
+        const RecordHandle record = records.Find(key);
+        if (record != kNoHandle) found.push_back(record);
+        return found;
     }
-    const TextSearcher searcher(value);
-    const auto found_in = [&](std::string_view text, RecordHandle record) {
-        return searcher.FoundInPadded(text, arena.IsAscii(record));
-    };
     records.ForEach([&](RecordHandle record) {
-        const bool match = is_key              ? EqualFold(arena.Key(record), value)
-                           : field == kNoField ? found_in(arena.AllFields(record), record)
-                                               : found_in(arena.Field(record, field), record);
-        if (match) matches.push_back(record);
+        if (EqualFold(arena.Key(record), key)) found.push_back(record);
     });
-    return matches;
+    return found;
 }
 
 std::shared_ptr<CVLTable> CVLTable::Find(std::string_view Value, bool ValueIsAKey,
@@ -207,8 +200,10 @@ std::shared_ptr<CVLTable> CVLTable::Find(std::string_view Value, bool ValueIsAKe
         result->primary_key_ = primary_key_;
         result->type_ = type_;
         result->is_result_ = true;
+        const RecordCollection& records = *records_->Collection();
         result->records_->ReplaceCollection(std::make_shared<RecordCollection>(
-            records_->Collection()->shared_arena(), Matches(Value, ValueIsAKey, field)));
+            records.shared_arena(),
+            ValueIsAKey ? RecordsWithKey(Value) : RecordsWithText(records, Value, field)));
         return result;
     });
 }
