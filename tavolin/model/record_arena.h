@@ -68,9 +68,8 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     };
     FieldPlace PlaceOf(RecordHandle record, int field) const;
     // For a walk over records that lie anywhere: has a record's first bytes fetched, for later.
-    void Prefetch(RecordHandle record) const {
-        PrefetchLine(Block(record));
-        PrefetchLine(Block(record) + kLineBytes);
+    void Prefetch(RecordHandle record, std::size_t lines = 2) const {
+        for (std::size_t i = 0; i < lines; ++i) PrefetchLine(Block(record) + i * kLineBytes);
     }
     // Every byte of every field is below 0x80.
     bool IsAscii(RecordHandle record) const { return (At(record)->flags & kNotAscii) == 0; }

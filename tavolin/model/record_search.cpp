@@ -13,11 +13,11 @@ namespace {
 // After a sort the records lie anywhere, so those to come are fetched while others are searched.
 constexpr std::size_t kAhead = 32;
 
-// Appends those of a run of records in which the searcher finds its needle. `text_of` is called in
-// the run's order.
+// Appends those of a run of records in which the searcher finds its needle. The texts lie in the
+// first `lines` lines of memory of most records.
 template <class TextOf>
 void AppendMatches(const RecordArena& arena, std::span<const RecordHandle> run,
-                   const TextSearcher& searcher, TextOf text_of,
+                   const TextSearcher& searcher, TextOf text_of, std::size_t lines,
                    std::vector<RecordHandle>& matches) {
     std::array<std::string_view, TextSearcher::kMostTexts> texts;
     for (std::size_t begin = 0; begin < run.size(); begin += texts.size()) {
@@ -25,7 +25,7 @@ void AppendMatches(const RecordArena& arena, std::span<const RecordHandle> run,
         std::uint32_t not_ascii = 0;
         for (std::size_t i = 0; i < count; ++i) {
             const std::size_t at = begin + i;
-            if (at + kAhead < run.size()) arena.Prefetch(run[at + kAhead]);
+            if (at + kAhead < run.size()) arena.Prefetch(run[at + kAhead], lines);
             texts[i] = text_of(run[at]);
             not_ascii |= std::uint32_t{!arena.IsAscii(run[at])} << i;
         }
@@ -47,11 +47,11 @@ std::vector<RecordHandle> RecordsWithText(const RecordCollection& records, std::
         if (field == kNoField) {
             AppendMatches(
                 arena, run, searcher, [&](RecordHandle record) { return arena.AllFields(record); },
-                matches);
+                3, matches);
         } else {
             AppendMatches(
                 arena, run, searcher,
-                [&](RecordHandle record) { return arena.Field(record, field); }, matches);
+                [&](RecordHandle record) { return arena.Field(record, field); }, 2, matches);
         }
     });
     return matches;
