@@ -14,7 +14,7 @@ namespace tavolin {
 class ByteBuffer {
   public:
     // That many bytes behind the last one may be read, whatever they hold.
-    static constexpr std::size_t kPadding = 16;
+    static constexpr std::size_t kPadding = 64;
 
     ByteBuffer() = default;
     explicit ByteBuffer(std::size_t size) { Resize(size); }

@@ -53,16 +53,14 @@ bool IsInsideCharacter(std::string_view text, std::size_t position) {
     return BeginsUnit(text, start) && start + FirstUnit(text.substr(start)).length > position;
 }
 
-// The high bit of each byte of the word that passes the probe.
-std::uint64_t Passing(std::uint64_t word, std::uint8_t mask, std::uint8_t value) {
-    return ZeroBytes((word | kEveryByte * mask) ^ kEveryByte * value);
-}
-
 }  // namespace
 
 TextSearcher::TextSearcher(std::string_view needle)
     : needle_(Fold(needle)), ascii_(IsAscii(needle_)) {
-    if (!needle_.empty()) ChooseProbes(FindVariants());
+    if (needle_.empty()) return;
+    std::string masks = FindVariants();
+    ChooseProbes(masks);
+    MakeWords(std::move(masks));
 }
 
 // Notes the variants of another length, and gives for each byte of the needle the bits in which
@@ -114,29 +112,28 @@ void TextSearcher::ChooseProbes(const std::string& masks) {
     if (rarest == second) probes_[1] = probes_[0];
 }
 
-bool TextSearcher::FoundIn(std::string_view text) const {
-    return Found(text, &TextSearcher::FoundByBytes);
+void TextSearcher::MakeWords(std::string masks) {
+    masks.resize((masks.size() + kWordBytes - 1) / kWordBytes * kWordBytes, '\xFF');
+    std::string values = needle_;
+    values.resize(masks.size(), '\xFF');
+    for (std::size_t i = 0; i < masks.size(); i += kWordBytes) {
+        const std::uint64_t mask = LoadWord(masks.data() + i);
+        words_.push_back({mask, LoadWord(values.data() + i) | mask});
+    }
 }
 
-bool TextSearcher::FoundInPadded(std::string_view text, bool is_ascii) const {
-    if (!is_ascii) return Found(text, &TextSearcher::FoundByPaddedBytes);
-    return needle_.empty() || (ascii_ && FoundByPaddedBytes(text));
-}
-
-bool TextSearcher::FoundInPortable(std::string_view text) const {
-    return Found(text, &TextSearcher::FoundByWords);
-}
-
-// The search by bytes sees only occurrences without odd variants. It says no to some texts that
-// have one, but never yes to a text that has none.
-bool TextSearcher::Found(std::string_view text, ByteSearch by_bytes) const {
-    if (needle_.empty()) return true;
-    if (!well_formed_) return FoundInFolded(text);
-    return (this->*by_bytes)(text) || (HasOddVariant(text) && FoundInFolded(text));
+// The masks tell the variants of an ASCII letter exactly, those of others only nearly.
+inline bool TextSearcher::IsAt(const char* place) const {
+    const char* at = place;
+    for (const WordProbe& word : words_) {
+        if ((LoadWord(at) | word.mask) != word.value) return false;
+        at += kWordBytes;
+    }
+    return ascii_ || EqualFold({place, needle_.size()}, needle_);
 }
 
 bool TextSearcher::HasOddVariant(std::string_view text) const {
-    if (odd_variants_.empty() || IsAscii(text)) return false;
+    if (IsAscii(text)) return false;
     return std::any_of(odd_variants_.begin(), odd_variants_.end(), [&](const std::string& variant) {
         return text.find(variant) != std::string_view::npos;
     });
@@ -152,101 +149,135 @@ bool TextSearcher::FoundInFolded(std::string_view text) const {
     });
 }
 
-// Each candidate bit group stands for the needle beginning at that byte of the block.
-template <unsigned kBitsPerByte>
-bool TextSearcher::MatchesAny(const char* block, std::uint64_t candidates) const {
-    for (; candidates != 0; candidates &= candidates - 1) {
-        const unsigned place = static_cast<unsigned>(std::countr_zero(candidates)) / kBitsPerByte;
-        if (EqualFold(std::string_view(block + place, needle_.size()), needle_)) return true;
-    }
-    return false;
-}
+// Blocks are what the places in a text where the needle may begin are tried in. Near(block) and
+// Far(block) give kBits bits for each of the next kNear and kFar places, the lowest or highest of
+// them set where both probes pass.
 
-// A block covers eight places where the needle may begin; the last block overlaps the one before.
-bool TextSearcher::FoundByWords(std::string_view text) const {
-    if (text.size() < needle_.size()) return false;
-    const char* const begin = text.data();
-    const auto candidates = [&](const char* block, auto load) {
-        const auto& [first, second] = probes_;
-        return Passing(load(block + first.offset), first.mask, first.value) &
-               Passing(load(block + second.offset), second.mask, second.value);
-    };
-    const std::size_t places = text.size() - needle_.size() + 1;
-    if (places < kWordBytes) {
-        const auto load = [&](const char* bytes) { return LoadPartialWord(bytes, places); };
-        const std::uint64_t covered = (std::uint64_t{1} << 8 * places) - 1;
-        return MatchesAny<8>(begin, candidates(begin, load) & covered);
+class TextSearcher::Words {
+  public:
+    static constexpr unsigned kBits = 8, kNear = 8, kFar = 8;
+
+    explicit Words(const std::array<Probe, 2>& probes) : probes_(probes) {}
+
+    std::uint64_t Near(const char* block) const {
+        return Passing(block, probes_[0]) & Passing(block, probes_[1]);
     }
-    const char* const last = begin + places - kWordBytes;
-    for (const char* block = begin; block < last; block += kWordBytes) {
-        if (MatchesAny<8>(block, candidates(block, LoadWord))) return true;
+    std::uint64_t Far(const char* block) const { return Near(block); }
+
+  private:
+    static std::uint64_t Passing(const char* block, const Probe& probe) {
+        return ZeroBytes((LoadWord(block + probe.offset) | kEveryByte * probe.mask) ^
+                         kEveryByte * probe.value);
     }
-    return MatchesAny<8>(last, candidates(last, LoadWord));
-}
+
+    std::array<Probe, 2> probes_;
+};
 
 #if defined(__SSE2__)
 
-namespace {
-
-// The probes in registers: sixteen places to a block, a bit for each that passes both.
-class WideProbes {
+class TextSearcher::Vectors {
   public:
-    template <typename Probes>
-    explicit WideProbes(const Probes& probes)
-        : first_offset_(probes[0].offset),
-          second_offset_(probes[1].offset),
+    static constexpr unsigned kBits = 1, kNear = 16, kFar = 64;
+
+    explicit Vectors(const std::array<Probe, 2>& probes)
+        : offsets_{probes[0].offset, probes[1].offset},
           masks_{Fill(probes[0].mask), Fill(probes[1].mask)},
           values_{Fill(probes[0].value), Fill(probes[1].value)} {}
 
-    std::uint32_t Passing(const char* block) const {
-        const __m128i both =
-            _mm_and_si128(Test(block + first_offset_, 0), Test(block + second_offset_, 1));
-        return static_cast<std::uint32_t>(_mm_movemask_epi8(both));
+    std::uint64_t Near(const char* block) const { return Bits(Passing(block)); }
+    std::uint64_t Far(const char* block) const {
+        const __m128i a = Passing(block), b = Passing(block + 16), c = Passing(block + 32),
+                      d = Passing(block + 48);
+        if (Bits(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d))) == 0) return 0;
+        return Bits(a) | Bits(b) << 16 | Bits(c) << 32 | Bits(d) << 48;
     }
 
   private:
     static __m128i Fill(std::uint8_t byte) { return _mm_set1_epi8(static_cast<char>(byte)); }
+    static std::uint64_t Bits(__m128i bytes) {
+        return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes));
+    }
+    __m128i Passing(const char* block) const {
+        return _mm_and_si128(Test(block + offsets_[0], 0), Test(block + offsets_[1], 1));
+    }
     __m128i Test(const char* bytes, int probe) const {
         const __m128i loaded = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
         return _mm_cmpeq_epi8(_mm_or_si128(loaded, masks_[probe]), values_[probe]);
     }
 
-    std::size_t first_offset_, second_offset_;
+    std::size_t offsets_[2];
     __m128i masks_[2], values_[2];
 };
 
-constexpr std::size_t kWideBlock = 16;
-
-}  // namespace
-
-bool TextSearcher::FoundByBytes(std::string_view text) const {
-    if (text.size() < needle_.size() + kWideBlock - 1) return FoundByWords(text);
-    const WideProbes probes(probes_);
-    const char* const last = text.data() + (text.size() - needle_.size() + 1 - kWideBlock);
-    for (const char* block = text.data(); block < last; block += kWideBlock) {
-        if (MatchesAny<1>(block, probes.Passing(block))) return true;
-    }
-    return MatchesAny<1>(last, probes.Passing(last));
-}
-
-// Places of the last block from which the needle would reach beyond the text are cut off.
-bool TextSearcher::FoundByPaddedBytes(std::string_view text) const {
-    static_assert(kPadding >= kWideBlock - 1);
-    if (text.size() < needle_.size()) return false;
-    const WideProbes probes(probes_);
-    const char* block = text.data();
-    std::size_t places = text.size() - needle_.size() + 1;
-    for (; places > kWideBlock; block += kWideBlock, places -= kWideBlock) {
-        if (MatchesAny<1>(block, probes.Passing(block))) return true;
-    }
-    return MatchesAny<1>(block, probes.Passing(block) & ((std::uint32_t{1} << places) - 1));
-}
-
 #else
 
-bool TextSearcher::FoundByBytes(std::string_view text) const { return FoundByWords(text); }
-bool TextSearcher::FoundByPaddedBytes(std::string_view text) const { return FoundByWords(text); }
+class TextSearcher::Vectors : public Words {
+    using Words::Words;
+};
 
 #endif
+
+// Places of the last block from which the needle would reach beyond the text are cut off.
+template <class Blocks>
+inline bool TextSearcher::FoundByBytes(const Blocks& blocks, std::string_view text) const {
+    static_assert(kPadding >= Blocks::kFar);
+    constexpr unsigned kBits = Blocks::kBits;
+    if (text.size() < needle_.size()) return false;
+    const char* block = text.data();
+    std::size_t places = text.size() - needle_.size() + 1;
+    const auto found = [&](std::uint64_t candidates) {
+        if (places * kBits < 64) candidates &= (std::uint64_t{1} << places * kBits) - 1;
+        for (; candidates != 0; candidates &= candidates - 1) {
+            if (IsAt(block + static_cast<unsigned>(std::countr_zero(candidates)) / kBits)) {
+                return true;
+            }
+        }
+        return false;
+    };
+    if (places <= Blocks::kNear) return found(blocks.Near(block));
+    while (true) {
+        if (found(blocks.Far(block))) return true;
+        if (places <= Blocks::kFar) return false;
+        places -= Blocks::kFar;
+        block += Blocks::kFar;
+    }
+}
+
+template <class Blocks>
+std::uint32_t TextSearcher::Search(Texts texts, std::uint32_t not_ascii) const {
+    const auto all = static_cast<std::uint32_t>((std::uint64_t{1} << texts.size()) - 1);
+    if (needle_.empty()) return all;
+    not_ascii &= all;
+    std::uint32_t found = 0;
+    const auto search = [&](std::uint32_t among, auto&& holds) {
+        for (; among != 0; among &= among - 1) {
+            const int text = std::countr_zero(among);
+            found |= std::uint32_t{holds(texts[static_cast<std::size_t>(text)])} << text;
+        }
+    };
+    const auto in_folded = [&](std::string_view text) { return FoundInFolded(text); };
+    if (!well_formed_) {
+        search(not_ascii, in_folded);
+        return found;
+    }
+    // The search by bytes sees only occurrences without odd variants. It says no to some texts that
+    // have one, but never yes to a text that has none.
+    const Blocks blocks(probes_);
+    search(ascii_ ? all : not_ascii,
+           [&](std::string_view text) { return FoundByBytes(blocks, text); });
+    if (!odd_variants_.empty()) {
+        search(not_ascii & ~found,
+               [&](std::string_view text) { return HasOddVariant(text) && FoundInFolded(text); });
+    }
+    return found;
+}
+
+std::uint32_t TextSearcher::FoundIn(Texts texts, std::uint32_t not_ascii) const {
+    return Search<Vectors>(texts, not_ascii);
+}
+
+std::uint32_t TextSearcher::FoundInPortable(Texts texts, std::uint32_t not_ascii) const {
+    return Search<Words>(texts, not_ascii);
+}
 
 }  // namespace tavolin

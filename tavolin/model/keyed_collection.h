@@ -202,6 +202,11 @@ class KeyedCollection {
     void ForEach(Body&& body) const {
         order_.ForEach(body);
     }
+    // The same with several of them at a time: body(handles).
+    template <class Body>
+    void ForEachRun(Body&& body) const {
+        order_.ForEachRun(body);
+    }
 
   private:
     auto Leaves() {

@@ -110,6 +110,11 @@ class OrderList {
             for (const std::uint32_t handle : chunk.span()) body(handle);
         }
     }
+    // The same with several of them at a time: body(handles).
+    template <class Body>
+    void ForEachRun(Body&& body) const {
+        for (const Chunk& chunk : chunks_) body(chunk.span());
+    }
 
     // The first handle in order that test(handle) is true for, or kNoHandle.
     template <class Test>

@@ -106,15 +106,6 @@ bool RecordArena::Payload::EndsRise() const {
     return rise;
 }
 
-inline RecordArena::Payload RecordArena::PayloadOf(RecordHandle record) const {
-    std::uint8_t* block = Block(record);
-    const std::uint8_t flags = At(record)->flags;
-    std::uint8_t* ends = block + kHeaderSize;
-    // A block of its own begins with its size.
-    if (flags & kMoved) ends = Block(LoadLittle<std::uint32_t>(ends)) + sizeof(std::uint32_t);
-    return {ends, flags & kWidthMask};
-}
-
 // --- blocks
 
 void RecordArena::AddSlab(std::size_t units) {
@@ -252,6 +243,24 @@ void RecordArena::Release(RecordHandle record) noexcept {
     if (header->references != 0xFFFF && --header->references == 0) Destroy(record);
 }
 
+// Calls body(record) for each, the first bytes of those to come being fetched meanwhile.
+template <class Body>
+void RecordArena::ForEachAhead(std::span<const RecordHandle> records, Body&& body) const {
+    constexpr std::size_t kAhead = 16;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        if (i + kAhead < records.size()) PrefetchLine(At(records[i + kAhead]));
+        body(records[i]);
+    }
+}
+
+void RecordArena::AddReferences(std::span<const RecordHandle> records) noexcept {
+    ForEachAhead(records, [this](RecordHandle record) { AddReference(record); });
+}
+
+void RecordArena::Release(std::span<const RecordHandle> records) noexcept {
+    ForEachAhead(records, [this](RecordHandle record) { Release(record); });
+}
+
 void RecordArena::Destroy(RecordHandle record) noexcept {
     FreeMovedPayload(record);
     if (HasOwnKey(record)) own_keys_.erase({FindExtras(record)->key_hash, record});
@@ -269,17 +278,6 @@ void RecordArena::FreeMovedPayload(RecordHandle record) noexcept {
     const auto own = LoadLittle<std::uint32_t>(Block(record) + kHeaderSize);
     Free(own, LoadLittle<std::uint32_t>(Block(own)));
     At(record)->flags &= static_cast<std::uint8_t>(~kMoved);
-}
-
-std::string_view RecordArena::Field(RecordHandle record, int field) const {
-    const Payload payload = PayloadOf(record);
-    const std::uint32_t begin = field == 0 ? 0 : payload.End(field - 1);
-    return {payload.text() + begin, payload.End(field) - begin};
-}
-
-std::string_view RecordArena::AllFields(RecordHandle record) const {
-    const Payload payload = PayloadOf(record);
-    return {payload.text(), payload.End(kFieldCount - 1)};
 }
 
 RecordArena::FieldPlace RecordArena::PlaceOf(RecordHandle record, int field) const {

@@ -18,9 +18,11 @@ RecordCollection::RecordCollection(std::shared_ptr<RecordArena> arena,
     : arena_(std::move(arena)),
       records_(
           Store{.arena = arena_.get(), .guest = true, .places = {}, .keys = {}, .keyless = {}}) {
-    for (const RecordHandle record : records) records_.store().Welcome(record);
+    if (arena_->AnyOwnKeys()) {
+        for (const RecordHandle record : records) records_.store().Welcome(record);
+    }
     records_.Adopt(records);
-    for (const RecordHandle record : records) arena_->AddReference(record);
+    arena_->AddReferences(records);
 }
 
 RecordCollection::RecordCollection(std::shared_ptr<RecordArena> arena, bool guest)
@@ -31,7 +33,7 @@ RecordCollection::RecordCollection(std::shared_ptr<RecordArena> arena, bool gues
 RecordCollection::~RecordCollection() {
     // An arena that goes along takes all its records with it.
     if (arena_.use_count() == 1) return;
-    ForEach([this](RecordHandle record) { arena_->Release(record); });
+    ForEachRun([this](std::span<const RecordHandle> records) { arena_->Release(records); });
 }
 
 std::shared_ptr<CVLRecord> RecordCollection::Add(std::int32_t n_key, const FieldTexts& fields,
@@ -68,9 +70,7 @@ void RecordCollection::File(RecordHandle record, const Placement& placement) {
     if (!IsGuest()) arena_->CountIn(record);
 }
 
-void RecordCollection::Adopt(std::span<const RecordHandle> records) {
-    records_.Adopt(records);
-}
+void RecordCollection::Adopt(std::span<const RecordHandle> records) { records_.Adopt(records); }
 
 void RecordCollection::FileOwnKeys(std::span<const RecordHandle> records) {
     for (const RecordHandle record : records) arena_->DropKey(record);

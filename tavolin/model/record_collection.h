@@ -78,6 +78,11 @@ class RecordCollection {
     void ForEach(Body&& body) const {
         records_.ForEach(body);
     }
+    // The same with several of them at a time: body(records).
+    template <class Body>
+    void ForEachRun(Body&& body) const {
+        records_.ForEachRun(body);
+    }
 
   private:
     // What a KeyedCollection asks; see keyed_collection.h.

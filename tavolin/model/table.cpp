@@ -1,9 +1,9 @@
 #include "tavolin/model/table.h"
 
 #include "tavolin/base/text.h"
-#include "tavolin/base/text_search.h"
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
+#include "tavolin/model/record_search.h"
 #include "tavolin/model/session.h"
 #include "tavolin/model/table_set.h"
 #include "tavolin/persist/property_bag.h"
@@ -172,23 +172,6 @@ std::shared_ptr<CVLRecord> CVLTable::AttachToRecord(const RecordArgument& record
     });
 }
 
-std::vector<RecordHandle> CVLTable::Matches(std::string_view value, bool is_key, int field) const {
-    if (is_key) return records_->Collection()->WithKey(value);
-    const RecordCollection& records = *records_->Collection();
-    const RecordArena& arena = records.arena();
-    std::vector<RecordHandle> matches;
-    const TextSearcher searcher(value);
-    const auto found_in = [&](std::string_view text, RecordHandle record) {
-        return searcher.FoundInPadded(text, arena.IsAscii(record));
-    };
-    records.ForEach([&](RecordHandle record) {
-        const bool match = found_in(
-            field == kNoField ? arena.AllFields(record) : arena.Field(record, field), record);
-        if (match) matches.push_back(record);
-    });
-    return matches;
-}
-
 std::shared_ptr<CVLTable> CVLTable::Find(std::string_view Value, bool ValueIsAKey,
                                          int inFldNum0to9) const {
     static constexpr const char* kSource = "CVLTable:Find Method";
@@ -203,8 +186,10 @@ std::shared_ptr<CVLTable> CVLTable::Find(std::string_view Value, bool ValueIsAKe
         result->primary_key_ = primary_key_;
         result->type_ = type_;
         result->is_result_ = true;
+        RecordCollection& records = *records_->Collection();
         result->records_->ReplaceCollection(std::make_shared<RecordCollection>(
-            records_->Collection()->shared_arena(), Matches(Value, ValueIsAKey, field)));
+            records.shared_arena(),
+            ValueIsAKey ? records.WithKey(Value) : RecordsWithText(records, Value, field)));
         return result;
     });
 }

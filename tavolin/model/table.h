@@ -196,7 +196,6 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     void ForgetLinksTo(std::string_view table);
     void RecomputeType();
     void FillFrom(int field, CVLTable& target);
-    std::vector<RecordHandle> Matches(std::string_view value, bool is_key, int field) const;
 
     std::shared_ptr<Session> session_;
     CVLTableSet* set_ = nullptr;  // the set that the table stands in; it clears this when it goes

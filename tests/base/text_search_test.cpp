@@ -24,18 +24,15 @@ class Exact {
     std::unique_ptr<char[]> bytes_;
 };
 
+// What stands behind the text must not count: here, the needle's end.
 void ExpectFound(const std::string& needle, const std::string& text, bool expected) {
     const TextSearcher searcher(needle);
-    const Exact exact(text);
-    ASSERT_EQ(searcher.FoundIn(exact.View()), expected) << needle << " in " << text;
-    ASSERT_EQ(searcher.FoundInPortable(exact.View()), expected) << needle << " in " << text;
-    // What stands behind the text must not count: here, the needle's end.
-    const Exact padded(
-        text + (needle + std::string(TextSearcher::kPadding, needle.empty() ? '-' : needle.back()))
-                   .substr(needle.size() / 2, TextSearcher::kPadding));
-    const std::string_view view = padded.View().substr(0, text.size());
-    for (const bool is_ascii : {false, IsAscii(text)}) {
-        ASSERT_EQ(searcher.FoundInPadded(view, is_ascii), expected) << needle << " in " << text;
+    const std::string filler(TextSearcher::kPadding, needle.empty() ? '-' : needle.back());
+    const Exact padded(text + (needle + filler).substr(needle.size() / 2, TextSearcher::kPadding));
+    const std::string_view one[] = {padded.View().substr(0, text.size())};
+    for (const std::uint32_t not_ascii : {1u, IsAscii(text) ? 0u : ~0u}) {
+        ASSERT_EQ(searcher.FoundIn(one, not_ascii), expected) << needle << " in " << text;
+        ASSERT_EQ(searcher.FoundInPortable(one, not_ascii), expected) << needle << " in " << text;
     }
 }
 
@@ -63,16 +60,29 @@ TEST(TextSearcherTest, FindsWithoutRegardToCase) {
         {"\x80", "\xED\xA0\x80", false},
     };
     for (const auto& c : cases) ExpectFound(c.needle, c.text, c.found);
-    const TextSearcher zero(std::string(1, '\0'));
-    EXPECT_FALSE(zero.FoundIn(std::string_view("ab\0\0\0", 5).substr(0, 2)));
-    EXPECT_TRUE(zero.FoundIn(std::string("a\0b", 3)));
+    ExpectFound(std::string(1, '\0'), "ab", false);
+    ExpectFound(std::string(1, '\0'), std::string("a\0b", 3), true);
+}
+
+// One bit for each text, and none for texts that need not be looked at.
+TEST(TextSearcherTest, TellsWhichOfManyTextsHoldTheNeedle) {
+    const std::string held = "Caf\u00C9 " + std::string(TextSearcher::kPadding, ' ');
+    const std::string_view hit(held.data(), 5), miss(held.data(), 4);
+    std::vector<std::string_view> texts(TextSearcher::kMostTexts, miss);
+    EXPECT_EQ(TextSearcher("").FoundIn(texts, 0), ~0u);
+    for (const std::size_t i : {0u, 7u, 31u}) texts[i] = hit;
+    for (const char* needle : {"af\u00E9", "\u00C9"}) {
+        EXPECT_EQ(TextSearcher(needle).FoundIn(texts, ~0u), 0x80000081u);
+        EXPECT_EQ(TextSearcher(needle).FoundIn(texts, 0x81), 0x81u);
+        EXPECT_EQ(TextSearcher(needle).FoundInPortable(std::span(texts).first(9), ~0u), 0x81u);
+    }
 }
 
 // Every length of needle and text around the sizes of the registers, every place.
 TEST(TextSearcherTest, FindsAtEveryPlaceOfEveryLength) {
     for (std::size_t needle_size = 1; needle_size <= 20; needle_size += needle_size < 4 ? 1 : 5) {
         const std::string needle = std::string("qWeRtYuIoPaSdFgHjKlZ").substr(0, needle_size);
-        for (std::size_t size = needle_size; size <= 70; ++size) {
+        for (std::size_t size = needle_size; size <= 150; size += size < 80 ? 1 : 17) {
             for (std::size_t place = 0; place + needle_size <= size; ++place) {
                 std::string text(size, '-');
                 text.replace(place, needle_size, Fold(needle));
