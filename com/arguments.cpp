@@ -1,5 +1,8 @@
 #include "com/arguments.h"
 
+#include <new>
+
+#include "com/failure.h"
 #include "com/object.h"
 #include "com/text.h"
 #include "com/variants.h"
@@ -7,20 +10,21 @@
 namespace tavolin::com {
 namespace {
 
-// The library's object or nothing, without an error.
+// The library's object or nothing. Another apartment's object must not be touched from here.
 std::shared_ptr<void> Behind(IUnknown* object, const ClassRow& row) {
     ObjectBase* own = nullptr;
     if (!object || FAILED(object->QueryInterface(kOwnObject, reinterpret_cast<void**>(&own)))) {
         return nullptr;
     }
-    auto core = own->CoreAs(row);
-    own->owner()->Release();
-    return core;
+    const auto held = Ref<IUnknown>::Owning(own->owner());
+    if (!own->OnOwnThread()) {
+        throw Error(RPC_E_WRONG_THREAD, {}, Message("The object belongs to another thread"));
+    }
+    return own->CoreAs(row);
 }
 
-void CheckConversion(HRESULT result) {
-    if (result == DISP_E_OVERFLOW) throw Error(kOverflow);
-    if (FAILED(result)) RaiseMismatch();
+RunTimeError ErrorOf(HRESULT conversion) {
+    return conversion == DISP_E_OVERFLOW ? kOverflow : kTypeMismatch;
 }
 
 }  // namespace
@@ -32,9 +36,14 @@ std::shared_ptr<void> CoreBehind(IUnknown* object, const ClassRow& row) {
 }
 
 Argument::Argument(const VARIANT& variant) : value_(const_cast<VARIANT*>(&Dereferenced(variant))) {
+    if (HasNullReference(variant)) {
+        throw Error(E_POINTER, {}, Message("A reference leads nowhere"));
+    }
     if ((value_->vt & VT_BYREF) != 0) {
-        CheckConversion(::VariantCopyInd(&copy_, value_));
-        value_ = &copy_;
+        const HRESULT copied = ::VariantCopyInd(&copy_, value_);
+        if (copied == E_OUTOFMEMORY) throw std::bad_alloc();
+        // What cannot be copied cannot be converted either, and is told then.
+        if (SUCCEEDED(copied)) value_ = &copy_;
     }
     if (IsName()) text_ = Utf8(value_->bstrVal);
 }
@@ -47,27 +56,39 @@ bool Argument::IsWholeNumber() const {
     return value_->vt == VT_UI1 || value_->vt == VT_I2 || value_->vt == VT_I4;
 }
 
-std::int64_t Argument::Number() const {
+std::variant<std::int64_t, RunTimeError> Argument::Number() const {
     switch (value_->vt) {
         case VT_UI1:
-            return value_->bVal;
+            return std::int64_t{value_->bVal};
         case VT_I2:
-            return value_->iVal;
+            return std::int64_t{value_->iVal};
         case VT_I4:
-            return value_->lVal;
+            return std::int64_t{value_->lVal};
         case VT_NULL:
         case VT_DISPATCH:
         case VT_UNKNOWN:
         case VT_ERROR:
-            RaiseMismatch();
+            return kTypeMismatch;
         default:
             VARIANT number{};
-            CheckConversion(::VariantChangeType(&number, value_, 0, VT_I8));
-            return number.llVal;
+            const HRESULT converted = ::VariantChangeType(&number, value_, 0, VT_I8);
+            if (FAILED(converted)) return ErrorOf(converted);
+            return std::int64_t{number.llVal};
     }
 }
 
-IndexKey Argument::Key() const { return IsName() ? IndexKey(text_) : IndexKey(Number()); }
+template <class Target>
+Target Argument::FromNumber() const {
+    const auto number = Number();
+    if (const auto* error = std::get_if<RunTimeError>(&number)) return Target::Unusable(*error);
+    return Target(std::get<std::int64_t>(number));
+}
+
+IndexKey Argument::Key() const { return IsName() ? IndexKey(text_) : FromNumber<IndexKey>(); }
+
+IndexKey Argument::NewKey() const {
+    return value_->vt == VT_EMPTY ? IndexKey(std::string_view()) : Key();
+}
 
 std::optional<IndexKey> Argument::OptionalKey() const {
     return given() ? std::optional(Key()) : std::nullopt;
@@ -91,20 +112,22 @@ RecordArgument Argument::Record() const {
 }
 
 FieldArgument Argument::Field() const {
-    return IsName() ? FieldArgument(text_) : FieldArgument(Number());
+    return IsName() ? FieldArgument(text_) : FromNumber<FieldArgument>();
 }
 
 UserArgument Argument::User() const {
     if (IsName()) return UserArgument(text_);
     IUnknown* object = nullptr;
-    if (!ObjectIn(*value_, &object)) RaiseMismatch();
-    return CoreOf<CVLDBUser>(object);
+    if (!ObjectIn(*value_, &object)) return UserArgument::Unusable(kTypeMismatch);
+    auto user = CoreInside<CVLDBUser>();
+    return object && !user ? UserArgument::Unusable(kTypeMismatch) : UserArgument(std::move(user));
 }
 
-std::optional<bool> Argument::Flag() const {
+std::optional<bool> Argument::Flag(IndexKey& key) const {
     if (!given()) return std::nullopt;
     VARIANT flag{};
-    CheckConversion(::VariantChangeType(&flag, value_, 0, VT_BOOL));
+    const HRESULT converted = ::VariantChangeType(&flag, value_, 0, VT_BOOL);
+    if (FAILED(converted)) key = IndexKey::Unusable(ErrorOf(converted));
     return flag.boolVal != VARIANT_FALSE;
 }
 

@@ -4,27 +4,34 @@
 
 #include "com/dates.h"
 #include "com/faces.h"
+#include "com/failure.h"
 #include "com/list_enumerator.h"
 #include "com/text.h"
 
 namespace tavolin::com {
 
 STDMETHODIMP EventSource::FindConnectionPoint(REFIID iid, IConnectionPoint** point) {
-    if (!point) return E_POINTER;
+    if (!point) return Refused(E_POINTER);
     *point = nullptr;
-    if (!row().events || iid != *row().events) return CONNECT_E_NOCONNECTION;
-    *point = &point_;
-    point_.AddRef();
-    return S_OK;
+    return Guarded(thread(), [&]() -> HRESULT {
+        if (!row().events || iid != *row().events) return CONNECT_E_NOCONNECTION;
+        *point = &point_;
+        point_.AddRef();
+        return S_OK;
+    });
 }
 
 STDMETHODIMP EventSource::EnumConnectionPoints(IEnumConnectionPoints** points) {
-    if (!points) return E_POINTER;
-    std::vector<Ref<IConnectionPoint>> one;
-    if (row().events) one.emplace_back(&point_);
-    *points = new ListEnumerator<IEnumConnectionPoints, IConnectionPoint*, Ref<IConnectionPoint>>(
-        std::move(one));
-    return S_OK;
+    if (!points) return Refused(E_POINTER);
+    *points = nullptr;
+    return Guarded(thread(), [&]() -> HRESULT {
+        std::vector<Ref<IConnectionPoint>> one;
+        if (row().events) one.emplace_back(&point_);
+        *points =
+            new ListEnumerator<IEnumConnectionPoints, IConnectionPoint*, Ref<IConnectionPoint>>(
+                std::move(one));
+        return S_OK;
+    });
 }
 
 void EventSource::DisconnectAll() {
@@ -45,43 +52,53 @@ STDMETHODIMP EventSource::Point::QueryInterface(REFIID iid, void** result) {
 }
 
 STDMETHODIMP EventSource::Point::GetConnectionInterface(IID* iid) {
-    if (!iid) return E_POINTER;
-    *iid = *source_.row().events;
-    return S_OK;
+    if (!iid) return Refused(E_POINTER);
+    *iid = IID{};
+    return Guarded(source_.thread(), [&]() -> HRESULT {
+        *iid = *source_.row().events;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP EventSource::Point::GetConnectionPointContainer(
     IConnectionPointContainer** container) {
-    if (!container) return E_POINTER;
-    *container = &source_;
-    source_.AddRef();
-    return S_OK;
+    if (!container) return Refused(E_POINTER);
+    *container = nullptr;
+    return Guarded(source_.thread(), [&]() -> HRESULT {
+        *container = &source_;
+        source_.AddRef();
+        return S_OK;
+    });
 }
 
 STDMETHODIMP EventSource::Point::Advise(IUnknown* sink, DWORD* cookie) {
-    if (!sink || !cookie) return E_POINTER;
+    if (!sink || !cookie) return Refused(E_POINTER);
     *cookie = 0;
-    auto events = Ref<IDispatch>::Of(sink, *source_.row().events);
-    if (!events) events = Ref<IDispatch>::Of(sink);
-    if (!events) return CONNECT_E_CANNOTCONNECT;
-    try {
+    return Guarded(source_.thread(), [&]() -> HRESULT {
+        auto events = Ref<IDispatch>::Of(sink, *source_.row().events);
+        if (!events) events = Ref<IDispatch>::Of(sink);
+        if (!events) return CONNECT_E_CANNOTCONNECT;
         Sink& entry = source_.sinks_[source_.last_cookie_ + 1];
-        entry = {events, source_.Connect(events)};
-    } catch (...) {
-        source_.sinks_.erase(source_.last_cookie_ + 1);
-        return E_OUTOFMEMORY;
-    }
-    *cookie = ++source_.last_cookie_;
-    return S_OK;
+        try {
+            entry = {events, source_.Connect(events)};
+        } catch (...) {
+            source_.sinks_.erase(source_.last_cookie_ + 1);
+            throw;
+        }
+        *cookie = ++source_.last_cookie_;
+        return S_OK;
+    });
 }
 
 STDMETHODIMP EventSource::Point::Unadvise(DWORD cookie) {
-    const auto entry = source_.sinks_.find(cookie);
-    if (entry == source_.sinks_.end()) return CONNECT_E_NOCONNECTION;
-    const Sink ending = std::move(entry->second);
-    source_.sinks_.erase(entry);
-    for (const auto& end : ending.connections) end();
-    return S_OK;
+    return Guarded(source_.thread(), [&]() -> HRESULT {
+        const auto entry = source_.sinks_.find(cookie);
+        if (entry == source_.sinks_.end()) return CONNECT_E_NOCONNECTION;
+        const Sink ending = std::move(entry->second);
+        source_.sinks_.erase(entry);
+        for (const auto& end : ending.connections) end();
+        return S_OK;
+    });
 }
 
 namespace {
@@ -100,12 +117,15 @@ class ConnectionEntry {
 }  // namespace
 
 STDMETHODIMP EventSource::Point::EnumConnections(IEnumConnections** connections) {
-    if (!connections) return E_POINTER;
-    std::vector<ConnectionEntry> entries;
-    for (const auto& [cookie, sink] : source_.sinks_) entries.emplace_back(cookie, sink.sink);
-    *connections =
-        new ListEnumerator<IEnumConnections, CONNECTDATA, ConnectionEntry>(std::move(entries));
-    return S_OK;
+    if (!connections) return Refused(E_POINTER);
+    *connections = nullptr;
+    return Guarded(source_.thread(), [&]() -> HRESULT {
+        std::vector<ConnectionEntry> entries;
+        for (const auto& [cookie, sink] : source_.sinks_) entries.emplace_back(cookie, sink.sink);
+        *connections =
+            new ListEnumerator<IEnumConnections, CONNECTDATA, ConnectionEntry>(std::move(entries));
+        return S_OK;
+    });
 }
 
 EventArguments::~EventArguments() {

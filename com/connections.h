@@ -2,7 +2,8 @@
 //
 // A sink is connected to every event of the object at once and called late-bound, with the fixed
 // ids of the type library. Who is called is settled when an event fires: sinks may come and go
-// meanwhile. What a sink answers is not looked at. The connections end with the object.
+// meanwhile. What a sink answers is not looked at. The connections end with the object. Like the
+// object's members, the calls here are refused with RPC_E_WRONG_THREAD on any other thread.
 #pragma once
 
 #include <functional>
@@ -27,6 +28,7 @@ class EventSource : public IConnectionPointContainer {
 
     virtual const ClassRow& row() const = 0;
     virtual IUnknown* owner() = 0;
+    virtual DWORD thread() const = 0;
 
     STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints** points) override;
     STDMETHODIMP FindConnectionPoint(REFIID iid, IConnectionPoint** point) override;

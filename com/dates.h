@@ -6,7 +6,6 @@
 
 #include "com/platform.h"
 #include "tavolin/base/date.h"
-#include "tavolin/errors/error.h"
 
 namespace tavolin::com {
 
@@ -18,11 +17,12 @@ inline DATE HostDate(Date date) {
     return days < 0 ? days - time / kSecondsOfDay : days + time / kSecondsOfDay;
 }
 
-// To the nearest second. Raises 5 for what is no date of the calendar (years 100 to 9999).
+// To the nearest second. What is no date of the calendar (years 100 to 9999) is one before it,
+// which members refuse.
 inline Date DateOf(DATE date) {
     constexpr double kFirst = -657435;
     constexpr double kEnd = 2958466;
-    if (!(date > kFirst && date < kEnd)) throw Error(kInvalidCall);
+    if (!(date > kFirst && date < kEnd)) date = kFirst;
     const double days = std::trunc(date);
     const double time = std::fabs(date - days);
     return Date{static_cast<std::int64_t>(std::llround((days + time) * kSecondsOfDay))};

@@ -10,6 +10,7 @@ namespace tavolin::com {
 namespace {
 
 constexpr std::uint32_t kRunTimeErrors = 0x800A0000u;
+constexpr std::string_view kLibrary = "Tavolin";
 
 std::string Taken(BSTR text) {
     const std::string utf8 = Utf8(text);
@@ -20,7 +21,7 @@ std::string Taken(BSTR text) {
 void SetInformation(const Error& error, REFIID iid) {
     Ref<ICreateErrorInfo> writer;
     if (FAILED(::CreateErrorInfo(writer.slot()))) return;
-    const BSTR source = NewText(error.source());
+    const BSTR source = NewText(error.source().empty() ? kLibrary : error.source());
     const BSTR description = NewText(error.description());
     writer->SetGUID(iid);
     writer->SetSource(source);
@@ -39,13 +40,20 @@ HRESULT ResultOf(const Error& error) {
                                 (static_cast<std::uint32_t>(error.number()) & 0xFFFFu));
 }
 
-HRESULT ReportCurrent(REFIID iid) noexcept {
+HRESULT Report(const Error& error, REFIID iid) noexcept {
     try {
-        const Error error = CurrentError();
         SetInformation(error, iid);
         return ResultOf(error);
     } catch (...) {
-        return E_OUTOFMEMORY;
+        return Refused(E_OUTOFMEMORY);
+    }
+}
+
+HRESULT ReportCurrent(REFIID iid) noexcept {
+    try {
+        return Report(CurrentError(), iid);
+    } catch (...) {
+        return Refused(E_OUTOFMEMORY);
     }
 }
 

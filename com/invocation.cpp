@@ -1,5 +1,7 @@
 #include "com/invocation.h"
 
+#include <algorithm>
+
 #include "com/late_updater.h"
 #include "com/variants.h"
 
@@ -60,6 +62,8 @@ Invocation::~Invocation() {
 
 HRESULT Invocation::Run(const DISPPARAMS& arguments, WORD flags, VARIANT* result,
                         EXCEPINFO* exception, UINT* bad_argument) {
+    const HRESULT sound = Check(arguments, bad_argument);
+    if (FAILED(sound)) return sound;
     const std::size_t inputs = member_.Inputs();
     const UINT positional = arguments.cArgs - arguments.cNamedArgs;
     if (positional > 0 && inputs == 0 && member_.HasResult() &&
@@ -67,6 +71,8 @@ HRESULT Invocation::Run(const DISPPARAMS& arguments, WORD flags, VARIANT* result
         return RunOnValue(arguments, flags, result, exception, bad_argument);
     }
     if (arguments.cArgs > inputs) return DISP_E_BADPARAMCOUNT;
+    const HRESULT named = CheckNames(arguments, bad_argument);
+    if (FAILED(named)) return named;
     slots_.resize(inputs);
     for (std::size_t i = 0; i < inputs; ++i) {
         const VARIANT* source = Source(arguments, i);
@@ -83,6 +89,36 @@ HRESULT Invocation::Run(const DISPPARAMS& arguments, WORD flags, VARIANT* result
     return FAILED(called) ? Fill(exception, called) : S_OK;
 }
 
+HRESULT Invocation::Check(const DISPPARAMS& arguments, UINT* bad_argument) {
+    if (arguments.cNamedArgs > arguments.cArgs) return DISP_E_BADPARAMCOUNT;
+    if ((arguments.cArgs > 0 && !arguments.rgvarg) ||
+        (arguments.cNamedArgs > 0 && !arguments.rgdispidNamedArgs)) {
+        return E_POINTER;
+    }
+    for (UINT i = 0; i < arguments.cArgs; ++i) {
+        if (!HasNullReference(arguments.rgvarg[i])) continue;
+        if (bad_argument) *bad_argument = i;
+        return E_POINTER;
+    }
+    return S_OK;
+}
+
+HRESULT Invocation::CheckNames(const DISPPARAMS& arguments, UINT* bad_argument) const {
+    const DISPID* const names = arguments.rgdispidNamedArgs;
+    const auto positional = static_cast<DISPID>(arguments.cArgs - arguments.cNamedArgs);
+    for (UINT i = 0; i < arguments.cNamedArgs; ++i) {
+        // Arguments by position are the first ones.
+        const bool fits =
+            names[i] == DISPID_PROPERTYPUT
+                ? IsSetter()
+                : names[i] >= positional && names[i] < static_cast<DISPID>(member_.Inputs());
+        if (fits && std::find(names, names + i, names[i]) == names + i) continue;
+        if (bad_argument) *bad_argument = i;
+        return DISP_E_PARAMNOTFOUND;
+    }
+    return S_OK;
+}
+
 HRESULT Invocation::RunOnValue(const DISPPARAMS& arguments, WORD flags, VARIANT* result,
                                EXCEPINFO* exception, UINT* bad_argument) {
     VARIANT value{};
@@ -97,8 +133,7 @@ HRESULT Invocation::RunOnValue(const DISPPARAMS& arguments, WORD flags, VARIANT*
 }
 
 const VARIANT* Invocation::Source(const DISPPARAMS& arguments, std::size_t index) const {
-    const bool is_new_value = (member_.kind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF)) != 0 &&
-                              index + 1 == member_.parameters.size();
+    const bool is_new_value = IsSetter() && index + 1 == member_.parameters.size();
     const UINT positional = arguments.cArgs - arguments.cNamedArgs;
     if (!is_new_value && index < positional) return &arguments.rgvarg[arguments.cArgs - 1 - index];
     const DISPID wanted = is_new_value ? DISPID_PROPERTYPUT : static_cast<DISPID>(index);
@@ -164,7 +199,6 @@ HRESULT Invocation::ConvertObject(const Parameter& parameter, const VARIANT& sou
                                   Slot& slot) const {
     slot.reference = &slot.value.llVal;
     slot.value.vt = parameter.type;
-    if (source.vt == VT_EMPTY || source.vt == VT_NULL) return S_OK;
     IUnknown* object = nullptr;
     if (!ObjectIn(source, &object)) return DISP_E_TYPEMISMATCH;
     if (!object) return S_OK;

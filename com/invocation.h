@@ -19,7 +19,8 @@ class Invocation {
     Invocation& operator=(const Invocation&) = delete;
 
     // As IDispatch::Invoke. An argument that is left out, Empty or Missing is the default where
-    // there is one. Arguments of a property that has none go to the default member of its value.
+    // there is one; Null is a value, and no object. Arguments of a property that has none go to the
+    // default member of its value.
     HRESULT Run(const DISPPARAMS& arguments, WORD flags, VARIANT* result, EXCEPINFO* exception,
                 UINT* bad_argument);
 
@@ -32,6 +33,12 @@ class Invocation {
         void* reference = nullptr;
     };
 
+    // What can be wrong with the arguments of any member, and with the names that they bear.
+    static HRESULT Check(const DISPPARAMS& arguments, UINT* bad_argument);
+    HRESULT CheckNames(const DISPPARAMS& arguments, UINT* bad_argument) const;
+    bool IsSetter() const {
+        return (member_.kind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF)) != 0;
+    }
     const VARIANT* Source(const DISPPARAMS& arguments, std::size_t index) const;
     HRESULT Convert(const Parameter& parameter, const VARIANT* source, Slot& slot) const;
     HRESULT ConvertValue(const Parameter& parameter, const VARIANT& source, Slot& slot) const;

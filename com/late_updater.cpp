@@ -45,6 +45,10 @@ VARIANTARG TextArgument(BSTR text) {
 Ref<IUnknown> LateUpdater::Before(IUnknown* object) {
     auto target = Ref<IDispatch>::Of(object);
     if (!target) return {};
+    for (const wchar_t* name : {L"Update", L"AddAffectedRecords"}) {
+        DISPID id = DISPID_UNKNOWN;
+        if (FAILED(FindMember(target.get(), name, &id))) return {};
+    }
     return Ref<IUnknown>::Owning(new LateUpdater(std::move(target)));
 }
 

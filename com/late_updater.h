@@ -11,7 +11,7 @@ namespace tavolin::com {
 
 class LateUpdater : public ::_IUpdater {
   public:
-    // Nothing when the object cannot be called late-bound.
+    // Nothing when the object cannot be called late-bound, or has not both members.
     static Ref<IUnknown> Before(IUnknown* object);
 
     STDMETHODIMP QueryInterface(REFIID iid, void** result) override;

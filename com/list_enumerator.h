@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "com/failure.h"
 #include "com/module.h"
 #include "com/platform.h"
 
@@ -34,28 +35,38 @@ class ListEnumerator : public Interface {
     }
 
     STDMETHODIMP Next(ULONG wanted, Element* elements, ULONG* fetched) override {
-        if (!elements || (!fetched && wanted != 1)) return E_POINTER;
-        ULONG given = 0;
-        for (; given < wanted && next_ < entries_.size(); ++given) {
-            Entry entry = entries_[next_++];
-            elements[given] = entry.Detach();
-        }
-        if (fetched) *fetched = given;
-        return given == wanted ? S_OK : S_FALSE;
+        if (!elements || (!fetched && wanted != 1)) return Refused(E_POINTER);
+        if (fetched) *fetched = 0;
+        return Guarded(thread_, [&]() -> HRESULT {
+            ULONG given = 0;
+            for (; given < wanted && next_ < entries_.size(); ++given) {
+                Entry entry = entries_[next_++];
+                elements[given] = entry.Detach();
+            }
+            if (fetched) *fetched = given;
+            return given == wanted ? S_OK : S_FALSE;
+        });
     }
     STDMETHODIMP Skip(ULONG count) override {
-        const std::size_t passed = std::min<std::size_t>(count, entries_.size() - next_);
-        next_ += passed;
-        return passed == count ? S_OK : S_FALSE;
+        return Guarded(thread_, [&]() -> HRESULT {
+            const std::size_t passed = std::min<std::size_t>(count, entries_.size() - next_);
+            next_ += passed;
+            return passed == count ? S_OK : S_FALSE;
+        });
     }
     STDMETHODIMP Reset() override {
-        next_ = 0;
-        return S_OK;
+        return Guarded(thread_, [&]() -> HRESULT {
+            next_ = 0;
+            return S_OK;
+        });
     }
     STDMETHODIMP Clone(Interface** copy) override {
-        if (!copy) return E_POINTER;
-        *copy = new ListEnumerator(entries_, next_);
-        return S_OK;
+        if (!copy) return Refused(E_POINTER);
+        *copy = nullptr;
+        return Guarded(thread_, [&]() -> HRESULT {
+            *copy = new ListEnumerator(entries_, next_);
+            return S_OK;
+        });
     }
 
   private:
@@ -63,6 +74,7 @@ class ListEnumerator : public Interface {
 
     std::vector<Entry> entries_;
     std::size_t next_;
+    const DWORD thread_ = ::GetCurrentThreadId();
     std::atomic<ULONG> references_{1};
     Counted counted_;
 };

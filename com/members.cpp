@@ -121,7 +121,9 @@ Members::Members(REFIID iid) {
 const Member* Members::Find(DISPID id, WORD flags) const {
     constexpr WORD kPut = DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
     constexpr WORD kGet = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
-    const WORD wanted = (flags & kPut) != 0 ? kPut : kGet;
+    WORD wanted = (flags & kPut) != 0 ? kPut : kGet;
+    // Whoever asks for a property's value alone must not set a method off.
+    if ((flags & (kPut | kGet)) == DISPATCH_PROPERTYGET) wanted = DISPATCH_PROPERTYGET;
     for (const Member& member : members_) {
         if (member.id == id && (member.kind & wanted) != 0) return &member;
     }

@@ -40,7 +40,8 @@ class Members {
     explicit Members(REFIID iid);
 
     // The member to which a late-bound call goes, or null. A call of a method may be one of a
-    // property's getter, and a property is set by value or by reference as it was declared.
+    // property's getter, but not the other way round; a property is set by value or by reference as
+    // it was declared.
     const Member* Find(DISPID id, WORD flags) const;
 
   private:

@@ -76,7 +76,7 @@ HRESULT ObjectBase::IdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) {
 HRESULT ObjectBase::InvokeMember(IDispatch* face, DISPID member, LCID lcid, WORD flags,
                                  DISPPARAMS* arguments, VARIANT* result, EXCEPINFO* exception,
                                  UINT* bad_argument) {
-    if (!arguments) return E_POINTER;
+    if (!arguments) return Refused(E_POINTER);
     HRESULT invoked = S_OK;
     const HRESULT called = Call([&] {
         const Member* found = MembersOf(row_).Find(member, flags);
@@ -84,7 +84,8 @@ HRESULT ObjectBase::InvokeMember(IDispatch* face, DISPID member, LCID lcid, WORD
                               .Run(*arguments, flags, result, exception, bad_argument)
                         : DISP_E_MEMBERNOTFOUND;
     });
-    return FAILED(called) ? called : invoked;
+    if (FAILED(called)) return called;
+    return FAILED(invoked) ? Refused(invoked) : invoked;
 }
 
 }  // namespace tavolin::com

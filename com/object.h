@@ -48,6 +48,9 @@ class ObjectBase : public ISupportErrorInfo, public IProvideClassInfo2, public E
     // EventSource.
     const ClassRow& row() const override { return row_; }
     IUnknown* owner() override { return static_cast<ISupportErrorInfo*>(this); }
+    DWORD thread() const override { return thread_; }
+
+    bool OnOwnThread() const { return ::GetCurrentThreadId() == thread_; }
 
   protected:
     explicit ObjectBase(const ClassRow& row) : row_(row), thread_(::GetCurrentThreadId()) {}
@@ -67,13 +70,11 @@ class ObjectBase : public ISupportErrorInfo, public IProvideClassInfo2, public E
                          UINT* bad_argument);
     HRESULT DescribeFace(UINT index, ITypeInfo** info);
 
-    bool OnOwnThread() const { return ::GetCurrentThreadId() == thread_; }
-
     // Runs a member's body. Null among the pointers that it needs is E_POINTER.
     template <class Body, class... Needed>
     HRESULT Call(Body&& body, const Needed*... needed) {
-        if (((needed == nullptr) || ...)) return E_POINTER;
-        if (!OnOwnThread()) return RPC_E_WRONG_THREAD;
+        if (((needed == nullptr) || ...)) return Refused(E_POINTER);
+        if (!OnOwnThread()) return Refused(RPC_E_WRONG_THREAD);
         const Keeper keeper(*this);
         try {
             std::forward<Body>(body)();

@@ -34,16 +34,28 @@ class RecordFace : public ::_CVLRecord {
 
     STDMETHODIMP get_Key(BSTR* result) override { return table_.get_Key(result); }
     STDMETHODIMP put_Key(BSTR value) override { return table_.put_Key(value); }
-    STDMETHODIMP get_nKey(LONG*) override { return kNoSuchMember; }
-    STDMETHODIMP put_nKey(LONG) override { return kNoSuchMember; }
-    STDMETHODIMP get_CVLAttachmentSet(::_CVLAttachmentSet**) override { return kNoSuchMember; }
-    STDMETHODIMP putref_CVLAttachmentSet(::_CVLAttachmentSet*) override { return kNoSuchMember; }
-    STDMETHODIMP put_prop(BYTE, BSTR) override { return kNoSuchMember; }
-    STDMETHODIMP get_prop(BYTE, BSTR*) override { return kNoSuchMember; }
-    STDMETHODIMP Attach(LONG, BSTR, ::attachmentEnum) override { return kNoSuchMember; }
+    STDMETHODIMP get_nKey(LONG* result) override { return NothingFor(result); }
+    STDMETHODIMP put_nKey(LONG) override { return NoSuchMember(); }
+    STDMETHODIMP get_CVLAttachmentSet(::_CVLAttachmentSet** result) override {
+        return NothingFor(result);
+    }
+    STDMETHODIMP putref_CVLAttachmentSet(::_CVLAttachmentSet*) override { return NoSuchMember(); }
+    STDMETHODIMP put_prop(BYTE, BSTR) override { return NoSuchMember(); }
+    STDMETHODIMP get_prop(BYTE, BSTR* result) override { return NothingFor(result); }
+    STDMETHODIMP Attach(LONG, BSTR, ::attachmentEnum) override { return NoSuchMember(); }
 
   private:
-    static constexpr HRESULT kNoSuchMember = static_cast<HRESULT>(0x800A01B6u);
+    static HRESULT NoSuchMember() {
+        constexpr std::int32_t kNoSuchMember = 438;
+        return Report(Error(kNoSuchMember, {}, Message("A table has no such member of a record")),
+                      __uuidof(::_CVLRecord));
+    }
+    template <class Result>
+    static HRESULT NothingFor(Result* result) {
+        if (!result) return Refused(E_POINTER);
+        *result = Result{};
+        return NoSuchMember();
+    }
 
     ::_CVLTable& table_;
 };

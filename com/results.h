@@ -71,7 +71,7 @@ typename Face<Core>::Interface* Before(const std::shared_ptr<Core>& core) {
 template <class Core>
 template <class Result, class Body, class... Needed>
 HRESULT Object<Core>::Return(Result* result, Body&& body, const Needed*... needed) {
-    if (!result) return E_POINTER;
+    if (!result) return Refused(E_POINTER);
     *result = Result{};
     return Call([&] { Give(body(), result); }, needed...);
 }
@@ -80,6 +80,7 @@ HRESULT Object<Core>::Return(Result* result, Body&& body, const Needed*... neede
 template <class... Events>
 std::vector<std::function<void()>> ConnectInOrder(const Ref<IDispatch>& sink, Events&... events) {
     std::vector<std::function<void()>> connections;
+    connections.reserve(sizeof...(events));
     const auto add = [](EventArguments& arguments, const auto& value) {
         if constexpr (requires { arguments.Add(value); }) {
             arguments.Add(value);
@@ -98,7 +99,12 @@ std::vector<std::function<void()>> ConnectInOrder(const Ref<IDispatch>& sink, Ev
         });
         connections.push_back([&event, connection] { event.Disconnect(connection); });
     };
-    (connect(events), ...);
+    try {
+        (connect(events), ...);
+    } catch (...) {
+        for (const auto& end : connections) end();
+        throw;
+    }
     return connections;
 }
 

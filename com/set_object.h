@@ -15,7 +15,7 @@ class SetObject : public Object<Core> {
     using Object<Core>::Object;
 
     STDMETHODIMP CanAdd(VARIANT key, VARIANT_BOOL* result) override {
-        return this->Return(result, [&] { return this->core().CanAdd(Argument(key).Key()); });
+        return this->Return(result, [&] { return this->core().CanAdd(Argument(key).NewKey()); });
     }
     STDMETHODIMP get_Count(LONG* result) override {
         return this->Return(result, [&] { return this->core().Count(); });

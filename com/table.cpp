@@ -27,6 +27,9 @@ class TableObject : public Object<CVLTable> {
         AddRef();
         return S_OK;
     }
+    STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) override {
+        return iid == __uuidof(::_CVLRecord) ? S_OK : Object::InterfaceSupportsErrorInfo(iid);
+    }
 
     TAVOLIN_TEXT(Key)
     TAVOLIN_TEXT_AT(ReferencedTable)
@@ -51,7 +54,7 @@ class TableObject : public Object<CVLTable> {
     TAVOLIN_READ(LONG, Count)
 
     STDMETHODIMP CanAdd(VARIANT recordKey, VARIANT_BOOL* result) override {
-        return Return(result, [&] { return core().CanAdd(Argument(recordKey).Key()); });
+        return Return(result, [&] { return core().CanAdd(Argument(recordKey).NewKey()); });
     }
     STDMETHODIMP Add(::_CVLTableSet* useTableSet, LONG nKey, TAVOLIN_TEN_PARAMETERS(prop),
                      ::_CVLAttachmentSet* AttachmentsTable, VARIANT Before, VARIANT After,

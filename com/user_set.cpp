@@ -22,8 +22,12 @@ class UserSetObject : public SetObject<CVLDBUserSet> {
     STDMETHODIMP Update(VARIANT varKey, VARIANT CanRead, VARIANT CanReadWrite, VARIANT CanDelete,
                         ::_CVLUserNoteSet* NoteSet, ::_CVLDBUser** result) override {
         return Return(result, [&] {
-            return core().Update(Argument(varKey).Key(), Argument(CanRead).Flag(),
-                                 Argument(CanReadWrite).Flag(), Argument(CanDelete).Flag(),
+            const Argument which(varKey);
+            IndexKey key = which.Key();
+            const auto can_read = Argument(CanRead).Flag(key);
+            const auto can_write = Argument(CanReadWrite).Flag(key);
+            const auto can_delete = Argument(CanDelete).Flag(key);
+            return core().Update(key, can_read, can_write, can_delete,
                                  CoreOf<CVLUserNoteSet>(NoteSet));
         });
     }

@@ -12,6 +12,13 @@ inline const VARIANT& Dereferenced(const VARIANT& variant) {
     return *at;
 }
 
+// Whether a reference in it is a null pointer. Of all variants that hosts pass, this is asked
+// before anything else is done with them.
+inline bool HasNullReference(const VARIANT& variant) {
+    const VARIANT& last = Dereferenced(variant);
+    return (last.vt & VT_BYREF) != 0 && !last.byref;
+}
+
 inline bool IsMissing(const VARIANT& variant) {
     return variant.vt == VT_ERROR && variant.scode == DISP_E_PARAMNOTFOUND;
 }

@@ -9,6 +9,8 @@
 // leaves through the member that fired, after the change that it reports.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -31,38 +33,50 @@ class Event {
     EventConnection Connect(Handler handler) {
         if (!handlers_) handlers_ = std::make_shared<Handlers>();
         const EventConnection id = ++handlers_->last_id;
-        handlers_->entries.push_back(std::make_shared<Entry>(Entry{id, std::move(handler), true}));
+        handlers_->slots.push_back({id, std::make_shared<Entry>(Entry{std::move(handler), true})});
         return id;
     }
 
     // An unknown connection is no error.
     void Disconnect(EventConnection id) {
         if (!handlers_) return;
-        std::erase_if(handlers_->entries, [id](const std::shared_ptr<Entry>& entry) {
-            if (entry->id != id) return false;
-            entry->connected = false;
-            return true;
-        });
+        auto& slots = handlers_->slots;
+        const auto slot = std::lower_bound(
+            slots.begin(), slots.end(), id,
+            [](const Slot& each, EventConnection wanted) { return each.id < wanted; });
+        if (slot == slots.end() || slot->id != id || !slot->entry) return;
+        const auto gone = std::exchange(slot->entry, nullptr);  // whose end may come back here
+        gone->connected = false;
+        if (2 * ++handlers_->empty_slots <= slots.size()) return;
+        std::erase_if(slots, [](const Slot& each) { return !each.entry; });
+        handlers_->empty_slots = 0;
     }
 
-    bool HasHandlers() const { return handlers_ && !handlers_->entries.empty(); }
+    bool HasHandlers() const {
+        return handlers_ && handlers_->slots.size() > handlers_->empty_slots;
+    }
 
     void Fire(Args... args) const {
         if (!HasHandlers()) return;
-        const auto snapshot = handlers_->entries;
-        for (const auto& entry : snapshot) {
-            if (entry->connected) entry->handler(args...);
+        const auto snapshot = handlers_->slots;
+        for (const Slot& slot : snapshot) {
+            if (slot.entry && slot.entry->connected) slot.entry->handler(args...);
         }
     }
 
   private:
     struct Entry {
-        EventConnection id;
         Handler handler;
         bool connected;
     };
+    // Of an entry that is gone the slot stays until half of them are empty.
+    struct Slot {
+        EventConnection id;
+        std::shared_ptr<Entry> entry;
+    };
     struct Handlers {
-        std::vector<std::shared_ptr<Entry>> entries;
+        std::vector<Slot> slots;  // in the order of their ids
+        std::size_t empty_slots = 0;
         EventConnection last_id = 0;
     };
     std::shared_ptr<Handlers> handlers_;

@@ -34,8 +34,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tavolin/base/date.h"
 #include "tavolin/base/byte_buffer.h"
+#include "tavolin/base/date.h"
 #include "tavolin/base/event.h"
 #include "tavolin/errors/error.h"
 #include "tavolin/errors/error_num.h"
@@ -64,6 +64,7 @@ struct Authority;
 struct Database;
 class Session;
 class TextSink;
+enum class BagSeal;
 enum class TextEncoding;
 
 class CVLDBEngine {
@@ -131,7 +132,8 @@ class CVLDBEngine {
     // who is not stored, but whose password is the database password, `ToRead`. Refusals:
     // GetUserDisabledError and GetDBPasswordError leave the state `Undefined`,
     // GetUserPermissionTo... and GetUserIsNotDBOwnerError leave it at what the user may do.
-    // `Undefined` asks for nothing.
+    // `Undefined` asks for nothing; what is no value of the enumeration raises 5, but not for the
+    // owner.
     bool DBLegalUser(const std::shared_ptr<CVLDBUser>& LogedUser, PermitStateEnum NeededPermission);
 
     // --- The open database
@@ -389,8 +391,8 @@ class CVLDBEngine {
     void Install(std::unique_ptr<Database> database);
     void Open(std::unique_ptr<Database> database, const std::string& file);
     void Recheck();
-    std::unique_ptr<Database> ReadState(ByteBuffer state) const;
-    ByteBuffer ObjectState() const;
+    std::unique_ptr<Database> ReadState(ByteBuffer state, BagSeal seal) const;
+    ByteBuffer ObjectState(BagSeal seal) const;
     bool IsOpenFile(std::string_view path) const;
     bool IsOwnFile(std::string_view path) const;
     void AskToWriteTo(const std::string& path, const char* source) const;

@@ -157,8 +157,9 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, st
             Raise(CVLErrorNum::GetDBNotFoundError(), kSource,
                   Message("DataBase Cannot Be Read!\r\nCause: DataBase Does Not Exist!"));
         }
-        auto database = WhenFails([&] { return ReadState(GetBinaryFile(DBPathName, FileNumber)); },
-                                  [](const Error& error) { RaiseUnreadable(kSource, error); });
+        auto database = WhenFails(
+            [&] { return ReadState(GetBinaryFile(DBPathName, FileNumber), BagSeal::kChecksum); },
+            [](const Error& error) { RaiseUnreadable(kSource, error); });
         // A file that was moved is where it was found.
         const PathParts parts = FolderAndName(DBPathName);
         database->path = parts.dir;
@@ -201,7 +202,7 @@ ByteBuffer CVLDBEngine::StateNamed(Naming& naming) const {
         Naming& naming;
         Database& database;
     } const scope(naming, *database_);
-    return ObjectState();
+    return ObjectState(BagSeal::kChecksum);
 }
 
 bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std::string_view DBPwd,
@@ -337,7 +338,7 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
         target.MakeOwner(new_owner, newOwnerPwd, newOwnerFullName, newOwnerDescription);
         if (current) Recheck();
         // An engine that is not kept has to put its change on the disk now.
-        if (other) other->PrintToBinaryFile(other->ObjectState(), DBPathName);
+        if (other) other->PrintToBinaryFile(other->ObjectState(BagSeal::kChecksum), DBPathName);
         AddEntry(new_owner, target.DBPath(), target.DBName());
         if (!EqualFold(old_owner, new_owner))
             RemoveEntry(old_owner, target.DBPath(), target.DBName());

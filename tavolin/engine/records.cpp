@@ -148,17 +148,16 @@ class CVLDBEngine::RecordDeletion {
     // Whether a record other than this one holds the value in a field that links to the table.
     bool OthersHold(const std::string& value, const std::string& table,
                     const CVLRecord& record) const {
-        for (const auto& referrer : engine_.database_->tables->NewEnum()) {
-            if (!referrer->RefersTo(table)) continue;
-            const auto records = referrer->CVLRecordSet();
-            const bool own = &records->Collection()->arena() == record.arena().get();
+        return engine_.database_->tables->links().Any(table, [&](const CVLTable& referrer) {
+            const auto& records = *referrer.CVLRecordSet()->Collection();
             for (int field = 0; field < kFieldCount; ++field) {
-                if (!EqualFold(referrer->LinkedTable(field), table)) continue;
-                const int allowed = own && EqualFold(record.prop(field), value) ? 1 : 0;
-                if (records->ValueOccursMoreThan(field, value, allowed)) return true;
+                if (EqualFold(referrer.LinkedTable(field), table) &&
+                    records.HeldByOthers(field, value, record)) {
+                    return true;
+                }
             }
-        }
-        return false;
+            return false;
+        });
     }
 
     CVLDBEngine& engine_;

@@ -76,13 +76,18 @@ bool CVLDBEngine::Apply(const RegistryChange& change) {
         owners_->CanAdd(change.owner) ? owners_->Add(change.owner) : owners_->Item(change.owner);
     const auto databases = owner->CVLOwnerDBSet();
     const std::string path = JoinPath(change.dir, change.name);
-    bool listed = false;
-    for (const auto& database : databases->NewEnum()) {
-        if (!EqualFold(database->Key(), path) && !IsOneFile(database->Key(), path)) continue;
-        listed = true;
-        if (!change.added) databases->Remove(*database);
+    const bool there = FileExists(path);
+    bool listed = change.added && !databases->CanAdd(path);
+    if (!listed && (there || !change.added)) {
+        for (const auto& database : databases->NewEnum()) {
+            const bool same =
+                EqualFold(database->Key(), path) || (there && IsOneFile(database->Key(), path));
+            if (!same) continue;
+            listed = true;
+            if (!change.added) databases->Remove(*database);
+        }
     }
-    if (change.added && !listed && databases->CanAdd(path)) {
+    if (change.added && !listed) {
         databases->Add(change.name, change.dir);
     }
     if (databases->Count() == 0) owners_->Remove(*owner);

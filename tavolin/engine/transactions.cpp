@@ -7,15 +7,15 @@
 
 namespace tavolin {
 
-ByteBuffer CVLDBEngine::ObjectState() const {
+ByteBuffer CVLDBEngine::ObjectState(BagSeal seal) const {
     PropertyBagWriter bag;
     database_->WriteProperties(bag);
-    return std::move(bag).Finish();
+    return std::move(bag).Finish(seal);
 }
 
-std::unique_ptr<Database> CVLDBEngine::ReadState(ByteBuffer state) const {
+std::unique_ptr<Database> CVLDBEngine::ReadState(ByteBuffer state, BagSeal seal) const {
     auto database = NewDatabase();
-    PropertyBagReader bag(std::make_shared<ByteBuffer>(std::move(state)));
+    PropertyBagReader bag(std::make_shared<ByteBuffer>(std::move(state)), seal);
     database->ReadProperties(bag);
     return database;
 }
@@ -28,7 +28,7 @@ bool CVLDBEngine::TransactionBegin() {
                   Message("A Transaction Is In Process, Commit To Start A New One!"));
         }
         AskOpen(kSource);
-        snapshot_ = ObjectState();
+        snapshot_ = ObjectState(BagSeal::kNone);
         transaction_ = true;
         LogTransaction("<Transaction Began>");
         return true;
@@ -58,7 +58,7 @@ bool CVLDBEngine::TansactionAbort() {
                   Message("Cannot Abort Because No Transaction Have Been Started!"));
         }
         transaction_ = false;
-        auto database = ReadState(std::move(snapshot_));
+        auto database = ReadState(std::move(snapshot_), BagSeal::kNone);
         const std::string owner = DBOwner();
         Install(std::move(database));
         Recheck();

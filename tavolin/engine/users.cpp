@@ -228,6 +228,7 @@ void CVLDBEngine::CheckPermission(PermitStateEnum needed, const CVLDBUser& user,
         case Undefined:
             return;
     }
+    RaiseRunTime(kInvalidCall);  // no value of the enumeration
 }
 
 }  // namespace tavolin

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "tavolin/errors/trap.h"
 #include "tavolin/model/types.h"
 
 namespace tavolin {
@@ -22,8 +23,17 @@ class FieldArgument {
     FieldArgument(std::string_view name) : is_name_(true), name_(name) {}    // NOLINT
     FieldArgument(const std::string& name) : is_name_(true), name_(name) {}  // NOLINT
     FieldArgument(const char* name) : is_name_(true), name_(name) {}         // NOLINT
+    // What can be neither: the member raises `error` where it would look for the field.
+    static FieldArgument Unusable(RunTimeError error) {
+        FieldArgument field{0};
+        field.error_ = error;
+        return field;
+    }
 
-    bool is_name() const { return is_name_; }
+    bool is_name() const {
+        if (error_ != 0) RaiseRunTime(static_cast<RunTimeError>(error_));
+        return is_name_;
+    }
     int number() const { return number_; }
     std::string_view name() const { return name_; }
 
@@ -35,6 +45,7 @@ class FieldArgument {
     }
 
     bool is_name_ = false;
+    std::int32_t error_ = 0;
     int number_ = 0;
     std::string_view name_;
 };

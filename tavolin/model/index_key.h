@@ -12,6 +12,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tavolin/errors/trap.h"
+
 namespace tavolin {
 
 // A view: what it was made from must outlive the call that it is passed to. A number is a position
@@ -26,8 +28,18 @@ class IndexKey {
     IndexKey(std::string_view key) : key_(key) {}    // NOLINT
     IndexKey(const std::string& key) : key_(key) {}  // NOLINT
     IndexKey(const char* key) : key_(key) {}         // NOLINT
+    // What names no element whatever is in the set, as a date where a key belongs. The member that
+    // it is passed to raises `error` where it would look for the element.
+    static IndexKey Unusable(RunTimeError error) {
+        IndexKey key{std::string_view()};
+        key.error_ = error;
+        return key;
+    }
 
-    bool is_position() const { return is_position_; }
+    bool is_position() const {
+        if (error_ != 0) RaiseRunTime(static_cast<RunTimeError>(error_));
+        return is_position_;
+    }
     std::int32_t position() const { return position_; }
     std::string_view key() const { return key_; }
     // As it stands in messages: the key, or the position in decimal.
@@ -45,6 +57,7 @@ class IndexKey {
     }
 
     bool is_position_ = false;
+    std::int32_t error_ = 0;
     std::int32_t position_ = 0;
     std::string_view key_;
 };

@@ -62,12 +62,19 @@ class KeyedCollection {
         return order_.At(static_cast<std::uint32_t>(position));
     }
 
-    // The handle with this key, or kNoHandle. The first search by key after Adopt builds the index,
-    // so that even searches must come from one thread at a time.
+    // The handle with this key, or kNoHandle. The first search by key after Adopt walks and the
+    // second builds the index, so that even searches must come from one thread at a time.
     std::uint32_t FindKey(std::string_view key) const {
-        BuildIndex();
-        return index_.Find(HashFold(key),
-                           [&](std::uint32_t handle) { return store_.KeyEquals(handle, key); });
+        const std::uint32_t hash = HashFold(key);
+        const auto has_key = [&](std::uint32_t handle) { return store_.KeyEquals(handle, key); };
+        if (!indexed_ && !walked_) {
+            walked_ = true;
+            return order_.First([&](std::uint32_t handle) {
+                return store_.Keyed(handle) && store_.KeyHash(handle) == hash && has_key(handle);
+            });
+        }
+        IndexKeys();
+        return index_.Find(hash, has_key);
     }
     // The handle at a position or with a key, or kNoHandle.
     std::uint32_t Find(const IndexKey& which) const {
@@ -100,7 +107,7 @@ class KeyedCollection {
             order_.InsertAt(position, handle, Leaves());
             return;
         }
-        BuildIndex();
+        IndexKeys();
         const std::uint32_t hash = store_.KeyHash(handle);
         if (Holder(handle, hash) != kNoHandle) RaiseRunTime(kDuplicateKey);
         index_.ReserveOneMore();
@@ -114,8 +121,7 @@ class KeyedCollection {
     void Adopt(std::span<const std::uint32_t> handles) {
         if (order_.size() == 0) return Assign(handles);
         order_.Reserve(std::size_t{order_.size()} + handles.size());
-        index_.Clear();
-        indexed_ = false;
+        LeaveKeysForLater();
         for (const std::uint32_t handle : handles) order_.Append(handle, Leaves());
     }
 
@@ -132,6 +138,7 @@ class KeyedCollection {
     // letter case alone is allowed, and an element without a key may get one.
     template <class Change>
     void ChangeKey(std::uint32_t handle, std::string_view new_key, Change&& change) {
+        IndexKeys();
         const std::uint32_t holder = FindKey(new_key);
         if (holder != kNoHandle && holder != handle) RaiseRunTime(kDuplicateKey);
         const bool keyed = store_.Keyed(handle);
@@ -160,14 +167,18 @@ class KeyedCollection {
     // changed when memory runs out.
     void Assign(std::span<const std::uint32_t> handles) {
         order_.Assign(handles, Leaves());
-        index_.Clear();
-        indexed_ = false;
+        LeaveKeysForLater();
     }
 
     // Whether every element is found by its key.
     bool AllKeyed() const {
-        BuildIndex();
+        IndexKeys();
         return index_.size() == order_.size();
+    }
+
+    // Looks at the keys now, if that was left for later.
+    void IndexKeys() const {
+        if (!indexed_) BuildIndex();
     }
 
     // Forgets all elements and gives the memory back; the Store is not told.
@@ -209,10 +220,12 @@ class KeyedCollection {
                                    : PositionOf(handle);
     }
 
-    void BuildIndex() const {
-        if (!indexed_) BuildIndexNow();
+    void LeaveKeysForLater() {
+        index_.Clear();
+        indexed_ = false;
+        walked_ = false;
     }
-    void BuildIndexNow() const {
+    void BuildIndex() const {
         index_.Clear();  // of what an earlier attempt left when memory ran out
         index_.Reserve(order_.size());
         // A few at a time, whose slots come from memory side by side.
@@ -243,6 +256,7 @@ class KeyedCollection {
     OrderList order_;
     mutable KeyIndex index_;
     mutable bool indexed_ = true;
+    mutable bool walked_ = false;  // for a key, in place of building the index
 };
 
 }  // namespace tavolin

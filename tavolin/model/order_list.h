@@ -111,6 +111,17 @@ class OrderList {
         }
     }
 
+    // The first handle in order that test(handle) is true for, or kNoHandle.
+    template <class Test>
+    std::uint32_t First(Test&& test) const {
+        for (const Chunk& chunk : chunks_) {
+            for (const std::uint32_t handle : chunk.span()) {
+                if (test(handle)) return handle;
+            }
+        }
+        return kNoHandle;
+    }
+
   private:
     friend class OrderCursor;
 

@@ -1,5 +1,6 @@
 #include "tavolin/model/record_arena.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <new>
@@ -221,7 +222,7 @@ RecordHandle RecordArena::Create(std::int32_t n_key, const FieldTexts& fields,
     const std::size_t units = moved ? UnitsFor(kHeaderSize + sizeof(std::uint32_t)) : inline_units;
     const RecordHandle record = Allocate(units);
     Header* header = At(record);
-    *header = {0, HashFold(key), n_key, 0, static_cast<std::uint16_t>(units), parts, 0, 0};
+    *header = {0, HashFold(key), n_key, 0, static_cast<std::uint16_t>(units), parts, 0, false};
     header->flags = static_cast<std::uint8_t>(shape.width | (shape.ascii ? 0 : kNotAscii));
     if (!moved) {
         Fill(Block(record) + kHeaderSize, shape.width, fields);
@@ -253,7 +254,7 @@ void RecordArena::Release(RecordHandle record) noexcept {
 
 void RecordArena::Destroy(RecordHandle record) noexcept {
     FreeMovedPayload(record);
-    if (HasOwnKey(record)) --own_keys_;
+    if (HasOwnKey(record)) own_keys_.erase({FindExtras(record)->key_hash, record});
     Extras dying;  // destroyed when the arena is whole again
     if (At(record)->flags & kExtras) {
         const auto found = extras_.find(record);
@@ -288,6 +289,27 @@ RecordArena::FieldPlace RecordArena::PlaceOf(RecordHandle record, int field) con
             payload.End(field)};
 }
 
+// Takes fields that change out of the counts until they have changed, or have not.
+class RecordArena::Recount {
+  public:
+    Recount(RecordArena& arena, RecordHandle record, const FieldMarks& fields)
+        : arena_(arena), record_(record), fields_(fields) {
+        if (!arena_.Counted(record_)) return;
+        arena_.ChangeCounts(record_, fields_, &ValueCounts::Remove);
+    }
+    ~Recount() {
+        if (!arena_.Counted(record_)) return;
+        arena_.ChangeCounts(record_, fields_, &ValueCounts::Add);
+    }
+    Recount(const Recount&) = delete;
+    Recount& operator=(const Recount&) = delete;
+
+  private:
+    RecordArena& arena_;
+    RecordHandle record_;
+    const FieldMarks& fields_;
+};
+
 void RecordArena::SetFields(RecordHandle record, const FieldTexts& values,
                             const std::array<bool, kFieldCount>& changed) {
     std::array<std::string_view, kFieldCount> merged;
@@ -304,6 +326,7 @@ void RecordArena::SetFields(RecordHandle record, const FieldTexts& values,
     auto* bytes = reinterpret_cast<std::uint8_t*>(buffer.data());
     Fill(bytes, shape.width, fields);
     if (touches_key) TakeOwnKey(record);
+    const Recount recount(*this, record, changed);
     PlacePayload(record, {bytes, buffer.size()});
     std::uint8_t& flags = At(record)->flags;
     flags = static_cast<std::uint8_t>((flags & ~(kWidthMask | kNotAscii)) | shape.width |
@@ -362,8 +385,14 @@ bool RecordArena::FilingKeyEquals(RecordHandle record, std::string_view key) con
 
 void RecordArena::SetKey(RecordHandle record, std::string_view key) {
     std::string copy(key);
+    const std::uint32_t hash = HashFold(key);
     TakeOwnKey(record);
-    ExtrasOf(record).key = std::move(copy);
+    Extras& extras = ExtrasOf(record);
+    auto place = own_keys_.extract({extras.key_hash, record});
+    place.value().first = hash;
+    own_keys_.insert(std::move(place));
+    extras.key = std::move(copy);
+    extras.key_hash = hash;
 }
 
 void RecordArena::RestoreKey(RecordHandle record, std::string_view key) {
@@ -378,10 +407,11 @@ void RecordArena::TakeOwnKey(RecordHandle record) {
     std::string key = ComposeKey(record);
     std::string filing_key = key;
     Extras& extras = ExtrasOf(record);
+    own_keys_.emplace(FilingHash(record), record);
     extras.key = std::move(key);
+    extras.key_hash = FilingHash(record);
     extras.filing_key = std::move(filing_key);
     At(record)->flags |= kOwnKey;
-    ++own_keys_;
 }
 
 RecordArena::Extras& RecordArena::ExtrasOf(RecordHandle record) {
@@ -393,6 +423,52 @@ RecordArena::Extras& RecordArena::ExtrasOf(RecordHandle record) {
 const RecordArena::Extras* RecordArena::FindExtras(RecordHandle record) const {
     if ((At(record)->flags & kExtras) == 0) return nullptr;
     return &extras_.find(record)->second;
+}
+
+// --- counts of values
+
+bool RecordArena::AnyCounts() const {
+    return std::any_of(counts_.begin(), counts_.end(),
+                       [](const auto& counts) { return counts != nullptr; });
+}
+
+template <class Change>
+void RecordArena::ChangeCounts(RecordHandle record, const FieldMarks& fields,
+                               Change change) noexcept {
+    try {
+        for (int field = 0; field < kFieldCount; ++field) {
+            ValueCounts* counts = counts_[Index(field)].get();
+            if (counts != nullptr && fields[Index(field)]) (counts->*change)(Field(record, field));
+        }
+    } catch (...) {
+        for (auto& counts : counts_) counts.reset();
+    }
+}
+
+void RecordArena::MakeCounts(int field, std::span<const RecordHandle> records) {
+    auto counts = std::make_unique<ValueCounts>();
+    for (const RecordHandle record : records) counts->Add(Field(record, field));
+    for (const RecordHandle record : records) At(record)->counted = true;
+    counts_[Index(field)] = std::move(counts);
+}
+
+namespace {
+
+constexpr std::array<bool, kFieldCount> kEveryField = {true, true, true, true, true,
+                                                       true, true, true, true, true};
+
+}  // namespace
+
+void RecordArena::CountIn(RecordHandle record) noexcept {
+    if (!AnyCounts()) return;
+    At(record)->counted = true;
+    ChangeCounts(record, kEveryField, &ValueCounts::Add);
+}
+
+void RecordArena::CountOut(RecordHandle record) noexcept {
+    if (!Counted(record)) return;
+    ChangeCounts(record, kEveryField, &ValueCounts::Remove);
+    At(record)->counted = false;
 }
 
 // --- objects and what is kept beside

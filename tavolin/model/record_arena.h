@@ -12,16 +12,20 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "tavolin/base/event.h"
 #include "tavolin/base/prefetch.h"
+#include "tavolin/base/text.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/types.h"
+#include "tavolin/model/value_counts.h"
 #include "tavolin/persist/little_endian.h"
 
 namespace tavolin {
@@ -88,7 +92,16 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // under.
     bool HasOwnKey(RecordHandle record) const { return (At(record)->flags & kOwnKey) != 0; }
 
-    bool AnyOwnKeys() const { return own_keys_ > 0; }
+    bool AnyOwnKeys() const { return !own_keys_.empty(); }
+    // Calls body(record) for every record of the arena that has that key of its own.
+    template <class Body>
+    void ForEachWithOwnKey(std::string_view key, Body&& body) const {
+        const std::uint32_t hash = HashFold(key);
+        for (auto at = own_keys_.lower_bound({hash, 0}); at != own_keys_.end(); ++at) {
+            if (at->first != hash) return;
+            if (EqualFold(FindExtras(at->second)->key, key)) body(at->second);
+        }
+    }
 
     // The key that the record was filed under when it was made or loaded. It stays whatever becomes
     // of the fields and the key.
@@ -102,6 +115,17 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     bool Keyed(RecordHandle record) const { return (At(record)->flags & kKeyless) == 0; }
     void DropKey(RecordHandle record) { At(record)->flags |= kKeyless; }
     void TakeKey(RecordHandle record) { At(record)->flags &= static_cast<std::uint8_t>(~kKeyless); }
+
+    // Counts of the values of a field, over the records of the set that the arena was made for. Who
+    // needs them has them made, by a walk over those records; from then on the set tells which
+    // records come and go, and changes of fields are followed. When memory runs out on the way, all
+    // counts are dropped: whoever needs them next makes them again.
+    const ValueCounts* Counts(int field) const { return counts_[Index(field)].get(); }
+    void MakeCounts(int field, std::span<const RecordHandle> records);
+    void DropCounts(int field) noexcept { counts_[Index(field)].reset(); }
+    void CountIn(RecordHandle record) noexcept;
+    void CountOut(RecordHandle record) noexcept;
+    bool Counted(RecordHandle record) const { return At(record)->counted; }
 
     // The object that a host holds: the same one for as long as anyone holds it.
     std::shared_ptr<CVLRecord> Object(RecordHandle record);
@@ -138,7 +162,7 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
         std::uint16_t units;  // of eight bytes, in the block
         std::uint16_t parts;  // the fields of the key, four bits each, 15 for none
         std::uint8_t flags;
-        std::uint8_t reserved;
+        bool counted;  // in all counts that there are
     };
     static_assert(sizeof(Header) == 20);
     // In Header::flags. The width and kNotAscii reach the disk: do not change.
@@ -172,6 +196,7 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     struct Extras {
         std::string filing_key;
         std::string key;
+        std::uint32_t key_hash = 0;
         std::shared_ptr<CVLAttachmentSet> attachments;
         std::shared_ptr<PropertyChangeEvent> change_event;
     };
@@ -189,6 +214,13 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     RecordHandle Allocate(std::size_t units);
     void Free(RecordHandle block, std::size_t units) noexcept;
     void AddSlab(std::size_t units);
+
+    class Recount;
+    using FieldMarks = std::array<bool, kFieldCount>;
+    static std::size_t Index(int field) { return static_cast<std::size_t>(field); }
+    bool AnyCounts() const;
+    template <class Change>
+    void ChangeCounts(RecordHandle record, const FieldMarks& fields, Change change) noexcept;
 
     static void Fill(std::uint8_t* payload, int width, const FieldTexts& fields);
     void PlacePayload(RecordHandle record, std::span<const std::uint8_t> payload);
@@ -211,9 +243,11 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     std::uint64_t next_ = 0;  // the free end of the newest slab, in units
     std::uint64_t end_ = 0;
     std::array<std::uint32_t, 320> free_;  // heads of the lists of free blocks, by size class
-    std::size_t own_keys_ = 0;
+    // The hashes of the records' own keys.
+    std::set<std::pair<std::uint32_t, RecordHandle>> own_keys_;
     std::unordered_map<RecordHandle, Extras> extras_;
     std::unordered_map<RecordHandle, std::weak_ptr<CVLRecord>> objects_;
+    std::array<std::unique_ptr<ValueCounts>, kFieldCount> counts_;
 };
 
 }  // namespace tavolin

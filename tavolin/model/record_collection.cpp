@@ -1,5 +1,8 @@
 #include "tavolin/model/record_collection.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "tavolin/base/text.h"
 #include "tavolin/errors/trap.h"
 #include "tavolin/model/record.h"
@@ -62,6 +65,7 @@ void RecordCollection::File(RecordHandle record, const Placement& placement) {
         records_.store().Part(record);
         throw;
     }
+    if (!IsGuest()) arena_->CountIn(record);
 }
 
 void RecordCollection::Adopt(std::span<const RecordHandle> records) {
@@ -116,18 +120,57 @@ void RecordCollection::CheckKeys(std::span<const RecordHandle> records) const {
 void RecordCollection::Remove(RecordHandle record) {
     MakePlaces();
     // Before the first of several with one key goes, the others must be known to have none.
-    records_.FindKey({});
+    records_.IndexKeys();
     if (!records_.Remove(record)) return;
     records_.store().Part(record);
+    if (!IsGuest()) arena_->CountOut(record);
     arena_->Release(record);
+}
+
+std::vector<RecordHandle> RecordCollection::WithKey(std::string_view key) {
+    std::vector<RecordHandle> found;
+    records_.IndexKeys();  // so that those without a key of their own are known
+    const RecordHandle filed = records_.FindKey(key);
+    if (filed != kNoHandle && !arena_->HasOwnKey(filed)) found.push_back(filed);
+    for (const RecordHandle record : records_.store().keyless) {
+        if (!arena_->HasOwnKey(record) && arena_->FilingKeyEquals(record, key)) {
+            found.push_back(record);
+        }
+    }
+    arena_->ForEachWithOwnKey(key, [&](RecordHandle record) {
+        if (Holds(record)) found.push_back(record);
+    });
+    if (found.size() < 2) return found;
+    MakePlaces();
+    std::vector<std::pair<std::uint32_t, RecordHandle>> places;
+    for (const RecordHandle record : found)
+        places.emplace_back(records_.PositionOf(record), record);
+    std::sort(places.begin(), places.end());
+    std::transform(places.begin(), places.end(), found.begin(),
+                   [](const auto& place) { return place.second; });
+    return found;
+}
+
+bool RecordCollection::HeldByOthers(int field, std::string_view value,
+                                    const CVLRecord& record) const {
+    if (arena_->Counts(field) == nullptr) arena_->MakeCounts(field, AllRecords());
+    const std::uint32_t holders = arena_->Counts(field)->Of(value);
+    const bool own = record.arena() == arena_ && arena_->Counted(record.handle()) &&
+                     EqualFold(arena_->Field(record.handle(), field), value);
+    return holders > (own ? 1u : 0u);
+}
+
+std::vector<RecordHandle> RecordCollection::AllRecords() const {
+    std::vector<RecordHandle> all;
+    all.reserve(records_.size());
+    ForEach([&](RecordHandle record) { all.push_back(record); });
+    return all;
 }
 
 void RecordCollection::MakePlaces() {
     Store& store = records_.store();
     if (!store.guest || store.places_made) return;
-    std::vector<RecordHandle> all;
-    all.reserve(records_.size());
-    ForEach([&](RecordHandle record) { all.push_back(record); });
+    const auto all = AllRecords();
     for (const RecordHandle record : all) store.places.emplace(record, 0);
     store.places_made = true;
     records_.Arrange(all);

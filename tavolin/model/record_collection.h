@@ -63,6 +63,15 @@ class RecordCollection {
         MakePlaces();
         return records_.PositionOf(record) != 0;
     }
+    // The records whose key, as the host sees it, is this one, in their order.
+    std::vector<RecordHandle> WithKey(std::string_view key);
+    // Whether a record of this collection, other than `record`, holds the value in a field, without
+    // regard to case. The first question about a field walks along the collection; every further
+    // one takes constant time, until ForgetHolders. Not for guests.
+    bool HeldByOthers(int field, std::string_view value, const CVLRecord& record) const;
+    void ForgetHolders(int field) {
+        if (!IsGuest()) arena_->DropCounts(field);
+    }
     bool IsGuest() const { return records_.store().guest; }
 
     template <class Body>
@@ -103,6 +112,7 @@ class RecordCollection {
     void CheckKeys(std::span<const RecordHandle> records) const;
     void MakePlaces();
     void File(RecordHandle record, const Placement& placement);
+    std::vector<RecordHandle> AllRecords() const;
 
     std::shared_ptr<RecordArena> arena_;
     Records records_;

@@ -157,16 +157,6 @@ void CVLRecordSet::ReplaceCollection(std::shared_ptr<RecordCollection> records) 
     records_ = std::move(records);
 }
 
-bool CVLRecordSet::ValueOccursMoreThan(int field, std::string_view value, int limit) const {
-    int count = 0;
-    RecordCollection::Cursor cursor(*records_);
-    for (RecordHandle record; (record = cursor.Next()) != kNoHandle;) {
-        if (EqualFold(records_->arena().Field(record, field), value) && ++count > limit)
-            return true;
-    }
-    return false;
-}
-
 void CVLRecordSet::JoinSession(std::shared_ptr<Session> session) {
     records_->arena().JoinSession(std::move(session));
 }

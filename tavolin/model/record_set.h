@@ -204,8 +204,6 @@ class CVLRecordSet {
     void Remove(const std::shared_ptr<CVLRecord>& record);
     void ReplaceCollection(std::shared_ptr<RecordCollection> records);
     const std::shared_ptr<RecordCollection>& Collection() const { return records_; }
-    // Whether more than `limit` records hold the value in that field, without regard to case.
-    bool ValueOccursMoreThan(int field, std::string_view value, int limit) const;
     // About how many bytes the stored form takes.
     std::size_t StateSize() const { return records_->arena().memory(); }
     void WriteProperties(PropertyBagWriter& bag) const;

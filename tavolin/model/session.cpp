@@ -25,21 +25,33 @@ ThreadSessions& OfThisThread() {
     return *Slot();
 }
 
-}  // namespace
-
-std::shared_ptr<Session> Session::Current() {
-    if (!Slot()) return std::make_shared<Session>(std::make_shared<Authority>());
+// The current one, or nothing.
+std::shared_ptr<Session> OfAnEngine() {
+    if (!Slot()) return nullptr;
     auto& sessions = OfThisThread();
     if (auto running = sessions.running.lock()) return running;
     while (!sessions.engines.empty()) {
         if (auto newest = sessions.engines.back().lock()) return newest;
         sessions.engines.pop_back();
     }
-    return std::make_shared<Session>(std::make_shared<Authority>());
+    return nullptr;
+}
+
+}  // namespace
+
+std::shared_ptr<Session> Session::Current() {
+    auto session = OfAnEngine();
+    return session ? session : std::make_shared<Session>(nullptr);
+}
+
+const Authority& Session::Newest() {
+    static const Authority kNobody;
+    const auto session = OfAnEngine();
+    return session && session->authority_ ? *session->authority_ : kNobody;
 }
 
 std::string Session::UserName() const {
-    return authority_->user ? authority_->user->UserName() : "---";
+    return authority().user ? authority().user->UserName() : "---";
 }
 
 SessionScope::SessionScope(const std::shared_ptr<Session>& session)

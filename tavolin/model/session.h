@@ -4,7 +4,8 @@
 // Authority through a Session of the tree's own, so that a tree which another has replaced can be
 // retired: its objects stay readable field by field and answer every change as for a user without
 // rights. Objects that a host makes itself read it through the engine's free session, until they
-// are given to a tree and take that tree's.
+// are given to a tree and take that tree's. Where there was no engine when they were made, they
+// have a floating session, which asks for the newest engine each time.
 #pragma once
 
 #include <functional>
@@ -31,26 +32,27 @@ struct Authority {
 
 class Session {
   public:
+    // Without an authority, a floating session.
     explicit Session(std::shared_ptr<Authority> authority) : authority_(std::move(authority)) {}
 
     // The session of the newest living engine of this thread, or that of the engine whose member is
-    // running. Without any engine, a session in which nobody is logged on.
+    // running. Without any engine, a floating one.
     static std::shared_ptr<Session> Current();
 
-    PermitStateEnum Permission() const { return retired_ ? Undefined : authority_->permission; }
+    PermitStateEnum Permission() const { return retired_ ? Undefined : authority().permission; }
     // The logged-on user's name as it stands in messages: "---" when nobody is logged on.
     std::string UserName() const;
     // The open database's tables, or nothing.
-    std::shared_ptr<CVLTableSet> Tables() const { return retired_ ? nullptr : authority_->tables; }
+    std::shared_ptr<CVLTableSet> Tables() const { return retired_ ? nullptr : authority().tables; }
 
     // The open database's name, or empty.
     std::string DatabaseName() const {
-        return retired_ || !authority_->database_name ? std::string() : authority_->database_name();
+        return retired_ || !authority().database_name ? std::string() : authority().database_name();
     }
     // Whether a path leads to the open database's file or its log, which nothing else may be
     // written onto. A tree that was replaced has to spare the new one's files as well.
     bool IsOwnFile(std::string_view path) const {
-        return authority_->is_own_file && authority_->is_own_file(path);
+        return authority().is_own_file && authority().is_own_file(path);
     }
 
     bool IsOwner() const { return Permission() == Ownership; }
@@ -70,6 +72,11 @@ class Session {
     std::string owner;
 
   private:
+    const Authority& authority() const { return authority_ ? *authority_ : Newest(); }
+    // That of the session that is current now; without any engine, one in which nobody is logged
+    // on.
+    static const Authority& Newest();
+
     std::shared_ptr<Authority> authority_;
     bool retired_ = false;
 };

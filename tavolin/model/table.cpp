@@ -33,8 +33,9 @@ CVLTable::CVLTable(std::shared_ptr<Session> session)
 void CVLTable::Key(std::string_view name) {
     static constexpr const char* kSource = "CVLTable:Key Property Let";
     Trap(kSource, [&] {
-        if (set_ != nullptr) set_->Rename(*this, name, kSource);
-        key_ = name;
+        const std::string kept(name);  // it may be one of the names that follow
+        if (set_ != nullptr) set_->Rename(*this, kept, kSource);
+        key_ = kept;
     });
 }
 
@@ -45,7 +46,7 @@ const std::string& CVLTable::ReferencedTable(int TableNum) const {
 
 void CVLTable::ReferencedTable(int TableNum, std::string_view name) {
     Trap("CVLTable:ReferencedTable Property Let",
-         [&] { referenced_[CheckedSlot(TableNum)] = name; });
+         [&] { SetMention(referenced_[CheckedSlot(TableNum)], name); });
 }
 
 const std::string& CVLTable::LinkedTable(int number0to9) const {
@@ -54,7 +55,7 @@ const std::string& CVLTable::LinkedTable(int number0to9) const {
 }
 
 void CVLTable::LinkedTable(int number0to9, std::string_view name) {
-    Trap("CVLTable:LinkedTable Property Let", [&] { linked_[CheckedSlot(number0to9)] = name; });
+    Trap("CVLTable:LinkedTable Property Let", [&] { SetLink(CheckedSlot(number0to9), name); });
 }
 
 std::uint8_t CVLTable::NumberOfLinkedTables() const {
@@ -172,22 +173,17 @@ std::shared_ptr<CVLRecord> CVLTable::AttachToRecord(const RecordArgument& record
 }
 
 std::vector<RecordHandle> CVLTable::Matches(std::string_view value, bool is_key, int field) const {
+    if (is_key) return records_->Collection()->WithKey(value);
     const RecordCollection& records = *records_->Collection();
     const RecordArena& arena = records.arena();
     std::vector<RecordHandle> matches;
-    if (is_key && !arena.AnyOwnKeys()) {
-        const RecordHandle record = records.Find(value);
-        if (record != kNoHandle) matches.push_back(record);
-        return matches;
-    }
     const TextSearcher searcher(value);
     const auto found_in = [&](std::string_view text, RecordHandle record) {
         return searcher.FoundInPadded(text, arena.IsAscii(record));
     };
     records.ForEach([&](RecordHandle record) {
-        const bool match = is_key              ? EqualFold(arena.Key(record), value)
-                           : field == kNoField ? found_in(arena.AllFields(record), record)
-                                               : found_in(arena.Field(record, field), record);
+        const bool match = found_in(
+            field == kNoField ? arena.AllFields(record) : arena.Field(record, field), record);
         if (match) matches.push_back(record);
     });
     return matches;
@@ -234,16 +230,18 @@ int CVLTable::FieldNumber(const FieldArgument& field) const {
 }
 
 void CVLTable::FollowRename(std::string_view old_name, std::string_view new_name) {
-    for (Names* names : {&referenced_, &linked_}) {
-        for (std::string& name : *names) {
-            if (!name.empty() && EqualFold(name, old_name)) name = new_name;
-        }
+    for (std::size_t i = 0; i < kFieldCount; ++i) {
+        const auto follows = [&](const std::string& name) {
+            return !name.empty() && EqualFold(name, old_name);
+        };
+        if (follows(referenced_[i])) SetMention(referenced_[i], new_name);
+        if (follows(linked_[i])) SetLink(i, new_name);
     }
 }
 
 void CVLTable::WriteProperties(PropertyBagWriter& bag) const {
     bag.Write("k", key_);
-    bag.WriteByte("nk", type_);
+    bag.WriteByte("nk", static_cast<std::uint8_t>(type_));
     bag.WriteByte("pkt0", primary_key_.Part0);
     bag.WriteByte("pkt1", primary_key_.Part1);
     bag.WriteByte("pkt2", primary_key_.Part2);

@@ -100,13 +100,14 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     void Remove(IndexKey RecordNumOrKey);
 
     // Takes the links from this table to another away and returns the other. Asks for `Ownership`,
-    // else GetUserIsNotDBOwnerError. Records stay.
+    // else GetUserIsNotDBOwnerError. A table of another set raises 5. Records stay.
     std::shared_ptr<CVLTable> Unlink(const TableArgument& LinkedTable);
 
     // Makes a field a foreign key into a table and returns that table, which gets a record for
     // every value of the field that is no key there yet, unless this table was linked to it before.
     // Asks for a right to write, else GetUserPermissionToRWError. A field above 9 raises
-    // GetReferencedFldNotFoundError. After a failure in the middle the changes made so far stay.
+    // GetReferencedFldNotFoundError, a table of another set 5. After a failure in the middle the
+    // changes made so far stay.
     std::shared_ptr<CVLTable> Link(int fldNum0to9, const TableArgument& toTable);
 
     // CVLRecordSet::Item.
@@ -137,7 +138,8 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     void FreeFromInOutLinks();
 
     // Deletes, depth first, every table of `useTableSet` that only this one's links refer to. Asks
-    // for `Ownership`. Tables that others refer to stay and lose the reference to this one.
+    // for `Ownership`. Tables that others refer to stay and lose the reference to this one. A set
+    // that this table is not in raises 5.
     void DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet);
 
     // CVLRecordSet::MakeItText, MakeItHTML and MakeItMDB for the records, with the table's labels,
@@ -163,6 +165,11 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     const CVLTableSet* set() const { return set_; }
     void JoinSession(std::shared_ptr<Session> session);
     void NameResult(std::string_view key) { key_ = key; }
+    template <class Body>
+    void ForEachMention(Body&& body) const {
+        for (const std::string& name : linked_) body(name);
+        for (const std::string& name : referenced_) body(name);
+    }
     void FollowRename(std::string_view old_name, std::string_view new_name);
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
@@ -180,6 +187,8 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
     Fillings PlanFillings(const std::shared_ptr<CVLTableSet>& tables) const;
     static void Fill(const Fillings& fillings, const CVLRecord& record, std::int32_t n_key);
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table, const char* source) const;
+    void SetMention(std::string& mention, std::string_view name);
+    void SetLink(std::size_t field, std::string_view target);
     void DropOldLink(int field, const std::string& new_target);
     bool NoteReferenceFrom(std::string_view table);
     void ClearReferencesTo(std::string_view table);

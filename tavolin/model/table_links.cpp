@@ -1,6 +1,7 @@
 // How tables hang together: linking and unlinking, the records that a reference brings along, and
 // the tables that a deletion takes along.
 #include <algorithm>
+#include <bit>
 #include <utility>
 #include <vector>
 
@@ -45,10 +46,14 @@ class CVLTable::Filling {
   public:
     Filling(const std::shared_ptr<CVLTableSet>& tables, CVLTable& first) {
         chain_.push_back(first.shared_from_this());
+        // In a circle one of the tables that are looked back for comes again in the end. Those that
+        // came twice before it do no harm: a value that was added to them once is a key there.
+        const CVLTable* passed = &first;
         while (chain_.back()->foreign_[0]) {
             auto next = tables->Item(chain_.back()->linked_[0]);
-            if (std::find(chain_.begin(), chain_.end(), next) != chain_.end()) break;
+            if (next.get() == passed) break;
             chain_.push_back(std::move(next));
+            if (std::has_single_bit(chain_.size())) passed = chain_.back().get();
         }
     }
 
@@ -129,6 +134,8 @@ std::shared_ptr<CVLTable> CVLTable::Resolve(const TableArgument& table, const ch
     if (set_ == nullptr || found->set_ == nullptr) {
         Raise(CVLErrorNum::GetTableNotFoundError(), source, Message("Table Not Found!"));
     }
+    // Links are names, which mean nothing in another set.
+    if (found->set_ != set_) RaiseRunTime(kInvalidCall);
     return found;
 }
 
@@ -141,11 +148,10 @@ std::shared_ptr<CVLTable> CVLTable::Link(int fldNum0to9, const TableArgument& to
                   Message("Referenced Field Not Found!"));
         }
         auto target = Resolve(toTable, kSource);
-        AskToLink(*target->session_, kSource);  // it may be of another tree
         const auto field = static_cast<std::size_t>(fldNum0to9);
         DropOldLink(fldNum0to9, target->key_);
+        SetLink(field, target->key_);
         foreign_[field] = true;
-        linked_[field] = target->key_;
         if (target->NoteReferenceFrom(key_)) FillFrom(fldNum0to9, *target);
         target->type_ = isLinkedTable;
         OnFieldSetAsForeignKey.Fire(names_[field]);
@@ -159,15 +165,30 @@ bool CVLTable::NoteReferenceFrom(std::string_view table) {
     const auto same = [&](const std::string& name) { return EqualFold(name, table); };
     if (std::any_of(referenced_.begin(), referenced_.end(), same)) return false;
     const auto free = std::find(referenced_.begin(), referenced_.end(), std::string());
-    if (free != referenced_.end()) *free = table;
+    if (free != referenced_.end()) SetMention(*free, table);
     return true;
+}
+
+// Every change of a table's links and slots goes through here.
+void CVLTable::SetMention(std::string& mention, std::string_view name) {
+    std::string copy(name);
+    if (set_ != nullptr) set_->links().Remove(mention, *this);
+    mention.clear();
+    if (set_ != nullptr) set_->links().Add(copy, *this);
+    mention = std::move(copy);
+}
+
+// A field that links to nothing needs no counts.
+void CVLTable::SetLink(std::size_t field, std::string_view target) {
+    SetMention(linked_[field], target);
+    if (linked_[field].empty()) records_->Collection()->ForgetHolders(static_cast<int>(field));
 }
 
 void CVLTable::DropOldLink(int field, const std::string& new_target) {
     const auto at = static_cast<std::size_t>(field);
     const std::string old_target = linked_[at];
     if (old_target.empty() || EqualFold(old_target, new_target)) return;
-    linked_[at].clear();
+    SetLink(at, {});
     const auto tables = session_->Tables();
     if (RefersTo(old_target) || !tables || tables.get() != set_) return;
     const auto old_table = tables->Lookup(old_target);
@@ -178,7 +199,7 @@ void CVLTable::DropOldLink(int field, const std::string& new_target) {
 
 void CVLTable::ClearReferencesTo(std::string_view table) {
     for (std::string& name : referenced_) {
-        if (EqualFold(name, table)) name.clear();
+        if (EqualFold(name, table)) SetMention(name, {});
     }
 }
 
@@ -206,7 +227,6 @@ std::shared_ptr<CVLTable> CVLTable::Unlink(const TableArgument& LinkedTable) {
             if (error.number() != CVLErrorNum::GetTableNotFoundError()) throw;
             Raise(error.number(), kSource, Message("Table: ", LinkedTable.Text(), " Not Found!"));
         }
-        AskToUnlink(*target->session_, kSource);
         target->ClearReferencesTo(key_);
         ForgetLinksTo(target->key_);
         target->RecomputeType();
@@ -217,7 +237,7 @@ std::shared_ptr<CVLTable> CVLTable::Unlink(const TableArgument& LinkedTable) {
 void CVLTable::ForgetLinksTo(std::string_view table) {
     for (std::size_t i = 0; i < kFieldCount; ++i) {
         if (!EqualFold(linked_[i], table)) continue;
-        linked_[i].clear();
+        SetLink(i, {});
         foreign_[i] = false;
     }
 }
@@ -229,9 +249,9 @@ void CVLTable::FreeFromInOutLinks() {
         if (is_result_) RaiseRunTime(kInvalidCall);
         const auto tables = session_->Tables();
         if (tables && tables.get() == set_) FreeInSet(*tables);
-        linked_.fill({});
+        for (std::size_t i = 0; i < kFieldCount; ++i) SetLink(i, {});
         foreign_.fill(false);
-        referenced_.fill({});
+        for (std::string& name : referenced_) SetMention(name, {});
         RecomputeType();
     });
 }
@@ -242,7 +262,7 @@ void CVLTable::FreeInSet(const CVLTableSet& tables) {
         if (target) Unlink(target);
     }
     // Not only those that the ten slots have room for.
-    for (const auto& referrer : tables.NewEnum()) {
+    for (CVLTable* const referrer : tables.links().All(key_)) {
         if (referrer->RefersTo(key_)) referrer->Unlink(shared_from_this());
     }
 }
@@ -311,10 +331,9 @@ class CVLTable::Cascade {
     }
 
     bool OthersReferTo(const CVLTable& target, const CVLTable& table) const {
-        for (const auto& other : tables_->NewEnum()) {
-            if (other.get() != &table && other->RefersTo(target.key_)) return true;
-        }
-        return false;
+        return tables_->links().Any(target.key_, [&](const CVLTable& other) {
+            return &other != &table && other.RefersTo(target.key_);
+        });
     }
 
     std::shared_ptr<CVLTableSet> tables_;
@@ -326,7 +345,9 @@ void CVLTable::DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet) {
     Trap(kSource, [&] {
         AskToUnlink(*session_, kSource);
         if (!useTableSet) RaiseRunTime(kObjectNotSet);
-        if (is_result_) RaiseRunTime(kInvalidCall);
+        if (is_result_ || (set_ != nullptr && useTableSet.get() != set_)) {
+            RaiseRunTime(kInvalidCall);
+        }
         Cascade(useTableSet).Run(shared_from_this());
     });
 }

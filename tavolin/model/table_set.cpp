@@ -2,6 +2,7 @@
 
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
+#include "tavolin/model/field_argument.h"
 #include "tavolin/model/navigation.h"
 #include "tavolin/model/permission.h"
 #include "tavolin/model/session.h"
@@ -38,6 +39,7 @@ void CVLTableSet::Detach() {
     tables_->ForEach([this](const std::shared_ptr<CVLTable>& table) {
         if (table->set() == this) table->JoinSet(nullptr);
     });
+    links_.Clear();
 }
 
 bool CVLTableSet::CanAdd(IndexKey Key) const {
@@ -50,6 +52,7 @@ std::shared_ptr<CVLTable> CVLTableSet::Add(std::string_view Key, TableEnum Table
     static constexpr const char* kSource = "CVLTableSet:Add Method";
     return Trap(kSource, [&] {
         AskWrite(*session_, kSource);
+        CheckedByte(TableType);
         if (Key.empty()) RaiseRunTime(kInvalidCall);
         if (tables_->Contains(Key)) RaiseTaken(kSource);
         auto table = std::make_shared<CVLTable>(session_);
@@ -77,6 +80,7 @@ std::shared_ptr<CVLTable> CVLTableSet::Update(IndexKey varKey, TableEnum TableTy
         if (!table) {
             Raise(CVLErrorNum::GetTableUpDateError(), kSource, Message("Table Does Not Exist!"));
         }
+        CheckedByte(TableType);
         if (RecordSet) table->CVLRecordSet(std::move(RecordSet));
         table->SetSpecificType(TableType);
         for (int i = 0; i < kFieldCount; ++i) {
@@ -112,9 +116,11 @@ void CVLTableSet::Remove(IndexKey vntIndexKey) {
     static constexpr const char* kSource = "CVLTableSet:Remove Method";
     Trap(kSource, [&] {
         AskToRemove();
-        if (!tables_->Find(vntIndexKey)) RaiseNotFound(kSource);
-        const auto table = tables_->Remove(vntIndexKey);
-        if (table->set() == this) table->JoinSet(nullptr);
+        const auto table = tables_->Find(vntIndexKey);
+        if (!table) RaiseNotFound(kSource);
+        table->ForEachMention([&](const std::string& name) { links_.Remove(name, *table); });
+        tables_->Remove(vntIndexKey);
+        table->JoinSet(nullptr);
         OnTableRemove.Fire(table);
     });
 }
@@ -130,8 +136,7 @@ void CVLTableSet::Rename(const CVLTable& table, std::string_view name, const cha
     if (other && other.get() != &table) RaiseTaken(source);
     const std::string old_name = table.Key();
     if (tables_->Find(old_name).get() == &table) tables_->Rename(old_name, name);
-    tables_->ForEach(
-        [&](const std::shared_ptr<CVLTable>& each) { each->FollowRename(old_name, name); });
+    for (CVLTable* const each : links_.All(old_name)) each->FollowRename(old_name, name);
 }
 
 void CVLTableSet::JoinSession(std::shared_ptr<Session> session) {
@@ -148,8 +153,13 @@ void CVLTableSet::ReadProperties(PropertyBagReader& bag) {
     auto tables = ReadCollection<CVLTable>(
         bag, "ListsCount", "List", [this] { return std::make_shared<CVLTable>(session_); },
         [](const CVLTable& table) { return std::string_view(table.Key()); });
+    LinkIndex links;
+    tables->ForEach([&](const std::shared_ptr<CVLTable>& table) {
+        table->ForEachMention([&](const std::string& name) { links.Add(name, *table); });
+    });
     Detach();
     tables_ = std::move(tables);
+    links_ = std::move(links);
     tables_->ForEach([this](const std::shared_ptr<CVLTable>& table) { table->JoinSet(this); });
 }
 

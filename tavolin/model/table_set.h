@@ -16,6 +16,7 @@
 #include "tavolin/base/event.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/index_key.h"
+#include "tavolin/model/link_index.h"
 #include "tavolin/model/object_collection.h"
 #include "tavolin/model/table.h"
 #include "tavolin/model/types.h"
@@ -38,7 +39,8 @@ class CVLTableSet {
     bool CanAdd(IndexKey Key) const;
 
     // Adds a table at the end and returns it; its labels start equal to its field names. A name
-    // that is taken raises GetTableAddError, an empty one 5.
+    // that is taken raises GetTableAddError, an empty one 5. A type outside 0 to 255 raises 6, here
+    // and in Update.
     std::shared_ptr<CVLTable> Add(std::string_view Key, TableEnum TableType,
                                   std::shared_ptr<CVLRecordSet> RecordSet = nullptr,
                                   const FieldTexts& FieldNames = {});
@@ -101,6 +103,9 @@ class CVLTableSet {
     // The element, if it is in the set, whatever its key is.
     void Remove(const CVLTable& table);
     void Rename(const CVLTable& table, std::string_view name, const char* source);
+    // What the tables of the set mention of each other; they keep it up.
+    LinkIndex& links() { return links_; }
+    const LinkIndex& links() const { return links_; }
     // Raises what Remove raises without `Ownership`.
     void AskToRemove() const;
     void JoinSession(std::shared_ptr<Session> session);
@@ -114,6 +119,7 @@ class CVLTableSet {
 
     std::shared_ptr<Session> session_;
     std::shared_ptr<Tables> tables_ = std::make_shared<Tables>();
+    LinkIndex links_;
 };
 
 }  // namespace tavolin

@@ -17,7 +17,7 @@ enum PermitStateEnum : std::int32_t {
     Undefined = 9,
 };
 
-enum TableEnum : std::uint8_t { isPrimaryTable = 1, isLinkedTable = 2 };
+enum TableEnum : std::int32_t { isPrimaryTable = 1, isLinkedTable = 2 };
 
 enum attachmentEnum : std::int32_t { Miscellenius = 1, aPicture = 2, aSound = 3, aMovie = 4 };
 

@@ -49,6 +49,9 @@ inline constexpr std::uint32_t kPropertyBagVersion = 1;
 inline constexpr std::size_t kMaxPropertyKeys = 65535;  // different key names in one bag
 inline constexpr std::size_t kMaxPropertyDepth = 64;    // objects within objects
 
+// Whether the array carries a checksum over its contents.
+enum class BagSeal { kNone, kChecksum };
+
 // Writes keys in the order of the calls. A key should be written once within its object: a reader
 // finds the first. Beyond the limits above std::length_error is raised; after that, or after any
 // exception on the way, the writer is good for nothing but its destruction.
@@ -109,8 +112,9 @@ class PropertyBagWriter {
     // The bytes between the start of the array and here: where the next item will begin.
     std::size_t size() const { return out_.size(); }
 
-    // The finished array. Every object and block run must have ended.
-    ByteBuffer Finish() &&;
+    // The finished array. Every object and block run must have ended. One that never leaves the
+    // process needs no checksum; only a reader that is told so takes it.
+    ByteBuffer Finish(BagSeal seal = BagSeal::kChecksum) &&;
 
   private:
     struct TextHash {
@@ -155,10 +159,8 @@ class PropertyBagReader {
   public:
     explicit PropertyBagReader(std::span<const std::uint8_t> bytes);
     // The same for an array that TakeBlocks may give parts of away.
-    explicit PropertyBagReader(std::shared_ptr<ByteBuffer> bytes)
-        : PropertyBagReader(std::span<const std::uint8_t>(*bytes)) {
-        owner_ = std::move(bytes);
-    }
+    explicit PropertyBagReader(std::shared_ptr<ByteBuffer> bytes,
+                               BagSeal seal = BagSeal::kChecksum);
     PropertyBagReader(const PropertyBagReader&) = delete;
     PropertyBagReader& operator=(const PropertyBagReader&) = delete;
 
@@ -237,7 +239,8 @@ class PropertyBagReader {
         PropertyBagReader& reader_;
     };
 
-    void CheckHeader() const;
+    PropertyBagReader(std::span<const std::uint8_t> bytes, BagSeal seal);
+    void CheckHeader(BagSeal seal) const;
     void ReadKeyTable(std::size_t offset);
     Item ItemAt(std::size_t at) const;
     [[noreturn]] void RefuseItem(std::size_t at) const;

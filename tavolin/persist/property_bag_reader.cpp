@@ -116,8 +116,17 @@ bool KnownType(std::uint8_t type) {
 
 }  // namespace
 
-PropertyBagReader::PropertyBagReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {
-    CheckHeader();
+PropertyBagReader::PropertyBagReader(std::span<const std::uint8_t> bytes)
+    : PropertyBagReader(bytes, BagSeal::kChecksum) {}
+
+PropertyBagReader::PropertyBagReader(std::shared_ptr<ByteBuffer> bytes, BagSeal seal)
+    : PropertyBagReader(std::span<const std::uint8_t>(*bytes), seal) {
+    owner_ = std::move(bytes);
+}
+
+PropertyBagReader::PropertyBagReader(std::span<const std::uint8_t> bytes, BagSeal seal)
+    : bytes_(bytes) {
+    CheckHeader(seal);
     const auto key_table = LoadLittle<std::uint64_t>(bytes.data() + kKeyTableAt);
     if (key_table < kItemsAt || key_table > bytes.size()) {
         RefuseHeader("the key table is not where it is said to be");
@@ -127,7 +136,7 @@ PropertyBagReader::PropertyBagReader(std::span<const std::uint8_t> bytes) : byte
     frames_[0] = {kItemsAt, kItemsAt, static_cast<std::size_t>(key_table), {}, 0};
 }
 
-void PropertyBagReader::CheckHeader() const {
+void PropertyBagReader::CheckHeader(BagSeal seal) const {
     const std::uint8_t* header = bytes_.data();
     if (bytes_.size() < kVersionAt + 4 || std::memcmp(header, kMagic, sizeof kMagic) != 0) {
         RefuseHeader("this is not a property bag");
@@ -148,7 +157,8 @@ void PropertyBagReader::CheckHeader() const {
         RefuseHeader("says " + std::to_string(length) + " bytes, there are " +
                      std::to_string(bytes_.size()));
     }
-    if (LoadLittle<std::uint64_t>(header + kChecksumAt) != Checksum(bytes_.subspan(kLengthAt))) {
+    if (seal == BagSeal::kChecksum &&
+        LoadLittle<std::uint64_t>(header + kChecksumAt) != Checksum(bytes_.subspan(kLengthAt))) {
         RefuseHeader("the checksum does not match the bytes");
     }
 }

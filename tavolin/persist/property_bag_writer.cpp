@@ -143,7 +143,7 @@ void PropertyBagWriter::WriteBlocks(std::string_view key, std::span<const std::u
     EndBlocks();
 }
 
-ByteBuffer PropertyBagWriter::Finish() && {
+ByteBuffer PropertyBagWriter::Finish(BagSeal seal) && {
     assert(depth_ == 0);
     const std::size_t key_table = size();
     PutVarint(keys_.size());
@@ -156,7 +156,9 @@ ByteBuffer PropertyBagWriter::Finish() && {
     StoreLittle(header + kVersionAt, kPropertyBagVersion);
     StoreLittle<std::uint64_t>(header + kLengthAt, size());
     StoreLittle<std::uint64_t>(header + kKeyTableAt, key_table);
-    StoreLittle(header + kChecksumAt, Checksum(out_.bytes().subspan(kLengthAt)));
+    if (seal == BagSeal::kChecksum) {
+        StoreLittle(header + kChecksumAt, Checksum(out_.bytes().subspan(kLengthAt)));
+    }
     return std::move(out_);
 }
 

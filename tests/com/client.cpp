@@ -83,7 +83,7 @@ void Sink::Stop() {
 
 void ClientTest::SetUp() {
     ASSERT_EQ(::CoInitialize(nullptr), S_OK);
-    const std::wstring manifest = ComponentFolder() + L"\\Tavolin.manifest";
+    const std::wstring manifest = ComponentFolder() + L"\\Tavolin.Automation.manifest";
     ACTCTXW context{};
     context.cbSize = sizeof context;
     context.lpSource = manifest.c_str();

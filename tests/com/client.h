@@ -15,7 +15,7 @@ namespace tavolin_client {
 
 using tavolin::com::Ref;
 
-// The folder with Tavolin.dll and Tavolin.manifest.
+// The folder with Tavolin.dll and Tavolin.Automation.manifest.
 std::wstring ComponentFolder();
 
 // A text argument.
@@ -130,8 +130,9 @@ class ClientTest : public ::testing::Test {
     Ref<::_CVLDBEngine> engine;
     Ref<::_CVLTable> customers;
 
-  private:
     HANDLE context_ = INVALID_HANDLE_VALUE;
+
+  private:
     ULONG_PTR activation_ = 0;
     std::wstring folder_;
 };

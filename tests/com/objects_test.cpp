@@ -1,4 +1,7 @@
 #include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 #include "tests/com/client.h"
@@ -8,6 +11,15 @@ namespace {
 
 constexpr HRESULT kMismatch = static_cast<HRESULT>(0x800A000Du);
 constexpr HRESULT kNoSuchMember = static_cast<HRESULT>(0x800A01B6u);
+
+// The header offers no literal where a text belongs.
+template <class Engine, class = void>
+constexpr bool kLeavesTextsOut = false;
+template <class Engine>
+constexpr bool
+    kLeavesTextsOut<Engine, std::void_t<decltype(std::declval<Engine&>().MakeItText(BSTR()))>> =
+        true;
+static_assert(!kLeavesTextsOut<::_CVLDBEngine>);
 
 class ObjectTest : public ClientTest {
   protected:
@@ -31,9 +43,15 @@ TEST_F(ObjectTest, TheSameThingIsTheSameObject) {
     auto last = Got<::_CVLRecord>(tables.get(), &::_CVLTableSet::LastTable);
     EXPECT_TRUE(Same(last.get(), customers.get()));
     EXPECT_EQ(Read(last.get(), &::_CVLRecord::get_Key), L"Customers");
-    LONG number = 0;
+    LONG number = 5;
     Text text;
-    EXPECT_EQ(last->get_nKey(&number), kNoSuchMember);
+    EXPECT_EQ(Failure(last->get_nKey(&number)),
+              L"800A01B6 Tavolin: A table has no such member of a record");
+    EXPECT_EQ(number, 0);
+    EXPECT_EQ(last->get_nKey(nullptr), E_POINTER);
+    EXPECT_EQ(
+        Ref<ISupportErrorInfo>::Of(last.get())->InterfaceSupportsErrorInfo(__uuidof(::_CVLRecord)),
+        S_OK);
     EXPECT_EQ(last->get_prop(0, text.out()), kNoSuchMember);
     ::_CVLRecord* wrong = last.get();
     Ref<::_CVLRecord> result;
@@ -261,9 +279,87 @@ TEST_F(ObjectTest, WhatCannotBeCreated) {
     EXPECT_EQ(number, -2147160800);
 }
 
+// What a failed call says is about that call.
+TEST_F(ObjectTest, ErrorInformationIsOfTheLastCall) {
+    OpenShop();
+    Ref<::_CVLTable> table;
+    VARIANT_BOOL done = VARIANT_FALSE;
+    EXPECT_EQ(engine->GetTable(Any(L"None"), table.slot()), static_cast<HRESULT>(0x8004EA69u));
+    EXPECT_EQ(Failure(engine->get_DBName(nullptr)), L"80004003");
+    auto* stranger = reinterpret_cast<::_CVLDBUser*>(customers.get());
+    EXPECT_EQ(Failure(engine->LogOnAsUser(stranger, &done)), L"800A000D Tavolin: Type mismatch");
+}
+
+// The component as a part of a program that names it in its manifest.
+TEST_F(ObjectTest, ADependencyOfAProgram) {
+    std::ifstream own(std::filesystem::path(ComponentFolder()) / L"Tavolin.Automation.manifest");
+    const std::string text{std::istreambuf_iterator<char>(own), {}};
+    const auto begin = text.find("<assemblyIdentity");
+    ASSERT_NE(begin, std::string::npos);
+    const std::string identity = text.substr(begin, text.find("/>", begin) + 2 - begin);
+    const auto manifest = std::filesystem::path(folder()) / L"program.manifest";
+    std::ofstream(manifest) << "<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" "
+                               "manifestVersion=\"1.0\"><dependency><dependentAssembly>"
+                            << identity << "</dependentAssembly></dependency></assembly>";
+    const std::wstring assemblies = ComponentFolder();
+    ACTCTXW program{};
+    program.cbSize = sizeof program;
+    program.dwFlags = ACTCTX_FLAG_ASSEMBLY_DIRECTORY_VALID;
+    program.lpSource = manifest.c_str();
+    program.lpAssemblyDirectory = assemblies.c_str();
+    const HANDLE context = ::CreateActCtxW(&program);
+    ASSERT_NE(context, INVALID_HANDLE_VALUE) << ::GetLastError();
+    ULONG_PTR activation = 0;
+    ASSERT_TRUE(::ActivateActCtx(context, &activation));
+    EXPECT_TRUE(New<::_CVLRecord>(__uuidof(::CVLRecord)));
+    ::DeactivateActCtx(0, activation);
+    ::ReleaseActCtx(context);
+}
+
 // A bare pointer in another thread is refused; a marshalled one works, errors included.
 TEST_F(ObjectTest, OtherApartments) {
     OpenShop();
+    auto container = Ref<IConnectionPointContainer>::Of(engine.get());
+    Ref<IConnectionPoint> point;
+    Ref<IEnumConnections> connections;
+    ASSERT_EQ(container->FindConnectionPoint(__uuidof(::__CVLDBEngine), point.slot()), S_OK);
+    ASSERT_EQ(point->EnumConnections(connections.slot()), S_OK);
+    auto user = Got<::_CVLDBUser>(engine.get(), &::_CVLDBEngine::get_LogedOnUser);
+    std::vector<HRESULT> bare_calls;
+    // Everything that a bare pointer of this thread can be asked, or be an argument of, in another.
+    const auto call_bare = [&] {
+        Observer sink;
+        Ref<IConnectionPoint> found;
+        Ref<IEnumConnectionPoints> points;
+        Ref<IEnumConnections> copy;
+        CONNECTDATA data{};
+        DWORD cookie = 0;
+        IID iid{};
+        IConnectionPointContainer* back = nullptr;
+        bare_calls = {container->FindConnectionPoint(__uuidof(::__CVLDBEngine), found.slot()),
+                      container->EnumConnectionPoints(points.slot()),
+                      point->Advise(&sink, &cookie),
+                      point->Unadvise(1),
+                      point->EnumConnections(copy.slot()),
+                      point->GetConnectionInterface(&iid),
+                      point->GetConnectionPointContainer(&back),
+                      connections->Next(1, &data, nullptr),
+                      connections->Clone(copy.slot())};
+        ULONG_PTR activation = 0;
+        ::ActivateActCtx(context_, &activation);
+        {
+            auto own = New<::_CVLDBEngine>(__uuidof(::CVLDBEngine));
+            VARIANT_BOOL done = VARIANT_FALSE;
+            Ref<::_CVLTable> table;
+            VARIANT of_another{};
+            of_another.vt = VT_DISPATCH;
+            of_another.pdispVal = customers.get();
+            bare_calls.push_back(own->LogOnAsUser(user.get(), &done));
+            bare_calls.push_back(own->GetTable(of_another, table.slot()));
+            EXPECT_EQ(sink.references, 1u);
+        }
+        ::DeactivateActCtx(0, activation);
+    };
     Ref<IStream> stream;
     ASSERT_EQ(::CoMarshalInterThreadInterfaceInStream(__uuidof(::_CVLDBEngine), engine.get(),
                                                       stream.slot()),
@@ -277,6 +373,7 @@ TEST_F(ObjectTest, OtherApartments) {
         ::CoInitialize(nullptr);
         Text name;
         bare = engine->get_DBName(name.out());
+        call_bare();
         Ref<::_CVLDBEngine> proxy;
         marshalled = ::CoGetInterfaceAndReleaseStream(stream.Detach(), __uuidof(::_CVLDBEngine),
                                                       proxy.out());
@@ -300,6 +397,7 @@ TEST_F(ObjectTest, OtherApartments) {
     }
     other.join();
     EXPECT_EQ(bare, RPC_E_WRONG_THREAD);
+    EXPECT_EQ(bare_calls, std::vector<HRESULT>(11, RPC_E_WRONG_THREAD));
     EXPECT_EQ(marshalled, S_OK);
     EXPECT_EQ(key, L"Customers");
     EXPECT_EQ(failed, static_cast<HRESULT>(0x8004EA69u));

@@ -1,6 +1,7 @@
 // The type library, read back from the component and compared with the table of the boundary: one
 // line a member, "Interface id kind Name(parameters)", parameters as "Name:type=default", "?" where
-// one is optional without a default, "&" where it is passed by reference.
+// one is optional without a default, "&" where it is passed by reference. Before its members stands
+// a line "Interface {id} flags", and lines for the library and the classes have their ids as well.
 #include <algorithm>
 #include <fstream>
 #include <sstream>
@@ -14,6 +15,12 @@ std::string Narrow(BSTR text) {
     std::string narrow;
     for (UINT i = 0; i < ::SysStringLen(text); ++i) narrow += static_cast<char>(text[i]);
     return narrow;
+}
+
+std::string Guid(REFGUID guid) {
+    wchar_t text[40];
+    ::StringFromGUID2(guid, text, 40);
+    return " " + Narrow(Text(text));
 }
 
 class Description {
@@ -35,6 +42,7 @@ class Description {
             case TKIND_RECORD:
                 return WriteFields(lines);
             case TKIND_DISPATCH:
+                lines.push_back(Name() + Guid(attributes_->guid) + Flags());
                 return WriteMembers(lines);
             case TKIND_COCLASS:
                 return WriteClass(lines);
@@ -99,11 +107,29 @@ class Description {
         }
     }
 
+    // The interface's flags, which are those of its table of functions.
+    std::string Flags() const {
+        if ((attributes_->wTypeFlags & TYPEFLAG_FDUAL) == 0) return "";
+        HREFTYPE handle = 0;
+        info_->GetRefTypeOfImplType(static_cast<UINT>(-1), &handle);
+        const Description table(Referred(handle));
+        const bool automation = (table.attributes_->wTypeFlags & TYPEFLAG_FOLEAUTOMATION) != 0;
+        return automation ? " dual oleautomation" : " dual";
+    }
+
+    // The members must stand in the order of the table of functions, without a gap.
     void WriteMembers(std::vector<std::string>& lines) const {
+        int previous = -1;
         for (UINT i = 0; i < attributes_->cFuncs; ++i) {
             FUNCDESC* function = nullptr;
             info_->GetFuncDesc(i, &function);
-            if (function->memid < 0x60000000) lines.push_back(Line(*function));
+            const bool dual = (attributes_->wTypeFlags & TYPEFLAG_FDUAL) != 0;
+            const int slot = function->oVft / static_cast<int>(sizeof(void*));
+            if (function->memid < 0x60000000) {
+                const bool next = !dual || previous < 0 || slot == previous + 1;
+                lines.push_back(Line(*function) + (next ? "" : " out of order"));
+                previous = slot;
+            }
             info_->ReleaseFuncDesc(function);
         }
     }
@@ -142,7 +168,7 @@ class Description {
     }
 
     void WriteClass(std::vector<std::string>& lines) const {
-        std::string line = "class " + Name();
+        std::string line = "class " + Name() + Guid(attributes_->guid);
         if ((attributes_->wTypeFlags & TYPEFLAG_FCANCREATE) != 0) line += " creatable";
         if ((attributes_->wTypeFlags & TYPEFLAG_FAPPOBJECT) != 0) line += " global";
         for (UINT i = 0; i < attributes_->cImplTypes; ++i) {
@@ -150,6 +176,7 @@ class Description {
             INT flags = 0;
             info_->GetRefTypeOfImplType(i, &handle);
             info_->GetImplTypeFlags(i, &flags);
+            if ((flags & IMPLTYPEFLAG_FDEFAULT) != 0) line += " default";
             line += ((flags & IMPLTYPEFLAG_FSOURCE) != 0 ? " source " : " ") +
                     Description(Referred(handle)).Name();
         }
@@ -166,6 +193,13 @@ TEST(TypeLibrary, IsTheBoundary) {
                               library.slot()),
               S_OK);
     std::vector<std::string> found;
+    TLIBATTR* attributes = nullptr;
+    ASSERT_EQ(library->GetLibAttr(&attributes), S_OK);
+    Text name;
+    library->GetDocumentation(-1, name.out(), nullptr, nullptr, nullptr);
+    found.push_back("library " + Narrow(name) + " " + std::to_string(attributes->wMajorVerNum) +
+                    "." + std::to_string(attributes->wMinorVerNum) + Guid(attributes->guid));
+    library->ReleaseTLibAttr(attributes);
     for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
         Ref<ITypeInfo> info;
         library->GetTypeInfo(i, info.slot());

@@ -95,27 +95,6 @@ TEST_F(RecordsTest, ACascadeTakesWhatNothingElseRefersTo) {
     }
 }
 
-TEST_F(RecordsTest, ACascadePassesOverMissingRecordsAndEndsInCycles) {
-    MakeLinkedTables();
-    engine_.LinkTables("C", 1, "A");
-    engine_.AddRecord("A", 1, {"a", "b"});
-    engine_.GetRecord("B", "b")->prop(1, "c");
-    engine_.AddRecord("C", 1, {"c", "a"});
-    engine_.DeleteRecord("B", "b");
-    EXPECT_EQ(removed_, "a c b ");
-    removed_.clear();
-    engine_.AddRecord("A", 1, {"x", "y", "z"});
-    engine_.DeleteRecord("B", "y");
-    removed_.clear();
-    engine_.DeleteRecord("A", "x");
-    EXPECT_EQ(removed_, "z x ");
-    engine_.LinkTables("D", 2, "D");
-    engine_.AddRecord("D", 1, {"self", "", "self"});
-    removed_.clear();
-    engine_.DeleteRecord("D", "self");
-    EXPECT_EQ(removed_, "self ");
-}
-
 // A ring of tables: the deeper records stand in the tables of the ones further up.
 TEST_F(RecordsTest, ACascadeGoesAsDeepAsTheDataGoes) {
     constexpr int kDepth = 20'000;

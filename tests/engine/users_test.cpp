@@ -37,6 +37,7 @@ TEST_F(UsersTest, DBLegalUserLetsInByNamePasswordAndNeed) {
                          "Log In To DataBase Denied!\r\nCause: User Is Disabled!"};
     const Refusal password = {Num::GetDBPasswordError(),
                               "Log In To DataBase Denied!\r\nCause: Incorrect DataBase Password!"};
+    const Refusal unknown = {kInvalidCall, "Invalid procedure call or argument"};
     struct Case {
         const char* name;
         const char* word;
@@ -54,6 +55,10 @@ TEST_F(UsersTest, DBLegalUserLetsInByNamePasswordAndNeed) {
         {"reader", "word", ToDelete, remove, ToRead},
         {"reader", "word", Ownership, owner, ToRead},
         {"reader", "word", Undefined, none, ToRead},
+        {"reader", "word", static_cast<PermitStateEnum>(0), unknown, ToRead},
+        {"reader", "word", static_cast<PermitStateEnum>(7), unknown, ToRead},
+        {"stranger", "open", static_cast<PermitStateEnum>(-5), unknown, ToRead},
+        {"ann", "secret", static_cast<PermitStateEnum>(7), none, Ownership},
         {"reader", "open", ToRead, none, ToRead},
         {"reader", "wrong", ToRead, password, Undefined},
         {"writer", "word", ToSave, none, ToReadWrite},

@@ -125,14 +125,18 @@ TEST_F(KeyedCollectionTest, ChangesKeys) {
     Add("Dora");
 }
 
-TEST_F(KeyedCollectionTest, BuildsTheIndexAtTheFirstKeyedAccess) {
+TEST_F(KeyedCollectionTest, LooksAtAdoptedKeysWhenTheyAreAskedFor) {
     std::vector<std::uint32_t> handles;
     for (const char* key : {"a", "b", "A", "c", "B", "a"}) handles.push_back(table_.Make(key));
     set_.Adopt(handles);
     EXPECT_EQ(set_.At(3), handles[2]);
     EXPECT_EQ(Text(), "a b A c B a");
     EXPECT_TRUE(set_.Remove(handles[0]));  // before the index exists: the next one keeps the key
-    EXPECT_EQ(set_.Find("a"), handles[2]);
+    for (int search = 0; search < 2; ++search) {  // by a walk, and by the index from then on
+        EXPECT_EQ(set_.Find("a"), handles[2]);
+        EXPECT_EQ(set_.Find(search == 0 ? "B" : "b"), handles[1]);
+    }
+    EXPECT_EQ(set_.Find("x"), kNoHandle);
     EXPECT_EQ(Text(), "b A c - -");
     set_.Adopt(std::vector<std::uint32_t>{table_.Make("d"), table_.Make("C")});
     EXPECT_EQ(ErrorNumber([&] { Add("D"); }), kDuplicateKey);

@@ -215,6 +215,7 @@ class RandomRecords {
             case 9:
                 return Remove(at);
             case 10:
+                LookForKey(Key());
                 return Lookup(Key());
             default:
                 if (Below(10) == 0) Reload();
@@ -292,6 +293,17 @@ class RandomRecords {
         const auto& key = model_.rows[at].filed;
         set_.Remove(key && Below(2) == 0 ? IndexKey(*key) : IndexKey(at + 1));
         model_.rows.erase(model_.rows.begin() + static_cast<std::ptrdiff_t>(at));
+    }
+    // By the keys that the host sees, in the set and in the result of a search.
+    void LookForKey(const std::string& key) {
+        std::vector<RecordHandle> all, expected;
+        set_.Collection()->ForEach([&](RecordHandle record) { all.push_back(record); });
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            if (EqualFold(model_.rows[i].key, key)) expected.push_back(all[i]);
+        }
+        RecordCollection result(set_.Collection()->shared_arena(), all);
+        EXPECT_EQ(set_.Collection()->WithKey(key), expected) << key;
+        EXPECT_EQ(result.WithKey(key), expected) << key;
     }
     void Lookup(const std::string& key) {
         const Row* row = model_.Find(key);

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "tavolin/model/attachment_set.h"
+#include "tavolin/model/user_note_set.h"
 #include "tests/support/expect_error.h"
 
 namespace tavolin {
@@ -122,6 +123,29 @@ TEST(SessionEndTest, ObjectsOutliveTheirEngine) {
     EXPECT_EQ(table->Count(), 1);
     EXPECT_EQ(ErrorNumber([&] { table->Add(nullptr, 1, {"b"}); }), N::GetUserPermissionToRWError());
     EXPECT_EQ(table->Find("a")->Count(), 1);
+}
+
+TEST(SessionStartTest, WhatIsMadeBeforeAnyEngineAsksTheCurrentOneWhenItActs) {
+    ScopedLibraryFolder library;
+    CVLRecordSet records;
+    CVLAttachmentSet attachments;
+    CVLUserNoteSet notes;
+    CVLRecord record;
+    const std::function<void()> changes[] = {
+        [&] { records.Add(kFirst, 1, {std::to_string(records.Count())}); },
+        [&] { attachments.Add(std::to_string(attachments.Count()), 1, "p", aPicture); },
+        [&] { notes.Add(Date{notes.Count()}, 1, "text"); },
+        [&] { record.Attach(1, std::to_string(record.CVLAttachmentSet()->Count()), aPicture); }};
+    for (const bool second_engine : {false, true}) {
+        for (const auto& change : changes) {
+            EXPECT_EQ(ErrorNumber(change), N::GetUserPermissionToRWError()) << second_engine;
+        }
+        CVLDBEngine engine;
+        engine.LogOn("ann", "secret");
+        engine.CreateNewDB("shop" + std::to_string(second_engine),
+                           PortablePath(library.folder().path()));
+        for (const auto& change : changes) EXPECT_EQ(ErrorNumber(change), 0) << second_engine;
+    }
 }
 
 TEST_F(SessionTest, AResultGivenToATableGetsRecordsOfItsOwn) {

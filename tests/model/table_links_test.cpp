@@ -54,6 +54,28 @@ TEST_F(TableLinksTest, FillsTheTargetOnTheFirstLinkOnly) {
     EXPECT_EQ(events, "+x +y One Two ");
 }
 
+// A link is a name: in another set it would mean nothing, or another table.
+TEST_F(TableLinksTest, TablesOfAnotherSetAreRefused) {
+    CVLDBEngine other;
+    other.LogOn("ann", "secret");
+    other.CreateNewDB("other", FolderPath());
+    const auto stranger = other.CreateNewPrimaryTable("B", {"ID"});
+    EXPECT_EQ(a_->Link(1, b_), b_);
+    const std::string before = Links();
+    for (const char* name : {"Link", "Unlink", "DeleteLinks"}) {
+        ExpectError(kInvalidCall, "CVLTable:" + std::string(name) + " Method",
+                    "Invalid procedure call or argument", [&] {
+                        if (*name == 'L') a_->Link(2, stranger);
+                        if (*name == 'U') a_->Unlink(stranger);
+                        if (*name == 'D') a_->DeleteLinks(other.CVLTableSet());
+                    });
+        EXPECT_EQ(Links(), before);
+    }
+    EXPECT_EQ(stranger->Count(), 0);
+    engine_.AddRecord("A", 1, {"1", "x"});
+    EXPECT_EQ(Records(*b_), "x:1 ");
+}
+
 TEST_F(TableLinksTest, FillsAlongChains) {
     a_->Link(1, b_);
     b_->Link(0, c_);

@@ -35,6 +35,14 @@ TEST_F(TableSetTest, AddsAndUpdates) {
                 "The Table That Is Being Added Already Exists In DataBase!",
                 [&] { set_->Add("t", isPrimaryTable); });
     EXPECT_EQ(ErrorNumber([&] { set_->Add("", isPrimaryTable); }), kInvalidCall);
+    for (const int type : {-1, 256, 257}) {
+        const auto no_byte = static_cast<TableEnum>(type);
+        const auto text = GetErrorMessage(kOverflow);
+        ExpectError(kOverflow, "CVLTableSet:Add Method", text, [&] { set_->Add("U", no_byte); });
+        ExpectError(kOverflow, "CVLTableSet:Update Method", text,
+                    [&] { set_->Update(1, no_byte, nullptr, {"changed"}); });
+        EXPECT_EQ(std::to_string(set_->Count()) + table->FieldLabel(0), "1ID");
+    }
     for (const IndexKey& which : {IndexKey("1"), IndexKey(0), IndexKey(2)}) {
         ExpectError(N::GetTableUpDateError(), "CVLTableSet:Update Method", "Table Does Not Exist!",
                     [&] { set_->Update(which); });
