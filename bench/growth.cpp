@@ -53,6 +53,11 @@ class Trial {
         engine.CreateNewPrimaryTable("Linked", {"Value"}, 0);
         engine.LinkTables("Records", field, "Linked");
     }
+    // What is built when it is first needed is built now: a deletion with a cascade, by key.
+    void DeleteOne() {
+        engine.AddRecord("Records", 1, data_.spare(kCalls));
+        engine.DeleteRecord("Records", Data::Key(data_.spare(kCalls)));
+    }
     // Each record refers to the one before it.
     void FillChain() {
         engine.CreateNewPrimaryTable("Chain", {"ID", "Before"}, 0);
@@ -231,17 +236,25 @@ const std::vector<Case>& RecordCases() {
         {"DeleteRecord, cascade, value in two",
          [](Trial& t) {
              t.FillLinked(8);
+             t.DeleteOne();
              t.Calls([&](std::size_t i) { t.engine.DeleteRecord("Records", t.Scattered(i)); });
          }},
         {"DeleteRecord, cascade, value in many",
          [](Trial& t) {
              t.FillLinked(4);
+             t.DeleteOne();
              t.Calls([&](std::size_t i) { t.engine.DeleteRecord("Records", t.Scattered(i)); });
          }},
         {"DeleteRecord, cascade, unique value",
          [](Trial& t) {
              t.FillLinked(0);
+             t.DeleteOne();
              t.Calls([&](std::size_t i) { t.engine.DeleteRecord("Records", t.Scattered(i)); });
+         }},
+        {"DeleteRecord, cascade, the first one",
+         [](Trial& t) {
+             t.FillLinked(8);
+             t.Whole([&] { t.engine.DeleteRecord("Records", 1); });
          }},
         {"DeleteRecord, what is referred to",
          [](Trial& t) {
@@ -287,6 +300,7 @@ const std::vector<Case>& RecordCases() {
          [](Trial& t) {
              t.Fill();
              const auto found = t.engine.Find("", false, t.table);
+             found->Add(nullptr, 1, t.Spare(kCalls));
              t.Calls([&](std::size_t i) {
                  found->Add(nullptr, 1, t.Spare(i));
                  found->Remove(1);
