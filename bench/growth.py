@@ -41,7 +41,8 @@ def instructions(command, environment=None):
              f"--callgrind-out-file={folder}/out", *command], environment)
         counts = {}
         # Numbered as they were written; the one without a number is what came behind the last.
-        for profile in sorted(pathlib.Path(folder).glob("out.*"), key=lambda path: int(path.suffix[1:])):
+        profiles = pathlib.Path(folder).glob("out.*")
+        for profile in sorted(profiles, key=lambda path: int(path.suffix[1:])):
             lines = profile.read_text(encoding="utf-8", errors="replace").splitlines()
             name = next(line for line in lines if line.startswith(TRIGGER))
             total = next(line for line in lines if line.startswith("totals: "))

@@ -20,7 +20,6 @@ void Need(const leveldb::Status& status) {
 
 class LevelDbStore {
   public:
-    static constexpr bool kFoldsUnicode = false;
     static constexpr bool kKeepsOrder = false;
 
     explicit LevelDbStore(const std::string& folder) : folder_(folder + "/leveldb") {

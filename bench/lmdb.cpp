@@ -26,7 +26,6 @@ std::string_view Text(const MDB_val& value) {
 
 class LmdbStore {
   public:
-    static constexpr bool kFoldsUnicode = false;
     static constexpr bool kKeepsOrder = false;
 
     explicit LmdbStore(const std::string& folder) : folder_(folder + "/lmdb") {
