@@ -1,5 +1,6 @@
-// UTF-8 one character at a time, for those who must look at characters. A lone surrogate as three bytes is a
-// character; any other byte that belongs to no well-formed character is a unit of its own.
+// UTF-8 one character at a time, for those who must look at characters. A lone surrogate as three
+// bytes is a character; any other byte that belongs to no well-formed character is a unit of its
+// own.
 //
 // Cutting a text into units never depends on what stands before a byte that is not a continuation
 // byte (80 to BF): such a byte always begins a unit. Several functions lean on that.
