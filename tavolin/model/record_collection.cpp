@@ -143,6 +143,7 @@ std::vector<RecordHandle> RecordCollection::WithKey(std::string_view key) {
     if (found.size() < 2) return found;
     MakePlaces();
     std::vector<std::pair<std::uint32_t, RecordHandle>> places;
+    places.reserve(found.size());
     for (const RecordHandle record : found)
         places.emplace_back(records_.PositionOf(record), record);
     std::sort(places.begin(), places.end());
