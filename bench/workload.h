@@ -40,6 +40,10 @@ class Workload {
     static constexpr std::size_t kMost = 200000;  // calls for one figure
     static constexpr int kNumberField = 8;
 
+    bool WantsAnyOf(std::initializer_list<const char*> operations) const {
+        return std::ranges::any_of(operations, [&](const char* one) { return bench_.Wants(one); });
+    }
+
     void Renew() {
         store_.reset();
         ReleaseFreedMemory();
@@ -182,8 +186,7 @@ class Workload {
             SortBy("sort-street", 3);
             if constexpr (Store::kSortsField1) SortBy("sort-name", 1);
             if constexpr (Store::kSortRearranges) {
-                if (bench_.Wants("get-position-sorted") || bench_.Wants("find-all-rare-sorted"))
-                    store_->Sort(6);
+                if (WantsAnyOf({"get-position-sorted", "find-all-rare-sorted"})) store_->Sort(6);
                 LookByPosition("get-position-sorted");
                 Find("find-all-rare-sorted", -1, kRareNeedle);
             }
@@ -198,6 +201,9 @@ class Workload {
     }
 
     void Change() {
+        if (!WantsAnyOf({"update", "insert-front", "insert-middle", "get-position-edited",
+                         "delete-key", "edits"}))
+            return;
         Renew();  // one order for all, whatever sorting did to it
         if constexpr (requires { store_->LeaveGaps(); }) store_->LeaveGaps();
         AddAll();
@@ -243,7 +249,7 @@ class Workload {
 
     void Cascade() {
         if constexpr (requires { store_->Link(kNumberField); }) {
-            if (!bench_.Wants("link") && !bench_.Wants("delete-cascade")) return;
+            if (!WantsAnyOf({"link", "delete-cascade"})) return;
             Refill();
             bool linked = false;
             const auto link = [&] {
