@@ -1,5 +1,7 @@
 #include "tavolin/errors/error.h"
 
+#include <span>
+
 #include "tavolin/errors/trap.h"
 
 namespace tavolin {
@@ -22,14 +24,20 @@ std::string_view RunTimeText(std::int32_t number) {
 
 }  // namespace
 
-void Message::Add(std::string_view name) {
-    text_.append(name);
-    for (std::size_t end = name.find_first_of(kLineBreak); end != std::string_view::npos;
-         end = name.find_first_of(kLineBreak)) {
-        one_line_.append(name.substr(0, end)).append(" ");
-        name.remove_prefix(end + (name.substr(end, 2) == kLineBreak ? 2 : 1));
+std::string Message::one_line() const {
+    std::string line;
+    std::size_t done = 0;
+    for (const Name& place : std::span(names_).first(name_count_)) {
+        line.append(text_, done, place.at - done);
+        done = place.at + place.size;
+        std::string_view name = std::string_view(text_).substr(place.at, place.size);
+        for (std::size_t end; (end = name.find_first_of(kLineBreak)) != name.npos;) {
+            line.append(name.substr(0, end)).append(" ");
+            name.remove_prefix(end + (name.substr(end, 2) == kLineBreak ? 2 : 1));
+        }
+        line.append(name);
     }
-    one_line_.append(name);
+    return line.append(text_, done);
 }
 
 Error::Error(std::int32_t run_time_number, std::string detail)

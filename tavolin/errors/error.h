@@ -10,6 +10,7 @@
 // afterwards is said at each member; unless it says otherwise, nothing has changed.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <exception>
 #include <string>
@@ -20,31 +21,47 @@ namespace tavolin {
 
 inline constexpr std::string_view kLineBreak = "\r\n";
 
-// A text made of the library's own words and of names, keys and values put into them. It is kept
-// twice: as it is, and with the line breaks inside the names turned into blanks, for the log file,
-// where a name must not be able to start a line. Character literals are words, strings are names.
+// A text made of the library's own words and of names, keys and values put into them. It can be had
+// as it is, and with the line breaks inside the names turned into blanks, for the log file, where a
+// name must not be able to start a line. Character literals are words, strings are names.
 //
 //     Message("User: ", user_name, " Is Not The DataBase Owner")
 class Message {
   public:
     template <class... Pieces>
     explicit Message(const Pieces&... pieces) {
+        static_assert(sizeof...(pieces) <= kMostNames);
+        text_.reserve((std::size_t{0} + ... + SizeOf(pieces)));
         (Add(pieces), ...);
     }
 
     const std::string& text() const { return text_; }
-    const std::string& one_line() const { return one_line_; }
+    std::string one_line() const;
 
   private:
     template <std::size_t N>
+    static constexpr std::size_t SizeOf(const char (&)[N]) {
+        return N - 1;
+    }
+    static std::size_t SizeOf(std::string_view name) { return name.size(); }
+
+    template <std::size_t N>
     void Add(const char (&words)[N]) {
         text_.append(words, N - 1);
-        one_line_.append(words, N - 1);
     }
-    void Add(std::string_view name);
+    void Add(std::string_view name) {
+        names_[name_count_++] = {text_.size(), name.size()};
+        text_.append(name);
+    }
 
+    static constexpr std::size_t kMostNames = 8;
+    struct Name {
+        std::size_t at;
+        std::size_t size;
+    };
     std::string text_;
-    std::string one_line_;
+    std::array<Name, kMostNames> names_;  // where they lie in the text
+    std::size_t name_count_ = 0;
 };
 
 class Error : public std::exception {
