@@ -56,15 +56,18 @@ class Event {
         return handlers_ && handlers_->slots.size() > handlers_->empty_slots;
     }
 
-    void Fire(Args... args) const {
-        if (!HasHandlers()) return;
+    void Fire(const Args&... args) const {
+        if (HasHandlers()) CallAll(args...);
+    }
+
+  private:
+    void CallAll(Args... args) const {
         const auto snapshot = handlers_->slots;
         for (const Slot& slot : snapshot) {
             if (slot.entry && slot.entry->connected) slot.entry->handler(args...);
         }
     }
 
-  private:
     struct Entry {
         Handler handler;
         bool connected;

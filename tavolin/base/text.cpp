@@ -73,7 +73,7 @@ class CodeUnits {
 }  // namespace
 
 bool EqualFold(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return EqualFoldFrom(a, b, 0);
+    if (a.size() != b.size()) return !(IsAscii(a) && IsAscii(b)) && EqualFoldFrom(a, b, 0);
     const std::size_t size = a.size();
     for (std::size_t i = 0; i < size;) {
         const bool whole = size >= kWordBytes;
@@ -83,7 +83,8 @@ bool EqualFold(std::string_view a, std::string_view b) {
         };
         const std::uint64_t x = load(a);
         const std::uint64_t y = load(b);
-        if (const std::uint64_t difference = LowerAscii(x) ^ LowerAscii(y)) {
+        const std::uint64_t difference = x == y ? 0 : LowerAscii(x) ^ LowerAscii(y);
+        if (difference != 0) {
             // Two ASCII characters at the first difference settle it.
             const int first_byte = std::countr_zero(difference) / 8 * 8;
             return ((x | y) >> first_byte & 0x80) != 0 && EqualFoldFrom(a, b, i);

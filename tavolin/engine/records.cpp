@@ -93,14 +93,14 @@ class CVLDBEngine::RecordDeletion {
 
     void Enter(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
         frames_.push_back({table, record});
-        in_deletion_.insert(record.get());
+        if (cascade_) in_deletion_.insert(record.get());
         table->SetCascadeGuard(false);
     }
 
     void Leave() {
         const Frame frame = std::move(frames_.back());
         frames_.pop_back();
-        in_deletion_.erase(frame.record.get());
+        if (cascade_) in_deletion_.erase(frame.record.get());
         frame.table->SetCascadeGuard(true);
     }
 

@@ -8,31 +8,24 @@
 namespace tavolin {
 namespace {
 
-struct ThreadSessions {
-    std::vector<std::weak_ptr<Session>> engines;  // the newest last
-    std::weak_ptr<Session> running;               // that of the engine member being run
-};
+using Engines = std::vector<std::weak_ptr<Session>>;  // the newest last
 
 // A plain pointer: not every run time destroys a thread's objects before it takes their memory
 // away. It is given back with the thread's last engine.
-ThreadSessions*& Slot() {
-    thread_local ThreadSessions* sessions = nullptr;
-    return sessions;
-}
+thread_local constinit Engines* engines_of_thread = nullptr;
 
-ThreadSessions& OfThisThread() {
-    if (!Slot()) Slot() = new ThreadSessions;
-    return *Slot();
-}
+// That of the engine member being run.
+thread_local constinit const SessionScope* innermost_scope = nullptr;
 
 // The current one, or nothing.
 std::shared_ptr<Session> OfAnEngine() {
-    if (!Slot()) return nullptr;
-    auto& sessions = OfThisThread();
-    if (auto running = sessions.running.lock()) return running;
-    while (!sessions.engines.empty()) {
-        if (auto newest = sessions.engines.back().lock()) return newest;
-        sessions.engines.pop_back();
+    if (innermost_scope != nullptr) {
+        if (auto running = innermost_scope->session()) return running;
+    }
+    Engines* const engines = engines_of_thread;
+    while (engines != nullptr && !engines->empty()) {
+        if (auto newest = engines->back().lock()) return newest;
+        engines->pop_back();
     }
     return nullptr;
 }
@@ -55,25 +48,26 @@ std::string Session::UserName() const {
 }
 
 SessionScope::SessionScope(const std::shared_ptr<Session>& session)
-    : previous_(OfThisThread().running) {
-    OfThisThread().running = session;
+    : session_(session), outer_(innermost_scope) {
+    innermost_scope = this;
 }
 
-SessionScope::~SessionScope() { OfThisThread().running = previous_; }
+SessionScope::~SessionScope() { innermost_scope = outer_; }
 
 void RegisterSession(const std::shared_ptr<Session>& session) {
-    OfThisThread().engines.push_back(session);
+    if (engines_of_thread == nullptr) engines_of_thread = new Engines;
+    engines_of_thread->push_back(session);
 }
 
 void UnregisterSession(const std::shared_ptr<Session>& session) {
-    if (!Slot()) return;
-    std::erase_if(OfThisThread().engines, [&](const std::weak_ptr<Session>& candidate) {
+    if (engines_of_thread == nullptr) return;
+    std::erase_if(*engines_of_thread, [&](const std::weak_ptr<Session>& candidate) {
         const auto living = candidate.lock();
         return !living || living == session;
     });
-    if (!Slot()->engines.empty() || !Slot()->running.expired()) return;
-    delete Slot();
-    Slot() = nullptr;
+    if (!engines_of_thread->empty()) return;
+    delete engines_of_thread;
+    engines_of_thread = nullptr;
 }
 
 }  // namespace tavolin

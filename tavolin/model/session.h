@@ -89,8 +89,12 @@ class SessionScope {
     SessionScope(const SessionScope&) = delete;
     SessionScope& operator=(const SessionScope&) = delete;
 
+    // Nothing when it is gone.
+    std::shared_ptr<Session> session() const { return session_.lock(); }
+
   private:
-    std::weak_ptr<Session> previous_;
+    std::weak_ptr<Session> session_;
+    const SessionScope* outer_;
 };
 
 // An engine's own place among the engines of its thread: from registration to the engine's end.
