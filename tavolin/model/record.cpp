@@ -14,14 +14,10 @@ CVLRecord::CVLRecord()
 }
 
 CVLRecord::CVLRecord(std::shared_ptr<RecordArena> arena, RecordHandle record)
-    : arena_(std::move(arena)), record_(record) {
-    arena_->AddReference(record_);
-}
+    : arena_(std::move(arena)), record_(record) {}
 
-CVLRecord::~CVLRecord() {
-    arena_->Forget(record_);
-    arena_->Release(record_);
-}
+// A free-standing record goes with its arena.
+CVLRecord::~CVLRecord() { arena_->Forget(record_); }
 
 EventConnection CVLRecord::PropertyChange::Connect(PropertyChangeEvent::Handler handler) {
     return record_.arena_->ChangeEvent(record_.record_, true)->Connect(std::move(handler));

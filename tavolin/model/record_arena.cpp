@@ -23,6 +23,11 @@ constexpr std::size_t kHeaderSize = 20;
 constexpr std::size_t kMaxInlineUnits = 0xFFFF;
 constexpr std::size_t kSlabUnits = std::size_t{1} << 17;
 constexpr std::size_t kFirstSlabUnits = 64;
+// A large arena's slabs fill a large page each, without which most reads of a record would have to
+// wait for the place of its page first.
+constexpr std::size_t kLargeArenaUnits = 32 * kSlabUnits;
+constexpr std::size_t kLargeSlabUnits =
+    2 * kSlabUnits - (TextSearcher::kPadding + ByteBuffer::kPadding) / kUnit;
 constexpr std::size_t kTypicalImage = 64;  // bytes
 
 std::size_t UnitsFor(std::size_t bytes) { return (bytes + kUnit - 1) / kUnit; }
@@ -111,14 +116,16 @@ bool RecordArena::Payload::EndsRise() const {
 void RecordArena::AddSlab(std::size_t units) {
     std::size_t size = kFirstSlabUnits;
     if (!memory_blocks_.empty()) size = std::min(kSlabUnits, memory_ / kUnit * 3);
+    if (memory_ / kUnit >= kLargeArenaUnits) size = kLargeSlabUnits;
     if (size < units) size = units;
     const std::size_t spans = (size + kSlabUnits - 1) / kSlabUnits;
     const std::uint64_t first = std::uint64_t{slabs_.size()} << kSlabShift;
     if (first + size >= kNoHandle) throw std::bad_alloc();
     slabs_.reserve(slabs_.size() + spans);
     memory_blocks_.reserve(memory_blocks_.size() + 1);
-    std::unique_ptr<std::uint8_t[]> memory(new std::uint8_t[size * kUnit + TextSearcher::kPadding]);
-    for (std::size_t i = 0; i < spans; ++i) slabs_.push_back(memory.get() + i * kSlabUnits * kUnit);
+    ByteBuffer memory(size * kUnit + TextSearcher::kPadding);
+    for (std::size_t i = 0; i < spans; ++i)
+        slabs_.push_back(memory.data() + i * kSlabUnits * kUnit);
     memory_blocks_.push_back(std::move(memory));
     memory_ += size * kUnit;
     next_ = first;
@@ -240,7 +247,8 @@ void RecordArena::AddReference(RecordHandle record) noexcept {
 
 void RecordArena::Release(RecordHandle record) noexcept {
     Header* header = At(record);
-    if (header->references != 0xFFFF && --header->references == 0) Destroy(record);
+    if (header->references == 0xFFFF || --header->references > 0) return;
+    if (!objects_.MarkLast(record)) Destroy(record);
 }
 
 // Calls body(record) for each, the first bytes of those to come being fetched meanwhile.
@@ -287,6 +295,21 @@ RecordArena::FieldPlace RecordArena::PlaceOf(RecordHandle record, int field) con
             payload.End(field)};
 }
 
+std::array<bool, kFieldCount> RecordArena::Differing(RecordHandle record,
+                                                     const FieldTexts& values) const {
+    const Payload payload = PayloadOf(record);
+    std::array<bool, kFieldCount> differing;
+    std::uint32_t begin = 0;
+    for (int i = 0; i < kFieldCount; ++i) {
+        const std::uint32_t end = payload.End(i);
+        const std::string_view field(payload.text() + begin, end - begin);
+        // Mostly they are the very same.
+        differing[static_cast<std::size_t>(i)] = field != values[i] && !EqualFold(field, values[i]);
+        begin = end;
+    }
+    return differing;
+}
+
 // Takes fields that change out of the counts until they have changed, or have not.
 class RecordArena::Recount {
   public:
@@ -310,22 +333,28 @@ class RecordArena::Recount {
 
 void RecordArena::SetFields(RecordHandle record, const FieldTexts& values,
                             const std::array<bool, kFieldCount>& changed) {
+    const Payload payload = PayloadOf(record);
     std::array<std::string_view, kFieldCount> merged;
     bool touches_key = false;
     for (int i = 0; i < kFieldCount; ++i) {
         const auto at = static_cast<std::size_t>(i);
-        merged[at] = changed[at] ? values[i] : Field(record, i);
+        merged[at] = changed[at] ? values[i] : payload.Field(i);
         touches_key = touches_key || (changed[at] && HoldsPart(At(record)->parts, i));
     }
     const FieldTexts fields(merged);
     const Shape shape = ShapeOf(fields);
     // Built beside, because the new values may lie in the record itself.
-    std::string buffer(shape.payload_size(), '\0');
-    auto* bytes = reinterpret_cast<std::uint8_t*>(buffer.data());
+    std::array<std::uint8_t, 512> small;
+    std::unique_ptr<std::uint8_t[]> large;
+    std::uint8_t* bytes = small.data();
+    if (shape.payload_size() > small.size()) {
+        large.reset(new std::uint8_t[shape.payload_size()]);
+        bytes = large.get();
+    }
     Fill(bytes, shape.width, fields);
     if (touches_key) TakeOwnKey(record);
     const Recount recount(*this, record, changed);
-    PlacePayload(record, {bytes, buffer.size()});
+    PlacePayload(record, {bytes, shape.payload_size()});
     std::uint8_t& flags = At(record)->flags;
     flags = static_cast<std::uint8_t>((flags & ~(kWidthMask | kNotAscii)) | shape.width |
                                       (shape.ascii ? 0 : kNotAscii));
@@ -350,8 +379,9 @@ void RecordArena::PlacePayload(RecordHandle record, std::span<const std::uint8_t
 // --- keys
 
 std::string RecordArena::ComposeKey(RecordHandle record) const {
+    const Payload payload = PayloadOf(record);
     std::string key;
-    ForEachPart(At(record)->parts, [&](int field) { key += Field(record, field); });
+    ForEachPart(At(record)->parts, [&](int field) { key += payload.Field(field); });
     return key;
 }
 
@@ -366,17 +396,16 @@ std::string RecordArena::FilingKey(RecordHandle record) const {
 bool RecordArena::FilingKeyEquals(RecordHandle record, std::string_view key) const {
     if (HasOwnKey(record)) return EqualFold(FindExtras(record)->filing_key, key);
     // Part by part, as long as the lengths agree, which for plain texts is all there is to it.
-    const std::uint16_t parts = At(record)->parts;
-    std::size_t size = 0;
-    ForEachPart(parts, [&](int field) { size += Field(record, field).size(); });
-    bool equal = size == key.size();
-    std::size_t at = 0;
-    ForEachPart(parts, [&](int field) {
+    const Payload payload = PayloadOf(record);
+    std::string_view rest = key;
+    bool equal = true;
+    ForEachPart(At(record)->parts, [&](int field) {
         if (!equal) return;
-        const std::string_view part = Field(record, field);
-        equal = EqualFold(key.substr(at, part.size()), part);
-        at += part.size();
+        const std::string_view part = payload.Field(field);
+        equal = part.size() <= rest.size() && EqualFold(rest.substr(0, part.size()), part);
+        if (equal) rest.remove_prefix(part.size());
     });
+    equal = equal && rest.empty();
     if (equal || (IsAscii(record) && tavolin::IsAscii(key))) return equal;
     return EqualFold(ComposeKey(record), key);
 }
@@ -471,22 +500,19 @@ void RecordArena::CountOut(RecordHandle record) noexcept {
 
 // --- objects and what is kept beside
 
-std::shared_ptr<CVLRecord> RecordArena::Object(RecordHandle record) {
-    if (At(record)->flags & kHosted) {
-        if (auto object = objects_.find(record)->second.lock()) return object;
-    }
-    auto& place = objects_[record];
-    auto object = std::make_shared<CVLRecord>(shared_from_this(), record);
-    place = object;
-    At(record)->flags |= kHosted;
+std::shared_ptr<CVLRecord> RecordArena::Object(const std::shared_ptr<RecordArena>& arena,
+                                               RecordHandle record) {
+    HostedObjects& objects = arena->objects_;
+    if (CVLRecord* const object = objects.Find(record)) return object->shared_from_this();
+    objects.ReserveOneMore();
+    auto object = std::make_shared<CVLRecord>(arena, record);
+    objects.Insert(record, object.get());
     return object;
 }
 
 void RecordArena::Forget(RecordHandle record) noexcept {
-    const auto found = objects_.find(record);
-    if (found == objects_.end() || !found->second.expired()) return;
-    objects_.erase(found);
-    At(record)->flags &= static_cast<std::uint8_t>(~kHosted);
+    // The record itself is not looked at unless it must be: it may be far away.
+    if (objects_.Erase(record) && At(record)->references == 0) Destroy(record);
 }
 
 std::shared_ptr<CVLAttachmentSet> RecordArena::Attachments(RecordHandle record, bool make) {

@@ -20,10 +20,12 @@
 #include <utility>
 #include <vector>
 
+#include "tavolin/base/byte_buffer.h"
 #include "tavolin/base/event.h"
 #include "tavolin/base/prefetch.h"
 #include "tavolin/base/text.h"
 #include "tavolin/model/field_texts.h"
+#include "tavolin/model/hosted_objects.h"
 #include "tavolin/model/types.h"
 #include "tavolin/model/value_counts.h"
 #include "tavolin/persist/little_endian.h"
@@ -39,7 +41,7 @@ using RecordHandle = std::uint32_t;
 
 using PropertyChangeEvent = Event<std::shared_ptr<CVLRecord>, std::string, std::string>;
 
-class RecordArena : public std::enable_shared_from_this<RecordArena> {
+class RecordArena {
   public:
     explicit RecordArena(std::shared_ptr<Session> session);
     ~RecordArena();
@@ -54,7 +56,8 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     RecordHandle Create(std::int32_t n_key, const FieldTexts& fields,
                         const PrimaryKeyType& primary_key);
 
-    // Counts who refers to a record. The last Release destroys it.
+    // Counts what refers to a record, apart from the object that a host holds. Without a reference
+    // and without an object it is destroyed.
     void AddReference(RecordHandle record) noexcept;
     void Release(RecordHandle record) noexcept;
     // The same for many, in less time.
@@ -78,6 +81,8 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // Every byte of every field is below 0x80.
     bool IsAscii(RecordHandle record) const { return (At(record)->flags & kNotAscii) == 0; }
 
+    // Marks the fields that differ from `values` in more than letter case.
+    std::array<bool, kFieldCount> Differing(RecordHandle record, const FieldTexts& values) const;
     // Sets the fields that `changed` marks, all or none.
     void SetFields(RecordHandle record, const FieldTexts& values,
                    const std::array<bool, kFieldCount>& changed);
@@ -130,8 +135,9 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     bool Counted(RecordHandle record) const { return At(record)->counted; }
 
     // The object that a host holds: the same one for as long as anyone holds it.
-    std::shared_ptr<CVLRecord> Object(RecordHandle record);
-    // The object is gone.
+    static std::shared_ptr<CVLRecord> Object(const std::shared_ptr<RecordArena>& arena,
+                                             RecordHandle record);
+    // The object is going.
     void Forget(RecordHandle record) noexcept;
 
     // Nothing until one was given; Attachments(record, true) makes one.
@@ -175,7 +181,6 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
         kMoved = 0x10,  // the ends and the text are in a block of their own
         kOwnKey = 0x20,
         kExtras = 0x40,
-        kHosted = 0x80,  // a host holds the object
     };
     // The ends of the fields and the text behind them.
     struct Payload {
@@ -185,6 +190,10 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
             if (width == 0) return ends[field];
             return width == 1 ? LoadLittle<std::uint16_t>(ends + 2 * field)
                               : LoadLittle<std::uint32_t>(ends + 4 * field);
+        }
+        std::string_view Field(int field) const {
+            const std::uint32_t begin = field == 0 ? 0 : End(field - 1);
+            return {text() + begin, End(field) - begin};
         }
         // No field ends before the one in front of it.
         bool EndsRise() const;
@@ -241,7 +250,7 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     std::shared_ptr<Session> session_;
     // Every MiB of the handles' range; a block larger than that spans several.
     std::vector<std::uint8_t*> slabs_;
-    std::vector<std::unique_ptr<std::uint8_t[]>> memory_blocks_;
+    std::vector<ByteBuffer> memory_blocks_;
     std::shared_ptr<void> adopted_;
     std::size_t memory_ = 0;
     std::uint64_t next_ = 0;  // the free end of the newest slab, in units
@@ -250,7 +259,7 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // The hashes of the records' own keys.
     std::set<std::pair<std::uint32_t, RecordHandle>> own_keys_;
     std::unordered_map<RecordHandle, Extras> extras_;
-    std::unordered_map<RecordHandle, std::weak_ptr<CVLRecord>> objects_;
+    HostedObjects objects_;
     std::array<std::unique_ptr<ValueCounts>, kFieldCount> counts_;
 };
 

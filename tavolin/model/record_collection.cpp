@@ -43,7 +43,7 @@ std::shared_ptr<CVLRecord> RecordCollection::Add(std::int32_t n_key, const Field
     const RecordHandle record = arena_->Create(n_key, fields, primary_key);
     arena_->AddReference(record);
     try {
-        auto object = arena_->Object(record);
+        auto object = Object(record);
         if (attachments) arena_->Attachments(record, std::move(attachments));
         File(record, placement);
         return object;
@@ -237,7 +237,8 @@ void RecordCollection::Store::Welcome(RecordHandle record) {
 }
 
 void RecordCollection::Store::Part(RecordHandle record) {
-    keys.erase(record);
+    if (!keys.empty()) keys.erase(record);
+    if (!guest) return;
     places.erase(record);
     keyless.erase(record);
 }

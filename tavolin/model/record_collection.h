@@ -35,7 +35,9 @@ class RecordCollection {
 
     std::int32_t Count() const { return static_cast<std::int32_t>(records_.size()); }
     RecordHandle Find(const IndexKey& which) const { return records_.Find(which); }
-    std::shared_ptr<CVLRecord> Object(RecordHandle record) const { return arena_->Object(record); }
+    std::shared_ptr<CVLRecord> Object(RecordHandle record) const {
+        return RecordArena::Object(arena_, record);
+    }
 
     // Makes a record and files it. Raises 457 when its key is taken and 5 for a place that is not
     // there; nothing has changed then, nor when memory runs out.

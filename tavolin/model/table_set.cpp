@@ -95,8 +95,11 @@ std::shared_ptr<CVLTable> CVLTableSet::Item(IndexKey vntIndexKey) const {
     static constexpr const char* kSource = "CVLTableSet:Item Property Get";
     return Trap(kSource, [&] {
         AskRead(*session_, kSource);
+        const bool by_name = !vntIndexKey.is_position();
+        if (by_name && last_found_ && last_found_->Key() == vntIndexKey.key()) return last_found_;
         auto table = tables_->Find(vntIndexKey);
         if (!table) RaiseNotFound(kSource);
+        if (by_name) last_found_ = table;
         return table;
     });
 }
@@ -119,6 +122,7 @@ void CVLTableSet::Remove(IndexKey vntIndexKey) {
         const auto table = tables_->Find(vntIndexKey);
         if (!table) RaiseNotFound(kSource);
         table->ForEachMention([&](const std::string& name) { links_.Remove(name, *table); });
+        last_found_.reset();
         tables_->Remove(vntIndexKey);
         table->JoinSet(nullptr);
         OnTableRemove.Fire(table);
@@ -158,6 +162,7 @@ void CVLTableSet::ReadProperties(PropertyBagReader& bag) {
         table->ForEachMention([&](const std::string& name) { links.Add(name, *table); });
     });
     Detach();
+    last_found_.reset();
     tables_ = std::move(tables);
     links_ = std::move(links);
     tables_->ForEach([this](const std::shared_ptr<CVLTable>& table) { table->JoinSet(this); });

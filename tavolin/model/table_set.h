@@ -119,6 +119,8 @@ class CVLTableSet {
 
     std::shared_ptr<Session> session_;
     std::shared_ptr<Tables> tables_ = std::make_shared<Tables>();
+    // By its name, which is likely to be the next asked for as well.
+    mutable std::shared_ptr<CVLTable> last_found_;
     LinkIndex links_;
 };
 

@@ -123,8 +123,8 @@ TEST_F(RecordArenaTest, SetsFieldsFromFields) {
 
 TEST_F(RecordArenaTest, HandsOutOneObjectForARecord) {
     const RecordHandle record = Make({"a"});
-    auto object = arena_->Object(record);
-    EXPECT_EQ(arena_->Object(record), object);
+    auto object = RecordArena::Object(arena_, record);
+    EXPECT_EQ(RecordArena::Object(arena_, record), object);
     int changes = 0;
     object->OnPropertyChange.Connect([&](auto...) { ++changes; });
     arena_->Release(record);  // the object alone keeps it now
@@ -133,11 +133,37 @@ TEST_F(RecordArenaTest, HandsOutOneObjectForARecord) {
     object.reset();
     const RecordHandle reused = Make({"d"});
     EXPECT_EQ(reused, record);
-    object = arena_->Object(reused);
+    object = RecordArena::Object(arena_, reused);
     object->prop(0, "e");
     EXPECT_EQ(changes, 1);
     arena_.reset();  // an object outlives the arena's owner
     EXPECT_EQ(object->prop(0), "e");
+}
+
+// As long as anyone holds them, whatever is let go meanwhile, in any order.
+TEST_F(RecordArenaTest, KnowsManyObjectsApart) {
+    const std::uint32_t seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    std::vector<RecordHandle> records;
+    for (int i = 0; i < 3000; ++i) records.push_back(Make({std::to_string(i)}));
+    std::vector<std::shared_ptr<CVLRecord>> held(records.size());
+    const auto at_random = [&] { return random() % records.size(); };
+    for (int most : {20, 3000, 5}) {
+        for (int i = 0; i < 4 * most; ++i)
+            held[at_random()] = RecordArena::Object(arena_, records[at_random()]);
+        for (std::size_t i = 0; i < held.size(); ++i) {
+            if (!held[i]) continue;
+            ASSERT_EQ(RecordArena::Object(arena_, held[i]->handle()), held[i]);
+            if (most < 3000 || random() % 2 == 0) held[i].reset();
+        }
+    }
+    for (const RecordHandle record : records) arena_->Release(record);
+    arena_.reset();
+    for (const auto& object : held) {
+        if (!object) continue;
+        EXPECT_EQ(records[std::stoul(object->prop(0))], object->handle());
+    }
 }
 
 // Whatever the image, reading it stays inside and ends in a whole record or in a refusal.
