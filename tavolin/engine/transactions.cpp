@@ -8,9 +8,9 @@
 namespace tavolin {
 
 ByteBuffer CVLDBEngine::ObjectState(BagSeal seal) const {
-    PropertyBagWriter bag;
+    PropertyBagWriter bag(seal);
     database_->WriteProperties(bag);
-    return std::move(bag).Finish(seal);
+    return std::move(bag).Finish();
 }
 
 std::unique_ptr<Database> CVLDBEngine::ReadState(ByteBuffer state, BagSeal seal) const {

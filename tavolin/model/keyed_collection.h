@@ -169,6 +169,11 @@ class KeyedCollection {
         order_.Assign(handles, Leaves());
         LeaveKeysForLater();
     }
+    // The same for elements whose Store knows their leaves already.
+    void AssignPlaced(std::span<const std::uint32_t> handles) {
+        order_.Assign(handles, [](std::uint32_t, std::uint32_t) {});
+        LeaveKeysForLater();
+    }
 
     // Whether every element is found by its key.
     bool AllKeyed() const {

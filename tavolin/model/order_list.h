@@ -93,6 +93,8 @@ class OrderList {
         Replace(handles);
         for (const Chunk& chunk : chunks_) Tell({chunk.span(), chunk.id}, set_leaf);
     }
+    // The leaf that the element at `index`, from 0, is in after Assign.
+    static std::uint32_t LeafOfAssigned(std::uint32_t index) { return index / kChunkSize; }
 
     // Gives all memory back. Cursors stand before whatever is put in next.
     void Clear();

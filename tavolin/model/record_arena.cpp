@@ -18,7 +18,7 @@
 namespace tavolin {
 namespace {
 
-constexpr std::size_t kUnit = 8;
+constexpr std::size_t kUnit = RecordArena::kUnit;
 constexpr std::size_t kHeaderSize = 20;
 constexpr std::size_t kMaxInlineUnits = 0xFFFF;
 constexpr std::size_t kSlabUnits = std::size_t{1} << 17;
@@ -545,7 +545,8 @@ std::shared_ptr<PropertyChangeEvent> RecordArena::ChangeEvent(RecordHandle recor
 
 // --- stored form
 
-void RecordArena::WriteImage(RecordHandle record, PropertyBagWriter& bag) const {
+bool RecordArena::WriteImage(RecordHandle record, PropertyBagWriter& bag,
+                             std::uint32_t leaf) const {
     const Header* const header = At(record);
     const Payload payload = PayloadOf(record);
     const std::size_t size = payload.size();
@@ -557,7 +558,7 @@ void RecordArena::WriteImage(RecordHandle record, PropertyBagWriter& bag) const 
     std::uint8_t* const image = bag.Extend(units * kUnit);
     std::uint8_t* const end = image + units * kUnit;
     std::memset(end - kUnit, 0, kUnit);
-    StoreLittle(image, std::uint32_t{0});
+    StoreLittle(image, leaf);
     StoreLittle(image + 4, header->hash);
     StoreLittle(image + 8, static_cast<std::uint32_t>(header->n_key));
     StoreLittle(image + 12, std::uint16_t{1});
@@ -567,6 +568,7 @@ void RecordArena::WriteImage(RecordHandle record, PropertyBagWriter& bag) const 
     image[19] = 0;
     if (large) StoreLittle(image + kHeaderSize, static_cast<std::uint32_t>(units));
     std::memcpy(image + kHeaderSize + prefix, payload.ends, size);
+    return !large && RoundToClass(units) == units;
 }
 
 namespace {
@@ -629,19 +631,21 @@ RecordHandle RecordArena::CopyImage(const Image& image) {
     return record;
 }
 
-std::vector<RecordHandle> RecordArena::Adopt(std::span<std::uint8_t> images,
-                                             std::shared_ptr<void> owner) {
+void RecordArena::AdoptBlocks(std::span<std::uint8_t> images, std::shared_ptr<void> owner) {
     const std::size_t units = images.size() / kUnit;
     const std::size_t spans = (units + kSlabUnits - 1) >> kSlabShift;
-    const std::uint64_t first = std::uint64_t{slabs_.size()} << kSlabShift;
-    if (first + (std::uint64_t{spans} << kSlabShift) >= kNoHandle) throw std::bad_alloc();
-    slabs_.reserve(slabs_.size() + spans);
+    if (std::uint64_t{spans} << kSlabShift >= kNoHandle) throw std::bad_alloc();
+    slabs_.reserve(spans);
     for (std::size_t i = 0; i < spans; ++i) {
         slabs_.push_back(images.data() + i * kSlabUnits * kUnit);
     }
     adopted_ = std::move(owner);
     memory_ += images.size();
+}
 
+std::vector<RecordHandle> RecordArena::Adopt(std::span<std::uint8_t> images,
+                                             std::shared_ptr<void> owner) {
+    AdoptBlocks(images, std::move(owner));
     std::vector<RecordHandle> records;
     records.reserve(images.size() / kTypicalImage);
     for (std::size_t at = 0; at < images.size();) {
@@ -649,7 +653,7 @@ std::vector<RecordHandle> RecordArena::Adopt(std::span<std::uint8_t> images,
         if (!image.fits_in_place) {
             records.push_back(CopyImage(image));
         } else {
-            records.push_back(static_cast<RecordHandle>(first + at / kUnit));
+            records.push_back(static_cast<RecordHandle>(at / kUnit));
             *At(records.back()) = {
                 0,
                 LoadLittle<std::uint32_t>(image.bytes + 4),

@@ -149,13 +149,18 @@ class RecordArena {
     std::shared_ptr<PropertyChangeEvent> ChangeEvent(RecordHandle record, bool make);
 
     // A record's stored form: its block with its fields behind it, a multiple of eight bytes. The
-    // layout is told in docs/file-format.md.
-    void WriteImage(RecordHandle record, PropertyBagWriter& bag) const;
+    // layout is told in docs/file-format.md. True when it can be a record's block as it is, which
+    // is the rule; `leaf` is then that of the record.
+    bool WriteImage(RecordHandle record, PropertyBagWriter& bag, std::uint32_t leaf = 0) const;
     // Makes records of the images, one behind the other, each with one reference to it. The images
     // become the records' blocks; the arena holds `owner` for as long as it lives. Only for an
     // arena that has no record yet. Raises DamagedState for what is no image, and is good for
     // nothing then.
     std::vector<RecordHandle> Adopt(std::span<std::uint8_t> images, std::shared_ptr<void> owner);
+    // The same for images that this process has written and kept, all of which can be blocks as
+    // they are: nothing is checked. A record's handle is the offset of its image, in units.
+    void AdoptBlocks(std::span<std::uint8_t> images, std::shared_ptr<void> owner);
+    static constexpr std::size_t kUnit = 8;  // bytes, of which blocks are multiples
 
     // The bytes that the arena has asked the machine for.
     std::size_t memory() const { return memory_; }

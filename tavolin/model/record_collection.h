@@ -50,6 +50,11 @@ class RecordCollection {
     // Appends records that the arena has adopted just now, with the reference that it has counted;
     // the keys are looked at later.
     void Adopt(std::span<const RecordHandle> records);
+    // The same for an empty collection and records that know their leaves: LeafOfAdopted.
+    void AdoptPlaced(std::span<const RecordHandle> records) { records_.AssignPlaced(records); }
+    static std::uint32_t LeafOfAdopted(std::uint32_t index) {
+        return OrderList::LeafOfAssigned(index);
+    }
     void Remove(RecordHandle record);
     // For records of those, that have a key of their own: none of them takes a key that another
     // record has from its fields.

@@ -41,8 +41,28 @@ void WriteSpecial(PropertyBagWriter& bag, RecordArena& arena, const Special& spe
     bag.WriteObject("att", [&] { attachments->WriteProperties(bag); });
 }
 
+// For the process itself: where each record lies among the images is kept with them, if all can be
+// blocks as they are, and each already has the leaf that it will be in.
+void WriteBlocks(PropertyBagWriter& bag, const RecordCollection& records) {
+    std::vector<RecordHandle> handles;
+    handles.reserve(static_cast<std::size_t>(records.Count()));
+    bool blocks = true;
+    bag.BeginBlocks("Record");
+    const std::size_t start = bag.size();
+    records.ForEach([&](RecordHandle record) {
+        const auto index = static_cast<std::uint32_t>(handles.size());
+        handles.push_back(static_cast<RecordHandle>((bag.size() - start) / RecordArena::kUnit));
+        const auto leaf = RecordCollection::LeafOfAdopted(index);
+        if (!records.arena().WriteImage(record, bag, leaf)) blocks = false;
+    });
+    bag.EndBlocks();
+    if (!blocks) return;
+    bag.WriteBlocks("RecordHandle", {reinterpret_cast<const std::uint8_t*>(handles.data()),
+                                     handles.size() * sizeof(RecordHandle)});
+}
+
 void ReadSpecial(PropertyBagReader& bag, RecordArena& arena,
-                 const std::vector<RecordHandle>& records) {
+                 std::span<const RecordHandle> records) {
     const std::int32_t position = bag.ReadInt("i");
     if (position < 1 || std::cmp_greater(position, records.size())) {
         bag.Refuse("i", "no such record");
@@ -67,11 +87,14 @@ void CVLRecordSet::ObjectState(const std::vector<std::uint8_t>& state) {
 }
 
 void CVLRecordSet::WriteProperties(PropertyBagWriter& bag) const {
-    const RecordArena& arena = records_->arena();
     bag.Write("RecordsCount", Count());
-    bag.BeginBlocks("Record");
-    records_->ForEach([&](RecordHandle record) { arena.WriteImage(record, bag); });
-    bag.EndBlocks();
+    if (bag.seal() == BagSeal::kNone) {
+        WriteBlocks(bag, *records_);
+    } else {
+        bag.BeginBlocks("Record");
+        records_->ForEach([&](RecordHandle record) { records_->arena().WriteImage(record, bag); });
+        bag.EndBlocks();
+    }
     const auto special = SpecialRecords(*records_);
     bag.WriteSeries("RecordExtra", special.size(),
                     [&](std::size_t i) { WriteSpecial(bag, records_->arena(), special[i - 1]); });
@@ -82,12 +105,27 @@ void CVLRecordSet::ReadProperties(PropertyBagReader& bag) {
     auto images = bag.TakeBlocks("Record");
     auto records = std::make_shared<RecordCollection>(records_->arena().session());
     RecordArena& arena = records->arena();
-    const auto handles = arena.Adopt(images.bytes, std::move(images.owner));
+    // Only what never left the process is believed without a look.
+    const bool blocks = bag.seal() == BagSeal::kNone && bag.Has("RecordHandle");
+    std::vector<RecordHandle> found;
+    std::span<const RecordHandle> handles;
+    if (blocks) {
+        const auto kept = bag.ReadBlocks("RecordHandle");
+        handles = {reinterpret_cast<const RecordHandle*>(kept.data()),
+                   kept.size() / sizeof(RecordHandle)};
+        arena.AdoptBlocks(images.bytes, std::move(images.owner));
+    } else {
+        handles = found = arena.Adopt(images.bytes, std::move(images.owner));
+    }
     if (std::cmp_not_equal(handles.size(), count)) {
         bag.Refuse("RecordsCount", "another number of records is there");
     }
     bag.ReadSeries("RecordExtra", [&](std::size_t) { ReadSpecial(bag, arena, handles); });
-    records->Adopt(handles);
+    if (blocks) {
+        records->AdoptPlaced(handles);
+    } else {
+        records->Adopt(handles);
+    }
     if (arena.AnyOwnKeys()) {
         std::vector<RecordHandle> own;
         std::copy_if(handles.begin(), handles.end(), std::back_inserter(own),

@@ -49,7 +49,8 @@ inline constexpr std::uint32_t kPropertyBagVersion = 1;
 inline constexpr std::size_t kMaxPropertyKeys = 65535;  // different key names in one bag
 inline constexpr std::size_t kMaxPropertyDepth = 64;    // objects within objects
 
-// Whether the array carries a checksum over its contents.
+// Whether the array carries a checksum over its contents. One that never leaves the process needs
+// none; only a reader that is told so takes it.
 enum class BagSeal { kNone, kChecksum };
 
 // Writes keys in the order of the calls. A key should be written once within its object: a reader
@@ -57,7 +58,7 @@ enum class BagSeal { kNone, kChecksum };
 // exception on the way, the writer is good for nothing but its destruction.
 class PropertyBagWriter {
   public:
-    PropertyBagWriter();
+    explicit PropertyBagWriter(BagSeal seal = BagSeal::kChecksum);
     PropertyBagWriter(PropertyBagWriter&&) = default;
     PropertyBagWriter& operator=(PropertyBagWriter&&) = default;
 
@@ -112,9 +113,10 @@ class PropertyBagWriter {
     // The bytes between the start of the array and here: where the next item will begin.
     std::size_t size() const { return out_.size(); }
 
-    // The finished array. Every object and block run must have ended. One that never leaves the
-    // process needs no checksum; only a reader that is told so takes it.
-    ByteBuffer Finish(BagSeal seal = BagSeal::kChecksum) &&;
+    BagSeal seal() const { return seal_; }
+
+    // The finished array. Every object and block run must have ended.
+    ByteBuffer Finish() &&;
 
   private:
     struct TextHash {
@@ -139,6 +141,7 @@ class PropertyBagWriter {
         std::string_view name;
         std::uint32_t next;
     };
+    BagSeal seal_;
     ByteBuffer out_;
     std::vector<Key> keys_;
     // Owns the names that keys_ points to.
@@ -163,6 +166,8 @@ class PropertyBagReader {
                                BagSeal seal = BagSeal::kChecksum);
     PropertyBagReader(const PropertyBagReader&) = delete;
     PropertyBagReader& operator=(const PropertyBagReader&) = delete;
+
+    BagSeal seal() const { return seal_; }
 
     bool Has(std::string_view key);
     // A view into the array, or the default itself.
@@ -240,7 +245,7 @@ class PropertyBagReader {
     };
 
     PropertyBagReader(std::span<const std::uint8_t> bytes, BagSeal seal);
-    void CheckHeader(BagSeal seal) const;
+    void CheckHeader() const;
     void ReadKeyTable(std::size_t offset);
     Item ItemAt(std::size_t at) const;
     [[noreturn]] void RefuseItem(std::size_t at) const;
@@ -254,6 +259,7 @@ class PropertyBagReader {
     void EnterNumbered(std::size_t i);
     void CheckSeriesEnd() const;
 
+    BagSeal seal_;
     std::span<const std::uint8_t> bytes_;
     std::shared_ptr<ByteBuffer> owner_;
     std::vector<std::string_view> keys_;

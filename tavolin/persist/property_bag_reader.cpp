@@ -125,8 +125,8 @@ PropertyBagReader::PropertyBagReader(std::shared_ptr<ByteBuffer> bytes, BagSeal 
 }
 
 PropertyBagReader::PropertyBagReader(std::span<const std::uint8_t> bytes, BagSeal seal)
-    : bytes_(bytes) {
-    CheckHeader(seal);
+    : seal_(seal), bytes_(bytes) {
+    CheckHeader();
     const auto key_table = LoadLittle<std::uint64_t>(bytes.data() + kKeyTableAt);
     if (key_table < kItemsAt || key_table > bytes.size()) {
         RefuseHeader("the key table is not where it is said to be");
@@ -136,7 +136,7 @@ PropertyBagReader::PropertyBagReader(std::span<const std::uint8_t> bytes, BagSea
     frames_[0] = {kItemsAt, kItemsAt, static_cast<std::size_t>(key_table), {}, 0};
 }
 
-void PropertyBagReader::CheckHeader(BagSeal seal) const {
+void PropertyBagReader::CheckHeader() const {
     const std::uint8_t* header = bytes_.data();
     if (bytes_.size() < kVersionAt + 4 || std::memcmp(header, kMagic, sizeof kMagic) != 0) {
         RefuseHeader("this is not a property bag");
@@ -157,7 +157,7 @@ void PropertyBagReader::CheckHeader(BagSeal seal) const {
         RefuseHeader("says " + std::to_string(length) + " bytes, there are " +
                      std::to_string(bytes_.size()));
     }
-    if (seal == BagSeal::kChecksum &&
+    if (seal_ == BagSeal::kChecksum &&
         LoadLittle<std::uint64_t>(header + kChecksumAt) != Checksum(bytes_.subspan(kLengthAt))) {
         RefuseHeader("the checksum does not match the bytes");
     }

@@ -42,7 +42,7 @@ inline std::uint8_t* PropertyBagWriter::Grow(std::size_t count) {
     return out_.data() + begin;
 }
 
-PropertyBagWriter::PropertyBagWriter() {
+PropertyBagWriter::PropertyBagWriter(BagSeal seal) : seal_(seal) {
     out_.Reserve(kRoom);
     std::memset(Grow(kItemsAt), 0, kItemsAt);
 }
@@ -143,7 +143,7 @@ void PropertyBagWriter::WriteBlocks(std::string_view key, std::span<const std::u
     EndBlocks();
 }
 
-ByteBuffer PropertyBagWriter::Finish(BagSeal seal) && {
+ByteBuffer PropertyBagWriter::Finish() && {
     assert(depth_ == 0);
     const std::size_t key_table = size();
     PutVarint(keys_.size());
@@ -156,7 +156,7 @@ ByteBuffer PropertyBagWriter::Finish(BagSeal seal) && {
     StoreLittle(header + kVersionAt, kPropertyBagVersion);
     StoreLittle<std::uint64_t>(header + kLengthAt, size());
     StoreLittle<std::uint64_t>(header + kKeyTableAt, key_table);
-    if (seal == BagSeal::kChecksum) {
+    if (seal_ == BagSeal::kChecksum) {
         StoreLittle(header + kChecksumAt, Checksum(out_.bytes().subspan(kLengthAt)));
     }
     return std::move(out_);

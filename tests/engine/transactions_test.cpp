@@ -67,6 +67,30 @@ TEST_F(TransactionsTest, AbortPutsEverythingBack) {
               Num::GetUserPermissionToRdError());
 }
 
+// Records of every size, some that cannot be taken over as they lie; what came back can be changed
+// like what was made.
+TEST_F(TransactionsTest, AbortBringsBackRecordsThatCanBeWorkedWith) {
+    for (const std::size_t largest : {3000, 700000}) {
+        std::vector<std::string> texts = {"old"};
+        for (int i = 2; i <= 2500; ++i) texts.push_back(std::string(i % 300, 'x') + "é");
+        texts.back() = std::string(largest, 'y');
+        for (int i = engine_.GetTable("T")->Count(); i > 1; --i) engine_.DeleteRecord("T", i);
+        for (std::size_t i = 1; i < texts.size(); ++i)
+            engine_.AddRecord("T", 0, {std::to_string(i + 1), texts[i]});
+        engine_.TransactionBegin();
+        engine_.DeleteRecord("T", 7);
+        engine_.TansactionAbort();
+        engine_.DeleteRecord("T", "2000");
+        texts.erase(texts.begin() + 1999);
+        engine_.AddRecord("T", 0, {"new", "new"}, nullptr, {.before = "1500"});
+        texts.insert(texts.begin() + 1499, "new");
+        const auto table = engine_.GetTable("T");
+        ASSERT_EQ(table->Count(), static_cast<int>(texts.size()));
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            ASSERT_EQ(table->GetRecord(i + 1)->prop(1), texts[i]) << i;
+    }
+}
+
 TEST_F(TransactionsTest, AbortCarriesNoRightToDataItWasNotGivenFor) {
     for (const PermitStateEnum state : {Undefined, ToRead, ToReadWrite, ToDelete, Ownership}) {
         ActWith(state);
