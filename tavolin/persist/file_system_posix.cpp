@@ -19,6 +19,8 @@ namespace fs = std::filesystem;
 
 // One request moves no more than this; some machines refuse more.
 constexpr std::size_t kMaxRequest = std::size_t{1} << 30;
+// After so many bytes the disk is asked to begin with them.
+constexpr std::size_t kBatch = std::size_t{8} << 20;
 constexpr int kMaxLinks = 40;
 
 [[noreturn]] void Fail(const char* what, const fs::path& path, int code = errno) {
@@ -58,10 +60,12 @@ class PosixFile final : public File {
     }
 
     std::size_t Write(ByteView bytes) override {
-        return Taken(bytes, Retry([&] {
-                         return ::write(descriptor_, bytes.data(),
-                                        std::min(bytes.size(), kMaxRequest));
-                     }));
+        const std::size_t taken =
+            Taken(bytes, Retry([&] {
+                      return ::write(descriptor_, bytes.data(), std::min(bytes.size(), kBatch));
+                  }));
+        BeginWritingOut(taken);
+        return taken;
     }
 
     std::size_t WriteAt(std::uint64_t offset, ByteView bytes) override {
@@ -83,6 +87,17 @@ class PosixFile final : public File {
         }
     }
 
+    // The disk works on what it has been given of a large file while the rest is copied for it. How
+    // that goes is for Flush to tell.
+    void BeginWritingOut([[maybe_unused]] std::size_t count) {
+#if defined(__linux__)
+        waiting_ += count;
+        if (waiting_ < kBatch) return;
+        waiting_ = 0;
+        ::sync_file_range(descriptor_, 0, 0, SYNC_FILE_RANGE_WRITE);
+#endif
+    }
+
     // Another owner's file stays theirs where that is allowed. The bits come last: a change of
     // owner may clear some of them.
     void TakeRightsFrom(const struct stat& like) {
@@ -102,6 +117,7 @@ class PosixFile final : public File {
 
     int descriptor_;
     fs::path path_;
+    std::size_t waiting_ = 0;  // written since the disk was asked last
 };
 
 int Flags(FileMode mode) {
