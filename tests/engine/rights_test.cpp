@@ -1,7 +1,9 @@
 // Who may do what: every public member of every class, called by every kind of user and in every
 // state that objects can get into. docs/reliability-rights.md tells the same in words.
+#include <fstream>
 #include <map>
 #include <set>
+#include <sstream>
 
 #include "tavolin/persist/paths.h"
 #include "tests/support/engine_state.h"
