@@ -222,8 +222,6 @@ const Row kRows[] = {
      [](W& w) { w.engine->UpDateRecord("Items", w.Present(), 1, {"1", "z"}); }},
     {"CVLDBEngine", "DeleteRecord", kReadDelete, [](W& w) { w.engine->DeleteRecord("Items", 1); }},
     {"CVLDBEngine", "Find", kNone, [](W& w) { w.engine->Find("1"); }},
-    {"CVLDBEngine", "Find", kRead,
-     [](W& w) { w.engine->Find("1")->CVLRecordSet()->FirstRecord(); }},
     {"CVLDBEngine", "TransactionBegin TansactionAbort", kNone,
      [](W& w) { w.engine->TransactionBegin(), w.engine->TansactionAbort(); }},
     {"CVLDBEngine", "TransactionCommit", "...wwwwn",
@@ -362,9 +360,8 @@ const Row kRows[] = {
     {"CVLTable", "AttachToRecord", kReadWrite, [](W& w) { w.table->AttachToRecord("1", "x"); }},
     {"CVLTable", "AttachToRecord", kWrite, [](W& w) { w.table->AttachToRecord(w.record, "x"); }},
     {"CVLTable", "Find", kNone, [](W& w) { w.table->Find("1"); }},
-    {"CVLTable", "Find", kRead, [](W& w) { w.table->Find("1")->GetRecord(1); }},
-    {"CVLTable", "Find", kWrite, [](W& w) { w.table->Find("1")->Add(w.tables, 1, {"9"}); }},
-    {"CVLTable", "Find", kDelete, [](W& w) { w.table->Find("1")->CVLRecordSet()->Remove(1); }},
+    {"CVLTable", "GetRecord", kRead, [](W& w) { w.table->Find("1")->GetRecord(1); }},
+    {"CVLTable", "Add", kWrite, [](W& w) { w.table->Find("1")->Add(w.tables, 1, {"9"}); }},
     {"CVLTable", "Sort", kWrite, [](W& w) { w.table->Sort(1); }},
     {"CVLTable", "MakeItText", kRead, [](W& w) { w.table->MakeItText(); }},
     {"CVLTable", "MakeItHTML", kRead, [](W& w) { w.table->MakeItHTML("", ""); }},
@@ -388,6 +385,8 @@ const Row kRows[] = {
     {"CVLRecordSet", "Update", kWrite, [](W& w) { w.records->Update(kKey, w.record, {"1"}); }},
     {"CVLRecordSet", "Item", kRead, [](W& w) { w.records->Item("1"); }},
     {"CVLRecordSet", "Remove", kDelete, [](W& w) { w.records->Remove("1"); }},
+    {"CVLRecordSet", "Remove", kDelete,
+     [](W& w) { w.table->Find("1")->CVLRecordSet()->Remove(1); }},
     {"CVLRecordSet", "AttachToRecord", kWrite,
      [](W& w) { w.records->AttachToRecord(w.record, 1, "x", aPicture); }},
     {"CVLRecordSet", "MakeItMDB", kRead,
@@ -462,6 +461,99 @@ const Row kRows[] = {
      }},
 };
 
+// The sources that are not the member's name and its kind.
+const std::map<std::string, const char*> kSources = {
+    {"CVLDBEngine.DeleteRecord", "RemoveRecord Method"},
+    {"CVLDBEngine.GetArrayAttachments", "GetArrayRecords Method"},
+    {"CVLDBEngine.LogDBActivities", "LogDBActivities"},
+    {"CVLDBUser.UserName=", "UserName Property let"},
+    {"CVLDBUser.UserFullName=", "UserFullName Property let"},
+    {"CVLDBUser.UserDescription=", "UserDescription Property let"},
+    {"CVLTableSet.Update", "UpDate Method"},
+    {"CVLTable.Update", "UpDate Method"},
+    {"CVLTable.AttachToRecord", "attachToRecord Method"},
+    {"CVLRecordSet.Update", "UpDate Method"},
+    {"CVLAttachmentSet.Update", "UpDate Method"},
+    {"CVLAttachmentSet.Item", "Remove Method"},
+};
+
+std::string SourceOf(const Row& row) {
+    std::string member = row.members;
+    const auto known = kSources.find(std::string(row.type) + "." + member);
+    if (known != kSources.end()) {
+        member = known->second;
+    } else if (member.back() == '=') {
+        member.replace(member.size() - 1, 1, " Property Let");
+    } else if (member == "Item") {
+        member += " Property Get";
+    } else {
+        for (const auto& [prefix, move] : {std::pair{"First", "moveFirst"},
+                                           {"Last", "moveEnd"},
+                                           {"Previous", "movePrevious"},
+                                           {"Next", "moveNext"}}) {
+            if (member.starts_with(prefix)) member = move;
+        }
+        member += " Method";
+    }
+    return std::string(row.type) + ":" + member;
+}
+
+// The texts that are not those of their letter; "*" is the user's name.
+const std::map<std::string, const char*> kTexts = {
+    {"CVLTable.Link", "User: * Does Not Have Permission To Read/Write!"},
+    {"CVLDBEngine.LinkTables w", "User: * Does Not Have Permission To Read/Write!"},
+    {"CVLDBEngine.LogDBActivities",
+     "User: * Is Not The DataBase Owner\r\nThus Does Not Permission To Set The Log!"},
+    {"CVLDBEngine.DeleteDB o",
+     "User: * Is Not The DataBase Owner\r\nThus Does Not Have The Right To Delete\r\n"},
+    {"CVLDBEngine.LoadDB", "User Should Log On To Be Able To Open A DataBase!"},
+    {"CVLUserNoteSet r", "* Does Not Have Permission Read Notes!"},
+    {"CVLUserNoteSet w", "* Does Not Have Permission Write Notes!"},
+    {"CVLUserNoteSet d", "* Does Not Have Permission Delete Notes!"},
+    {"r", "User * Does Not Have Permission To Read!"},
+    {"w", "User * Does Not Have Permission To Read/Write!"},
+    {"d", "User * Does Not Have Permission To Delete!"},
+    {"n", "User Should Log On To Be Able To Perform Any DataBase Activity!"},
+    {"c", "User Should Log On To Create A New DataBase!"},
+    {"k",
+     "DataBase Password Did Not Change!\r\nCause: Old DataBase Password Provided By * Is "
+     "Incorrect!"},
+    {"h", "User: * Is Not The DataBase Owner\r\nThus Does Not Have The Right To Change Ownership!"},
+    {"p", "Log In To DataBase Denied!\r\nCause: Incorrect DataBase Password!"},
+    {"x", "Log In To DataBase Denied!\r\nCause: User Is Disabled!"},
+};
+
+// The right that the owner alone has.
+const std::map<std::string, const char*> kOwnersRights = {
+    {"CVLDBEngine.CreateNewUser", "!\r\nThus Does Not Have The Right To Create Users"},
+    {"CVLDBUserSet.Add", "!\r\nThus Does Not Have The Right To Create Users"},
+    {"CVLDBUserSet.Update", "!\r\nThus Does Not Have The Right To UpDate Users"},
+    {"CVLDBUserSet.Remove", "!\r\nThus Does Not Have The Right To Delete Users"},
+    {"CVLDBUser", "\r\nThus Does Not Have The Right To Set User State!"},
+    {"CVLDBEngine.DeleteTable", "\r\nThus Does Not Have The Right To Delete Tables!"},
+    {"CVLTableSet.Remove", "\r\nThus Does Not Have The Right To Delete Tables!"},
+    {"", "!\r\nThus Does Not Have The Right To Unlink A Field From A Table!"},
+};
+
+std::string TextOf(const Row& row, char outcome, const std::string& user) {
+    const std::string type = row.type, member = type + "." + row.members;
+    const std::string letter(1, outcome);
+    std::string text;
+    for (const auto& key : {letter, type + " " + letter, member, member + " " + letter}) {
+        if (kTexts.contains(key)) text = kTexts.at(key);
+    }
+    if (text.empty()) {
+        text = "User: * Is Not The DataBase Owner";
+        for (const auto& key : {member, type, std::string()}) {
+            if (!kOwnersRights.contains(key)) continue;
+            text += kOwnersRights.at(key);
+            break;
+        }
+    }
+    const std::size_t name = text.find('*');
+    return name == text.npos ? text : text.replace(name, 1, user);
+}
+
 class RightsTest : public testing::Test {
   protected:
     // "ann" owns one database, "bob" the other, where she may read.
@@ -503,22 +595,22 @@ class RightsTest : public testing::Test {
         return world;
     }
 
-    // One outcome, and that a refusal has changed nothing.
+    // One outcome, how a refusal reads, and that it has changed nothing.
     static void Expect(char expected, const Row& row, World& world, const std::string& where) {
+        SCOPED_TRACE(std::string(row.type) + "." + row.members + ", " + where);
         const std::string before = expected == '.' ? std::string() : world.Everything();
-        std::string description;
-        std::int32_t number = 0;
+        const auto user = world.engine ? world.engine->LogedOnUser() : nullptr;
+        Error raised(0);
         try {
             row.call(world);
         } catch (const Error& error) {
-            number = error.number();
-            description = error.description();
+            raised = error;
         }
-        EXPECT_EQ(Outcome(number), expected)
-            << row.type << "." << row.members << ", " << where << ": " << number << description;
-        if (expected != '.') {
-            EXPECT_TRUE(world.Everything() == before) << row.type << "." << row.members << where;
-        }
+        EXPECT_EQ(Outcome(raised.number()), expected) << raised.description();
+        if (expected == '.') return;
+        EXPECT_TRUE(world.Everything() == before);
+        EXPECT_EQ(raised.source(), SourceOf(row));
+        EXPECT_EQ(raised.description(), TextOf(row, expected, user ? user->UserName() : "---"));
     }
 
     ScopedLibraryFolder library_;
