@@ -31,7 +31,7 @@ class Terminal {
         while (shown_.find(prompt, seen_) == std::string::npos) {
             ASSERT_TRUE(Read()) << prompt << " never comes after " << shown_;
         }
-        seen_ = shown_.size();
+        seen_ = shown_.find(prompt, seen_) + prompt.size();
         ASSERT_EQ(::write(terminal_, line.data(), line.size()), static_cast<ssize_t>(line.size()));
     }
     std::string All() {
@@ -73,7 +73,8 @@ TEST_F(HostTest, TypedPasswordsStayUnseen) {
         std::string back;
         for (int i = 0; i < 9; ++i) back += "\x1B[A";
         terminal.Answer("> ", back + "\n");  // the oldest line, after all others
-        terminal.Answer("exists", "quit\n");
+        terminal.Answer("Exists", "");
+        terminal.Answer("> ", "quit\n");
         terminal.Answer("Save", "y\n");
         shown = terminal.All();
     }
