@@ -1,6 +1,7 @@
 #include "tavolin/engine/engine.h"
 
 #include "tavolin/engine/report.h"
+#include "tavolin/persist/paths.h"
 
 namespace tavolin {
 
@@ -35,7 +36,10 @@ void CVLDBEngine::AskOpen(const char* source) const {
 std::string CVLDBEngine::DBName() const { return database_->name; }
 
 void CVLDBEngine::DBName(std::string_view name) {
-    Report("CVLDBEngine:DBName Property Let", [&] { database_->name = name; });
+    Report("CVLDBEngine:DBName Property Let", [&] {
+        if (!name.empty() && !StaysInFolder(name)) RaiseRunTime(kBadFileName);
+        database_->name = name;
+    });
 }
 
 std::string CVLDBEngine::DBPath() const { return database_->path; }

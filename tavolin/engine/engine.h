@@ -139,6 +139,8 @@ class CVLDBEngine {
     // --- The open database
 
     // The file's name and its folder. They are where SaveDB writes to; setting them moves nothing.
+    // A name stands in its folder, here and wherever one is given: one with `\`, `/` or `:` in it,
+    // of dots alone, or of a device raises 52.
     std::string DBName() const;
     void DBName(std::string_view name);
     std::string DBPath() const;

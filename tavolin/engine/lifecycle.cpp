@@ -29,7 +29,9 @@ decltype(auto) WhenFails(Body&& body, Replace&& replace) {
     }
 }
 
-std::string WithExtension(std::string_view name) {
+// The name of a database file that a host gives, which stands in the folder that it gives.
+std::string FileNameOf(std::string_view name) {
+    if (!StaysInFolder(name)) RaiseRunTime(kBadFileName);
     std::string full(name);
     if (full.find('.') == std::string::npos) full.append(".").append(DefaultExtension());
     return full;
@@ -109,9 +111,8 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
                                                       std::string_view CreatorFullName) {
     static constexpr const char* kSource = "CVLDBEngine:CreateNewDB Method";
     const auto create = [&] {
-        if (DBShortName.empty()) RaiseRunTime(kBadFileName);
         auto database = NewDatabase();
-        database->name = WithExtension(DBShortName);
+        database->name = FileNameOf(DBShortName);
         database->path = DBDir;
         std::string file = JoinPath(DBDir, database->name);
         if (FileExists(file)) {
@@ -216,8 +217,9 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
             !EqualFold(WithTrailingSeparator(DBDir), WithTrailingSeparator(naming.path))) {
             naming.path = WithTrailingSeparator(DBDir);
         }
-        if (!newDBName.empty() && !EqualFold(WithExtension(newDBName), naming.name)) {
-            naming.name = WithExtension(newDBName);
+        if (!newDBName.empty() && !EqualFold(newDBName, naming.name)) {
+            const std::string name = FileNameOf(newDBName);
+            if (!EqualFold(name, naming.name)) naming.name = name;
         }
         const std::string file = JoinPath(naming.path, naming.name);
         AskToWriteTo(file, kSource);

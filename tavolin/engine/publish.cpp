@@ -14,8 +14,8 @@ void CVLDBEngine::MakeItText(std::string_view DirPath, std::string_view FileName
         AskOpen(kSource);
         const bool named = !FileName.empty() && !EqualFold(FileName, DBName());
         const std::string name =
-            named ? std::string(FileName) : ReplaceFold(DBName(), DefaultExtension(), "");
-        const std::string path = JoinPath(DirPath, name + "txt");
+            (named ? std::string(FileName) : ReplaceFold(DBName(), DefaultExtension(), "")) + "txt";
+        const std::string path = ExportPath(DirPath, name);
         const auto tables = database_->tables;
         const TextEncoding encoding = EncodingForText(*tables);
         AskToExportTo(path, *session_);

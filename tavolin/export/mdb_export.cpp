@@ -54,7 +54,7 @@ class TableExport {
 
 void Export(std::vector<TableExport> tables, std::string_view dir, std::string_view name,
             const Session& session) {
-    const std::string path = JoinPath(dir, ReplaceFold(name, DefaultExtension(), "") + "mdb");
+    const std::string path = ExportPath(dir, ReplaceFold(name, DefaultExtension(), "") + "mdb");
     AskToExportTo(path, session);
     mdb::Writer file(path);
     for (TableExport& table : tables) table.CreateIn(file);

@@ -3,6 +3,7 @@
 #include "tavolin/export/protection.h"
 #include "tavolin/model/session.h"
 #include "tavolin/model/table_set.h"
+#include "tavolin/persist/paths.h"
 #include "tavolin/persist/text_file.h"
 
 namespace tavolin {
@@ -16,6 +17,11 @@ void PrintQuoted(std::string_view text, std::string_view path, const Session& se
 }
 
 }  // namespace
+
+std::string ExportPath(std::string_view folder, std::string_view name) {
+    if (!StaysInFolder(name)) RaiseRunTime(kBadFileName);
+    return JoinPath(folder, name);
+}
 
 void AskToExportTo(std::string_view path, const Session& session) {
     if (session.IsOwnFile(path)) RaiseRunTime(kFileExists);

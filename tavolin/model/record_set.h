@@ -177,8 +177,8 @@ class CVLRecordSet {
     // Writes the records into a table `TableName` of an Access database: a text column for each
     // field that has a label, in that order and named by it, and a row for each record, with "NULL"
     // for an empty value. The file stands in `DirPath` and is named as `DBShortName` without "cdb"
-    // and with "mdb" right behind it. What is written, and its limits, is told in
-    // docs/mdb-export.md.
+    // and with "mdb" right behind it; a name that leads out of the folder raises 52. What is
+    // written, and its limits, is told in docs/mdb-export.md.
     //
     // A file that is there gets the table added, if this library wrote it and nobody has changed it
     // since; any other file, and the open database's own, raises 58. Errors name table, record and

@@ -8,6 +8,7 @@
 #include "tavolin/base/text.h"
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
+#include "tavolin/model/permission.h"
 #include "tavolin/model/session.h"
 #include "tavolin/model/table.h"
 #include "tavolin/model/table_set.h"
@@ -80,6 +81,7 @@ std::shared_ptr<CVLRecord> CVLTable::Add(const std::shared_ptr<CVLTableSet>& use
                                          const Placement& place) {
     static constexpr const char* kSource = "CVLTable:Add Method";
     return Trap(kSource, [&] {
+        AskWrite(*session_, kSource);  // before a linked table asks for the right to read
         // Adding to what a search found changes nothing else.
         const auto fillings = is_result_ ? Fillings() : PlanFillings(useTableSet);
         const auto records = records_;  // a handler may give the table another set
@@ -94,7 +96,9 @@ std::shared_ptr<CVLRecord> CVLTable::Update(const std::shared_ptr<CVLTableSet>& 
                                             std::shared_ptr<CVLRecord> record,
                                             const FieldTexts& props,
                                             std::shared_ptr<CVLAttachmentSet> AttachmentsTable) {
-    return Trap("CVLTable:UpDate Method", [&] {
+    static constexpr const char* kSource = "CVLTable:UpDate Method";
+    return Trap(kSource, [&] {
+        AskWrite(*session_, kSource);
         const auto fillings = PlanFillings(useTableSet);
         const auto records = records_;
         records->Update(primary_key_, record, props, std::move(AttachmentsTable));

@@ -66,6 +66,12 @@ bool IsFolderName(std::string_view name) {
     return possible && !IsDevice(name);
 }
 
+bool StaysInFolder(std::string_view name) {
+    using namespace std::string_view_literals;
+    return name.find_first_of("\\/:\0"sv) == std::string_view::npos &&
+           name.find_first_not_of(". ") != std::string_view::npos && !IsDevice(name);
+}
+
 std::string RegistryPath() { return LibraryFolder() + "RDX.dat"; }
 
 bool FileExists(std::string_view path) {

@@ -30,6 +30,10 @@ PathParts SplitPath(std::string_view path);
 // "LPT1.txt").
 bool IsFolderName(std::string_view name);
 
+// Whether a name, put behind a folder, leads to a file in that folder on every system: no `\`, `/`,
+// `:` or zero byte in it, not of dots and blanks alone, and no device.
+bool StaysInFolder(std::string_view name);
+
 // The folder of the component's own file, with `\` behind it: the shared library's, or the
 // executable's when the library is linked into it. The environment variable TAVOLIN_FOLDER, when it
 // is not empty, names another one; it is asked at every call.

@@ -47,9 +47,6 @@ TEST_F(RecordsTest, FailuresHaveTheirNumbersTextsAndSources) {
     expect("RemoveRecord", none, [&] { engine_.DeleteRecord("none", 1); });
     EXPECT_EQ(ErrorNumber([&] { engine_.GetRecord("T", "x"); }), Num::GetDBNotSetError());
     EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("T", "x"); }), Num::GetDBNotSetError());
-    ActWith(ToReadWrite);
-    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("T", 1); }),
-              Num::GetUserPermissionToDelError());
     EXPECT_EQ(Keys("T"), "1 ");
 }
 

@@ -70,13 +70,6 @@ TEST_F(SchemaTest, FailuresHaveTheirTextsAndChangeNothing) {
               Num::GetFieldOutOfRangeError());
     EXPECT_EQ(ErrorNumber([&] { engine_.CreateNewPrimaryTable("B", {"ID"}, 0, 256); }), 6);
     EXPECT_EQ(engine_.LogReport(), report);
-    engine_.LinkTables("A", 1, "RefA");
-    ActWith(ToDelete);
-    expect(Num::GetUserIsNotDBOwnerError(), "DeleteTable",
-           "User: deleter Is Not The DataBase Owner\r\nThus Does Not Have The Right To Delete "
-           "Tables!",
-           [&] { engine_.DeleteTable("A"); });
-    EXPECT_EQ(engine_.GetTable("A")->LinkedTable(1), "RefA");  // refused before any change
     EXPECT_EQ(Names(), "A RefA ");
     EXPECT_EQ(events_, "");
 }

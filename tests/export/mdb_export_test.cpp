@@ -53,20 +53,7 @@ TEST_F(MdbExportTest, NamesTheFileAfterTheDatabaseOrAsAsked) {
     EXPECT_FALSE(IsThere("none.mdb"));
 }
 
-TEST_F(MdbExportTest, AsksForARightToRead) {
-    const auto tables = engine_.CVLTableSet();
-    const auto table = tables->Item("Customers");
-    const auto records = table->CVLRecordSet();
-    int count = 0;
-    const auto name = [&] { return std::to_string(++count) + "."; };
-    ExpectAsks(
-        {{ToRead, "CVLRecordSet:MakeItMDB Method",
-          [&] { records->MakeItMDB(FolderPath(), name(), "T", {"A"}); }},
-         {ToRead, "CVLTable:MakeItMDB Method", [&] { table->MakeItMDB(FolderPath(), name()); }},
-         {ToRead, "CVLTableSet:MakeItMDB Method", [&] { tables->MakeItMDB(FolderPath(), name()); }},
-         {ToRead, "CVLDBEngine:MakeItMDB Method",
-          [&] { engine_.MakeItMDB(FolderPath(), name()); }}});
-    EXPECT_FALSE(IsThere("1.mdb"));
+TEST_F(MdbExportTest, AsksForAnOpenDatabase) {
     ExpectError(CVLErrorNum::GetDBNotSetError(), "CVLDBEngine:MakeItMDB Method",
                 "DataBase Is Not Set!", [&] { CVLDBEngine().MakeItMDB(FolderPath()); });
 }

@@ -95,28 +95,6 @@ TEST_F(TextExportTest, ChoosesTheEncodingForTheWholeText) {
     expect(false, " Ludzie ", "Ł");
 }
 
-TEST_F(TextExportTest, AsksForARightToRead) {
-    const auto records = people_->CVLRecordSet();
-    const auto tables = engine_.CVLTableSet();
-    const std::string folder = FolderPath();
-    ActWith(Undefined);
-    EXPECT_THROW(engine_.MakeItText(folder, "a"), Error);
-    EXPECT_THROW(engine_.MakeItHTML(folder, "a"), Error);
-    EXPECT_FALSE(There("atxt") || There("a"));
-    ExpectAsks({
-        {ToRead, "CVLRecordSet:MakeItText Method", [&] { records->MakeItText({"A"}); }},
-        {ToRead, "CVLTable:MakeItText Method", [&] { people_->MakeItText(); }},
-        {ToRead, "CVLTableSet:MakeItText Method", [&] { tables->MakeItText(); }},
-        {ToRead, "CVLDBEngine:MakeItText Method", [&] { engine_.MakeItText(folder, "a"); }},
-        {ToRead, "CVLRecordSet:MakeItHTML Method",
-         [&] { records->MakeItHTML("", "", people_, {"A"}); }},
-        {ToRead, "CVLTable:MakeItHTML Method", [&] { people_->MakeItHTML("", ""); }},
-        {ToRead, "CVLTableSet:MakeItHTML Method", [&] { tables->MakeItHTML(folder, "a"); }},
-        {ToRead, "CVLDBEngine:MakeItHTML Method", [&] { engine_.MakeItHTML(folder, "a"); }},
-        {Undefined, "CVLTable:printToFile Method", [&] { people_->PrintToFile("x", File("p")); }},
-    });
-}
-
 TEST_F(TextExportTest, NeverWritesOntoTheOpenDatabase) {
     const std::string folder = FolderPath();
     const auto print = [&](std::string_view path) {

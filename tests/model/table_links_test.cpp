@@ -133,12 +133,6 @@ TEST_F(TableLinksTest, RefusesLinks) {
     ExpectError(N::GetTableNotFoundError(), "CVLTable:Unlink Method", "Table: 9 Not Found!",
                 [&] { a_->Unlink(9); });
     EXPECT_EQ(Links(), before);
-    ExpectAsks({{ToReadWrite, "CVLTable:Link Method", [&] { a_->Link(2, c_); },
-                 "User: * Does Not Have Permission To Read/Write!"},
-                {Ownership, "CVLTable:Unlink Method", [&] { a_->Unlink(b_); },
-                 "User: * Is Not The DataBase Owner!\r\nThus Does Not Have The Right To Unlink A "
-                 "Field From A Table!"}});
-    EXPECT_EQ(Links(), "A(2C|)B(|)C(|A)");
 }
 
 TEST_F(TableLinksTest, KeepsAllOfMoreThanTenReferrers) {

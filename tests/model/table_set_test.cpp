@@ -55,20 +55,10 @@ TEST_F(TableSetTest, AddsAndUpdates) {
     EXPECT_EQ(events, "+T=T=T-T0");
 }
 
-TEST_F(TableSetTest, AsksForRights) {
+TEST_F(TableSetTest, HasNoEndsWhenEmpty) {
     ExpectNoEnds("CVLTableSet", "Table Not Found Error ", N::GetFirstTableError(),
                  {[&] { set_->FirstTable(); }, [&] { set_->LastTable(); },
                   [&] { set_->PreviousTable(1); }, [&] { set_->NextTable(0); }});
-    set_->Add("T", isPrimaryTable);
-    int added = 0;
-    ExpectAsks({{ToRead, "CVLTableSet:Item Property Get", [&] { set_->Item("T"); }},
-                {ToReadWrite, "CVLTableSet:Add Method",
-                 [&] { set_->Add(std::to_string(++added), isPrimaryTable); }},
-                {ToReadWrite, "CVLTableSet:UpDate Method", [&] { set_->Update(1); }},
-                {Ownership, "CVLTableSet:Remove Method", [&] { set_->Remove("T"); },
-                 "User: * Is Not The DataBase Owner\r\n"
-                 "Thus Does Not Have The Right To Delete Tables!"}});
-    EXPECT_EQ(set_->Count(), 3);
 }
 
 TEST_F(TableSetTest, ComesBackFromItsStoredForm) {

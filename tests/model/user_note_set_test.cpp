@@ -47,22 +47,6 @@ TEST_F(UserNoteSetTest, AddsUpdatesRemovesAndWalks) {
     }
 }
 
-TEST_F(UserNoteSetTest, IsTheOwnersAlone) {
-    for (const PermitStateEnum right : {Undefined, ToRead, ToReadWrite, ToDelete}) {
-        ActWith(right);
-        const std::string refusal =
-            engine_.LogedOnUser()->UserName() + " Does Not Have Permission ";
-        ExpectError(N::GetUserPermissionToRWError(), "CVLUserNoteSet:Add Method",
-                    refusal + "Write Notes!", [&] { set_.Add(date_, 1, ""); });
-        ExpectError(N::GetUserPermissionToRWError(), "CVLUserNoteSet:Update Method",
-                    refusal + "Write Notes!", [&] { set_.Update("x", ""); });
-        ExpectError(N::GetUserPermissionToRdError(), "CVLUserNoteSet:Item Property Get",
-                    refusal + "Read Notes!", [&] { set_.Item("x"); });
-        ExpectError(N::GetUserPermissionToDelError(), "CVLUserNoteSet:Remove Method",
-                    refusal + "Delete Notes!", [&] { set_.Remove("x"); });
-    }
-}
-
 // The owner of one database has no say over the notes in another, nor over those in one that is
 // not open any more.
 TEST_F(UserNoteSetTest, FollowsTheRightsOfItsUsersDatabase) {

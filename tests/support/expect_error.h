@@ -139,40 +139,6 @@ class EngineTest : public testing::Test {
         if (right != Undefined) engine_.DBLegalUser(user, right);
     }
 
-    // What asks for a right: a member, by its source and what it does. A text that is not given is
-    // the usual refusal; "*" in it is the user's name.
-    struct Asking {
-        PermitStateEnum right;
-        const char* source;
-        std::function<void()> body;
-        std::string text = {};
-    };
-    // Each body is refused for every lower right than its own and runs for the others.
-    void ExpectAsks(const std::vector<Asking>& askings) {
-        const std::vector<PermitStateEnum> ladder = {Undefined, ToRead, ToReadWrite, ToDelete,
-                                                     Ownership};
-        const std::int32_t numbers[] = {
-            0, CVLErrorNum::GetUserPermissionToRdError(), CVLErrorNum::GetUserPermissionToRWError(),
-            CVLErrorNum::GetUserPermissionToDelError(), CVLErrorNum::GetUserIsNotDBOwnerError()};
-        const char* texts[] = {"", "Read!", "Read/Write!", "Delete!", ""};
-        for (std::size_t has = 0; has < ladder.size(); ++has) {
-            ActWith(ladder[has]);
-            for (const Asking& asking : askings) {
-                const auto needs = static_cast<std::size_t>(
-                    std::find(ladder.begin(), ladder.end(), asking.right) - ladder.begin());
-                if (has >= needs) {
-                    EXPECT_NO_THROW(asking.body()) << asking.source;
-                    continue;
-                }
-                std::string text = asking.text;
-                if (text.empty())
-                    text = std::string("User * Does Not Have Permission To ") + texts[needs];
-                text.replace(text.find('*'), 1, engine_.LogedOnUser()->UserName());
-                ExpectError(numbers[needs], asking.source, text, asking.body);
-            }
-        }
-    }
-
     ScopedLibraryFolder library_;
     const TemporaryFolder& folder_ = library_.folder();
     CVLDBEngine engine_;
