@@ -79,7 +79,10 @@ RecordArena::RecordArena(std::shared_ptr<Session> session) : session_(std::move(
     free_.fill(kNoHandle);
 }
 
-RecordArena::~RecordArena() = default;
+RecordArena::~RecordArena() {
+    if (!adopted_) return;
+    for (const auto& [record, extras] : extras_) At(record)->flags &= kWidthMask | kNotAscii;
+}
 
 void RecordArena::JoinSession(std::shared_ptr<Session> session) {
     session_ = std::move(session);
@@ -287,6 +290,21 @@ RecordArena::FieldPlace RecordArena::PlaceOf(RecordHandle record, int field) con
             payload.End(field)};
 }
 
+std::array<bool, kFieldCount> RecordArena::Differing(RecordHandle record,
+                                                     const FieldTexts& values) const {
+    const Payload payload = PayloadOf(record);
+    std::array<bool, kFieldCount> differing;
+    std::uint32_t begin = 0;
+    for (int i = 0; i < kFieldCount; ++i) {
+        const std::uint32_t end = payload.End(i);
+        const std::string_view field(payload.text() + begin, end - begin);
+        // Mostly they are the very same.
+        differing[static_cast<std::size_t>(i)] = field != values[i] && !EqualFold(field, values[i]);
+        begin = end;
+    }
+    return differing;
+}
+
 // Takes fields that change out of the counts until they have changed, or have not.
 class RecordArena::Recount {
   public:
@@ -320,12 +338,17 @@ void RecordArena::SetFields(RecordHandle record, const FieldTexts& values,
     const FieldTexts fields(merged);
     const Shape shape = ShapeOf(fields);
     // Built beside, because the new values may lie in the record itself.
-    std::string buffer(shape.payload_size(), '\0');
-    auto* bytes = reinterpret_cast<std::uint8_t*>(buffer.data());
+    std::array<std::uint8_t, 512> small;
+    std::unique_ptr<std::uint8_t[]> large;
+    std::uint8_t* bytes = small.data();
+    if (shape.payload_size() > small.size()) {
+        large.reset(new std::uint8_t[shape.payload_size()]);
+        bytes = large.get();
+    }
     Fill(bytes, shape.width, fields);
     if (touches_key) TakeOwnKey(record);
     const Recount recount(*this, record, changed);
-    PlacePayload(record, {bytes, buffer.size()});
+    PlacePayload(record, {bytes, shape.payload_size()});
     std::uint8_t& flags = At(record)->flags;
     flags = static_cast<std::uint8_t>((flags & ~(kWidthMask | kNotAscii)) | shape.width |
                                       (shape.ascii ? 0 : kNotAscii));

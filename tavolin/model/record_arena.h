@@ -78,6 +78,8 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // Every byte of every field is below 0x80.
     bool IsAscii(RecordHandle record) const { return (At(record)->flags & kNotAscii) == 0; }
 
+    // Marks the fields that differ from `values` in more than letter case.
+    std::array<bool, kFieldCount> Differing(RecordHandle record, const FieldTexts& values) const;
     // Sets the fields that `changed` marks, all or none.
     void SetFields(RecordHandle record, const FieldTexts& values,
                    const std::array<bool, kFieldCount>& changed);
@@ -137,6 +139,8 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // Nothing until one was given; Attachments(record, true) makes one.
     std::shared_ptr<CVLAttachmentSet> Attachments(RecordHandle record, bool make);
     void Attachments(RecordHandle record, std::shared_ptr<CVLAttachmentSet> attachments);
+    // After this, putting others in their place needs no memory.
+    void NeedAttachments(RecordHandle record) { ExtrasOf(record); }
     bool HasAttachments(RecordHandle record) const;
 
     // The record's event; nothing unless somebody asked to have it made.
@@ -148,7 +152,8 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // Makes records of the images, one behind the other, each with one reference to it. The images
     // become the records' blocks; the arena holds `owner` for as long as it lives. Only for an
     // arena that has no record yet. Raises DamagedState for what is no image, and is good for
-    // nothing then.
+    // nothing then. An arena that goes before anything but keys and attachments has been put to its
+    // records leaves the images so that they can be adopted again.
     std::vector<RecordHandle> Adopt(std::span<std::uint8_t> images, std::shared_ptr<void> owner);
 
     // The bytes that the arena has asked the machine for.

@@ -26,6 +26,28 @@ void CheckParts(const PrimaryKeyType& key, const char* source) {
     }
 }
 
+// Sets the fields that differ in more than letter case, up to one that `fixed` holds; false when
+// there is such a one. All at once, unless somebody is told of each.
+bool SetProps(CVLRecord& record, const FieldTexts& props, const PrimaryKeyType& fixed) {
+    RecordArena& arena = *record.arena();
+    const auto event = arena.ChangeEvent(record.handle(), false);
+    const bool one_by_one = event && event->HasHandlers();
+    std::array<bool, kFieldCount> changed = arena.Differing(record.handle(), props);
+    bool allowed = true;
+    for (int field = 0; field < kFieldCount; ++field) {
+        bool& differs = changed[static_cast<std::size_t>(field)];
+        if (one_by_one) {  // a handler may have changed it
+            differs = !EqualFold(arena.Field(record.handle(), field), props[field]);
+        }
+        if (differs && fixed.Holds(field)) allowed = false;
+        differs = differs && allowed;
+        if (differs && one_by_one) record.prop(field, props[field]);
+    }
+    const bool any = std::find(changed.begin(), changed.end(), true) != changed.end();
+    if (any && !one_by_one) arena.SetFields(record.handle(), props, changed);
+    return allowed;
+}
+
 }  // namespace
 
 CVLRecordSet::CVLRecordSet() : CVLRecordSet(Session::Current()) {}
@@ -71,14 +93,11 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Update(const PrimaryKeyType& Key,
         if (!record) RaiseRunTime(kObjectNotSet);
         // The record may be of another tree, or of one that was replaced.
         AskWrite(*record->arena()->session(), "CVLRecordSet:UpDate Method");
-        for (int field = 0; field < kFieldCount; ++field) {
-            const auto current = record->arena()->Field(record->handle(), field);
-            if (EqualFold(current, props[field])) continue;
-            if (Key.Holds(field)) {
-                Raise(CVLErrorNum::GetRecordUpDateError(), kSource,
-                      Message("Record Key Cannot Be UpDated!"));
-            }
-            record->prop(field, props[field]);
+        // The one thing that still needs memory when the fields have been set.
+        if (AttachmentSet) record->arena()->NeedAttachments(record->handle());
+        if (!SetProps(*record, props, Key)) {
+            Raise(CVLErrorNum::GetRecordUpDateError(), kSource,
+                  Message("Record Key Cannot Be UpDated!"));
         }
         if (AttachmentSet) record->CVLAttachmentSet(std::move(AttachmentSet));
         OnRecordUpDate.Fire(record);
