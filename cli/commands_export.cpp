@@ -10,6 +10,7 @@
 #include "cli/terminal.h"
 #include "tavolin/base/text.h"
 #include "tavolin/export/mdb/writer.h"
+#include "tavolin/persist/file_system.h"
 #include "tavolin/persist/paths.h"
 
 namespace tavolin::cli {
@@ -67,18 +68,22 @@ template <class Export>
 void ReplaceExport(const Target& target, std::string_view end, Export&& run) {
     const fs::path old = fs::canonical(PathOf(target.Path()));
     { const mdb::Writer is_an_export(LibraryPath(TextOf(old))); }
-    const Target beside{old.parent_path(),
-                        TextOf(old.filename()) + ".tavolin-new" + std::string(end)};
-    if (fs::exists(PathOf(beside.Path()))) {
-        throw CommandFailure(beside.Path() + " is in the way");
+    // What an export that was killed has left there is in nobody's way.
+    Target beside{old.parent_path(), {}};
+    for (int i = 1; beside.name.empty() || fs::exists(PathOf(beside.Path())); ++i) {
+        beside.name =
+            TextOf(old.filename()) + ".tavolin-new" + std::to_string(i) + std::string(end);
     }
     run(beside);
-    std::error_code error;
-    fs::rename(PathOf(beside.Path()), old, error);
-    if (!error) return;
-    std::error_code ignored;
-    fs::remove(PathOf(beside.Path()), ignored);
-    throw CommandFailure(target.Path() + " cannot be replaced: " + error.message());
+    try {
+        FileSystem& files = FileSystem::Current();
+        files.Rename(LibraryPath(beside.Path()), LibraryPath(TextOf(old)));
+        files.FlushFolder(LibraryPath(TextOf(beside.folder)));
+    } catch (const fs::filesystem_error& error) {
+        std::error_code ignored;
+        fs::remove(PathOf(beside.Path()), ignored);
+        throw CommandFailure(target.Path() + " cannot be replaced: " + error.code().message());
+    }
 }
 
 // A word as a shell takes it.

@@ -4,9 +4,10 @@
 //     engine.OnRecordAdd.Disconnect(connection);
 //
 // Handlers run in the order of connecting, on the thread and inside the call that fired. A handler
-// may connect and disconnect, itself included, and may call back into the library: firing walks a
-// snapshot, and a handler that was disconnected meanwhile is passed over. What a handler throws
-// leaves through the member that fired, after the change that it reports.
+// may connect and disconnect, itself included, and may call back into the library: firing walks the
+// handlers that there were when it began, and one that was disconnected meanwhile is passed over.
+// What a handler throws leaves through the member that fired, after the change that it reports.
+// Firing takes no memory beyond that for handing over the arguments.
 #pragma once
 
 #include <algorithm>
@@ -47,7 +48,7 @@ class Event {
         if (slot == slots.end() || slot->id != id || !slot->entry) return;
         const auto gone = std::exchange(slot->entry, nullptr);  // whose end may come back here
         gone->connected = false;
-        if (2 * ++handlers_->empty_slots <= slots.size()) return;
+        if (2 * ++handlers_->empty_slots <= slots.size() || handlers_->walks > 0) return;
         std::erase_if(slots, [](const Slot& each) { return !each.entry; });
         handlers_->empty_slots = 0;
     }
@@ -62,9 +63,11 @@ class Event {
 
   private:
     void CallAll(Args... args) const {
-        const auto snapshot = handlers_->slots;
-        for (const Slot& slot : snapshot) {
-            if (slot.entry && slot.entry->connected) slot.entry->handler(args...);
+        const Walk walk(handlers_);  // which a handler may take from the event
+        const auto& slots = walk.handlers->slots;
+        for (std::size_t i = 0, end = slots.size(); i < end; ++i) {
+            const auto entry = slots[i].entry;
+            if (entry && entry->connected) entry->handler(args...);
         }
     }
 
@@ -81,6 +84,12 @@ class Event {
         std::vector<Slot> slots;  // in the order of their ids
         std::size_t empty_slots = 0;
         EventConnection last_id = 0;
+        int walks = 0;  // that are under way, for which every slot stays at its place
+    };
+    struct Walk {
+        explicit Walk(std::shared_ptr<Handlers> of) : handlers(std::move(of)) { ++handlers->walks; }
+        ~Walk() { --handlers->walks; }
+        const std::shared_ptr<Handlers> handlers;
     };
     std::shared_ptr<Handlers> handlers_;
 };

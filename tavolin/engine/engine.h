@@ -277,7 +277,8 @@ class CVLDBEngine {
     // Saves. The transaction has ended even if saving fails. GetNoTransStartedError.
     bool TransactionCommit();
     // Puts everything back as it was at the beginning: users, tables, records, log switches.
-    // Objects from before are not the engine's any more. GetNoTransStartedError.
+    // Objects from before are not the engine's any more. GetNoTransStartedError. After any other
+    // failure the transaction is still open and can be aborted again.
     bool TansactionAbort();
 
     // --- Publishing. All ask for a right to read, before anything is written, and write nothing
@@ -307,6 +308,7 @@ class CVLDBEngine {
                          bool RecordUpDate = false, bool RecordDelete = false, bool Errors = false);
     LogType LoggedActivities() const;
     // A line, ended by "\r\n", for everything done with this engine, whatever the switches say.
+    // Where memory is so short that a line cannot be made, it is left out here and in the log file.
     const std::string& LogReport() const { return log_report_; }
 
     // --- Catalog arrays: names for filling a list, in the order of their set
@@ -391,9 +393,10 @@ class CVLDBEngine {
     class Naming;
     std::unique_ptr<Database> NewDatabase() const;
     void Install(std::unique_ptr<Database> database);
-    void Open(std::unique_ptr<Database> database, const std::string& file);
-    void Recheck();
-    std::unique_ptr<Database> ReadState(ByteBuffer state, BagSeal seal) const;
+    void Open(std::unique_ptr<Database> database, std::string absolute_path);
+    PermitStateEnum Rechecked() const;
+    PermitStateEnum PermissionIn(std::unique_ptr<Database>& database);
+    std::unique_ptr<Database> ReadState(std::shared_ptr<ByteBuffer> state, BagSeal seal) const;
     ByteBuffer ObjectState(BagSeal seal) const;
     bool IsOpenFile(std::string_view path) const;
     bool IsOwnFile(std::string_view path) const;
@@ -428,12 +431,16 @@ class CVLDBEngine {
 
     // log
     std::string LogLine(const Message& message) const;
-    void Log(const Message& message, bool switched_on);
-    void LogPending(const Message& message, bool is_log_on = false);
-    void LogTransaction(const char* text);
-    void LogFailure(const Error& error) const;
+    template <class Make>
+    void Log(Make&& message, bool switched_on) noexcept;
+    template <class Make>
+    void LogPending(Make&& message, bool is_log_on = false) noexcept;
+    void LogMessage(const Message& message, bool switched_on);
+    void LogPendingMessage(const Message& message, bool is_log_on);
+    void LogTransaction(const char* text) noexcept;
+    void LogFailure(const Error& error) const noexcept;
     bool WriteLog(std::string_view text) const;
-    void FlushPending();
+    void FlushPending() noexcept;
     std::string LogPath() const;
 
     // files
@@ -451,7 +458,7 @@ class CVLDBEngine {
     bool registry_read_ = false;
     std::vector<RegistryChange> unwritten_;  // what has been done to the registry since
     bool transaction_ = false;
-    ByteBuffer snapshot_;
+    std::shared_ptr<ByteBuffer> snapshot_;
     std::string log_report_;
     std::vector<PendingLine> pending_;
     // One object may observe for several users.

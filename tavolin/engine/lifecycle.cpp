@@ -80,18 +80,32 @@ void CVLDBEngine::Install(std::unique_ptr<Database> database) {
 }
 
 // The same for a database other than the open one, whose transaction and pending lines end.
-void CVLDBEngine::Open(std::unique_ptr<Database> database, const std::string& file) {
+void CVLDBEngine::Open(std::unique_ptr<Database> database, std::string absolute_path) {
     Install(std::move(database));
-    file_ = AbsolutePath(file);
+    file_ = std::move(absolute_path);
     transaction_ = false;
-    snapshot_ = {};
+    snapshot_.reset();
     std::erase_if(pending_, [](const PendingLine& line) { return !line.is_log_on; });
 }
 
 // Never lets a right reach data that it was not given for.
-void CVLDBEngine::Recheck() {
-    if (authority_->permission == Undefined) return;
-    authority_->permission = authority_->user ? RightsOf(*authority_->user) : Undefined;
+PermitStateEnum CVLDBEngine::Rechecked() const {
+    if (authority_->permission == Undefined || !authority_->user) return Undefined;
+    return RightsOf(*authority_->user);
+}
+
+// What the permission state becomes when that database takes the place of the open one. Known
+// before it does, since finding out can fail.
+PermitStateEnum CVLDBEngine::PermissionIn(std::unique_ptr<Database>& database) {
+    struct ExchangeScope {
+        ExchangeScope(std::unique_ptr<Database>& a, std::unique_ptr<Database>& b) : one(a), two(b) {
+            one.swap(two);
+        }
+        ~ExchangeScope() { one.swap(two); }
+        std::unique_ptr<Database>& one;
+        std::unique_ptr<Database>& two;
+    } const scope(database_, database);
+    return Rechecked();
 }
 
 bool CVLDBEngine::IsOpenFile(std::string_view path) const {
@@ -125,16 +139,17 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
         database->created = Now();
         database->tables = std::make_shared<tavolin::CVLTableSet>(database->session);
         database->users = std::make_shared<tavolin::CVLDBUserSet>(database->session);
+        std::string absolute_path = AbsolutePath(file);
         ForgetUnsavedEntries();
         Register(*database);
         database->users->AddForOwners(user);
         user->can_read_ = user->can_read_write_ = user->can_delete_ = true;
         if (!CreatorFullName.empty()) user->full_name_ = CreatorFullName;
-        Open(std::move(database), file);
+        Open(std::move(database), std::move(absolute_path));
         authority_->permission = Ownership;
         OnDBCreation.Fire(file, database_->created, user->UserName());
-        Log(Message("New Database Created: ", file), false);
-        Log(Message(user->UserName(), " Is The Owner Of ", database_->name), false);
+        Log([&] { return Message("New Database Created: ", file); }, false);
+        Log([&] { return Message(user->UserName(), " Is The Owner Of ", database_->name); }, false);
         return database_->tables;
     };
     return Report(kSource, [&] {
@@ -159,18 +174,23 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, st
                   Message("DataBase Cannot Be Read!\r\nCause: DataBase Does Not Exist!"));
         }
         auto database = WhenFails(
-            [&] { return ReadState(GetBinaryFile(DBPathName, FileNumber), BagSeal::kChecksum); },
+            [&] {
+                auto state = std::make_shared<ByteBuffer>(GetBinaryFile(DBPathName, FileNumber));
+                return ReadState(std::move(state), BagSeal::kChecksum);
+            },
             [](const Error& error) { RaiseUnreadable(kSource, error); });
         // A file that was moved is where it was found.
         const PathParts parts = FolderAndName(DBPathName);
         database->path = parts.dir;
         database->name = parts.name;
         const auto user = authority_->user;  // whatever handlers do
+        std::string absolute_path = AbsolutePath(DBPathName);
         ForgetUnsavedEntries();
         Register(*database);
-        Open(std::move(database), std::string(DBPathName));
-        Recheck();
-        Log(Message("Log On: ", user->UserName(), " To ", DBPathName),
+        const PermitStateEnum permission = PermissionIn(database);
+        Open(std::move(database), std::move(absolute_path));
+        authority_->permission = permission;
+        Log([&] { return Message("Log On: ", user->UserName(), " To ", DBPathName); },
             database_->switches.logDBLogOn);
         return database_->tables;
     });
@@ -224,9 +244,10 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
         const std::string file = JoinPath(naming.path, naming.name);
         AskToWriteTo(file, kSource);
         if (!DBPwd.empty() && session_->IsOwner()) naming.password = DBPwd;
+        std::string absolute_path = AbsolutePath(file);
         PrintToBinaryFile(StateNamed(naming), file, FileNumber, compact);
         naming.Exchange(*database_);
-        file_ = AbsolutePath(file);
+        file_ = std::move(absolute_path);
         std::optional<Error> registry_failure;
         try {
             Register(*database_);
@@ -236,7 +257,7 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
             registry_failure->AddDetail("the database has been saved; the owner registry " +
                                         RegistryPath() + " has not: " + registry_failure->detail());
         }
-        LogPending(Message("DATABASE SAVED! As ", file));
+        LogPending([&] { return Message("DATABASE SAVED! As ", file); });
         FlushPending();
         if (registry_failure) throw *registry_failure;
         return true;
@@ -285,7 +306,7 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
         const auto log_failure = DeleteFiles(path, *other);
         if (own) file_.clear();
         OnDBDeletion.Fire(path, Today(), user->UserName());
-        Log(Message("DataBase ", path, " Deleted By ", user->UserName()), false);
+        Log([&] { return Message("DataBase ", path, " Deleted By ", user->UserName()); }, false);
         owners_->Refresh();
         if (log_failure) throw *log_failure;
         return true;
@@ -338,7 +359,7 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
         const std::string new_owner(newOwnerName);
         const std::string old_owner = target.DBOwner();
         target.MakeOwner(new_owner, newOwnerPwd, newOwnerFullName, newOwnerDescription);
-        if (current) Recheck();
+        if (current) authority_->permission = Rechecked();
         // An engine that is not kept has to put its change on the disk now.
         if (other) other->PrintToBinaryFile(other->ObjectState(BagSeal::kChecksum), DBPathName);
         AddEntry(new_owner, target.DBPath(), target.DBName());
@@ -346,11 +367,13 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
             RemoveEntry(old_owner, target.DBPath(), target.DBName());
         if (other) WriteRegistry();
         OnOwnerChange.Fire(new_owner);
-        const Message message("OwnerShip Of DataBase ", target.DBName(), " Has Been Changed From ",
-                              old_owner, " To ", new_owner);
+        const auto message = [&] {
+            return Message("OwnerShip Of DataBase ", target.DBName(), " Has Been Changed From ",
+                           old_owner, " To ", new_owner);
+        };
         const bool logged = target.database_->switches.logOwnerChange;
         Log(message, current && logged);
-        if (other && logged) other->WriteLog(other->LogLine(message));
+        if (other && logged) IfMemory([&] { other->WriteLog(other->LogLine(message())); });
         return true;
     });
 }

@@ -46,7 +46,7 @@ std::string CVLDBEngine::LogLine(const Message& message) const {
     return line.one_line() + message.one_line();
 }
 
-void CVLDBEngine::Log(const Message& message, bool switched_on) {
+void CVLDBEngine::LogMessage(const Message& message, bool switched_on) {
     log_report_.append(message.text()).append(kLineBreak);
     if (!switched_on) return;
     if (transaction_) {
@@ -56,22 +56,27 @@ void CVLDBEngine::Log(const Message& message, bool switched_on) {
     }
 }
 
-void CVLDBEngine::LogPending(const Message& message, bool is_log_on) {
+void CVLDBEngine::LogPendingMessage(const Message& message, bool is_log_on) {
     log_report_.append(message.text()).append(kLineBreak);
     pending_.push_back({LogLine(message), is_log_on});
 }
 
-void CVLDBEngine::LogTransaction(const char* text) {
-    const Message message{std::string_view(text)};
-    if (database_->switches.logTransactions) WriteLog(LogLine(message));
-    log_report_.append(message.text()).append(kLineBreak);
+void CVLDBEngine::LogTransaction(const char* text) noexcept {
+    IfMemory([&] {
+        const Message message{std::string_view(text)};
+        if (database_->switches.logTransactions) WriteLog(LogLine(message));
+        log_report_.append(message.text()).append(kLineBreak);
+    });
 }
 
-void CVLDBEngine::LogFailure(const Error& error) const {
+void CVLDBEngine::LogFailure(const Error& error) const noexcept {
     if (!database_->switches.logErrors) return;
-    std::string line = " ";
-    line.append(kLineBreak).append(LogLine(Message())).append("ERROR: ").append(error.log_text());
-    WriteLog(line);
+    IfMemory([&] {
+        std::string line = " ";
+        line.append(kLineBreak).append(LogLine(Message())).append("ERROR: ");
+        line.append(error.log_text());
+        WriteLog(line);
+    });
 }
 
 std::string CVLDBEngine::LogPath() const {
@@ -94,11 +99,13 @@ bool CVLDBEngine::WriteLog(std::string_view text) const {
     }
 }
 
-void CVLDBEngine::FlushPending() {
+void CVLDBEngine::FlushPending() noexcept {
     if (pending_.empty()) return;
-    std::string text;
-    for (const PendingLine& line : pending_) text.append(kLineBreak).append(line.text);
-    if (WriteLog(text)) pending_.clear();
+    IfMemory([&] {
+        std::string text;
+        for (const PendingLine& line : pending_) text.append(kLineBreak).append(line.text);
+        if (WriteLog(text)) pending_.clear();
+    });
 }
 
 }  // namespace tavolin

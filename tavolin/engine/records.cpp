@@ -50,7 +50,10 @@ std::shared_ptr<CVLRecord> CVLDBEngine::AddRecord(
             const auto tables = database_->tables;  // a handler may open another database
             auto record = table->Add(tables, nKey, props, std::move(AttachmentsTable), place);
             OnRecordAdd.Fire(record);
-            Log(Message("New Record Added. Key: ", record->Key(), " To ", table->Key()),
+            Log(
+                [&] {
+                    return Message("New Record Added. Key: ", record->Key(), " To ", table->Key());
+                },
                 database_->switches.logRecordAdd);
             return record;
         });
@@ -64,7 +67,10 @@ std::shared_ptr<CVLRecord> CVLDBEngine::UpDateRecord(
             const auto tables = database_->tables;
             table->Update(tables, record, props, std::move(AttachmentsTable));
             OnRecordUpDate.Fire(record);
-            Log(Message("Record Updated. Key: ", record->Key(), " In ", table->Key()),
+            Log(
+                [&] {
+                    return Message("Record Updated. Key: ", record->Key(), " In ", table->Key());
+                },
                 database_->switches.logRecordUpDate);
             return record;
         });
@@ -80,8 +86,12 @@ class CVLDBEngine::RecordDeletion {
     }
 
     void Run(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
-        Enter(table, record);
-        while (!frames_.empty()) Step();
+        WhenOutOfMemory(
+            [&] {
+                Enter(table, record);
+                while (!frames_.empty()) Step();
+            },
+            [&] { TakeBack(); });
     }
 
   private:
@@ -122,13 +132,42 @@ class CVLDBEngine::RecordDeletion {
             Leave();
             return;
         }
+        if (frames_.size() > 1) NoteRemoval(frame);
         frame.table->Remove(frame.record);
         const Frame done = frame;
         Leave();
         engine_.OnRecordRemove.Fire(done.record);
         engine_.Log(
-            Message("Record Deleted. Key: ", done.record->Key(), " From ", done.table->Key()),
+            [&] {
+                return Message("Record Deleted. Key: ", done.record->Key(), " From ",
+                               done.table->Key());
+            },
             engine_.database_->switches.logRecordDelete);
+    }
+
+    // For a record that goes before the one that it goes with: memory may run out in between.
+    void NoteRemoval(const Frame& frame) {
+        const auto records = frame.table->CVLRecordSet()->Collection();
+        removals_.push_back({frame, records->PositionOf(frame.record->handle())});
+    }
+
+    // Puts back what is gone, in the opposite order, and says so to those who were told.
+    void TakeBack() {
+        for (auto each = removals_.rbegin(); each != removals_.rend(); ++each) {
+            const Frame& frame = each->first;
+            if (Stands(frame)) continue;
+            const auto records = frame.table->CVLRecordSet();
+            records->Collection()->PutBack(frame.record->handle(), each->second);
+            records->OnRecordAdd.Fire(frame.record);
+            frame.table->OnRecordAdd.Fire(frame.record);
+            engine_.OnRecordAdd.Fire(frame.record);
+            engine_.Log(
+                [&] {
+                    return Message("New Record Added. Key: ", frame.record->Key(), " To ",
+                                   frame.table->Key());
+                },
+                engine_.database_->switches.logRecordAdd);
+        }
     }
 
     // Enters the record that this field refers to, if nothing else refers to it.
@@ -163,6 +202,7 @@ class CVLDBEngine::RecordDeletion {
     CVLDBEngine& engine_;
     bool cascade_;
     std::vector<Frame> frames_;
+    std::vector<std::pair<Frame, std::uint32_t>> removals_;
     std::unordered_set<const CVLRecord*> in_deletion_;
 };
 

@@ -20,6 +20,27 @@ decltype(auto) CVLDBEngine::Report(const char* context, Body&& body, OnFailure o
     }
 }
 
+// What is done at the side of what a member has done, or has failed to do, already: where there is
+// no memory for it, it is left out, and the member's outcome stays what it is.
+template <class Body>
+void IfMemory(Body&& body) noexcept {
+    try {
+        body();
+    } catch (...) {
+    }
+}
+
+// A line for what message() tells.
+template <class Make>
+void CVLDBEngine::Log(Make&& message, bool switched_on) noexcept {
+    IfMemory([&] { LogMessage(message(), switched_on); });
+}
+
+template <class Make>
+void CVLDBEngine::LogPending(Make&& message, bool is_log_on) noexcept {
+    IfMemory([&] { LogPendingMessage(message(), is_log_on); });
+}
+
 // Runs body() and, when it raises this number, replace() instead, which raises what the member
 // makes of it. Everything else passes.
 template <class Body, class Replace>

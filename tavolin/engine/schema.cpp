@@ -44,7 +44,8 @@ std::shared_ptr<CVLTable> CVLDBEngine::CreateNewPrimaryTable(
         table->SetPrimaryKeyFields(FieldNumAsPrimKey, withFieldNumAsPrimKey, andFieldNumAsPrimKey,
                                    plusFieldNumAsPrimKey);
         OnTableCreation.Fire(table->Key());
-        Log(Message("New Table Created: ", table->Key()), database_->switches.logTableCreation);
+        Log([&] { return Message("New Table Created: ", table->Key()); },
+            database_->switches.logTableCreation);
         return table;
     });
 }
@@ -78,7 +79,7 @@ std::shared_ptr<CVLTable> CVLDBEngine::CreateNewLinkedTable(
                       Message("The Linked Table ", name, " That Is Being Created Already Exists!"));
             });
         OnLinkedTableCreation.Fire(table->Key());
-        Log(Message("New Linked Table Created: ", table->Key()),
+        Log([&] { return Message("New Linked Table Created: ", table->Key()); },
             database_->switches.logLkTableCreation);
         return table;
     });
@@ -96,7 +97,7 @@ bool CVLDBEngine::ChangeLinks(const TableArgument& Table1, const TableArgument& 
                 const auto table = Resolve(Table1);
                 const auto target = Resolve(Table2);
                 body(*table, target);
-                Log(Message(text, table->Key(), " And ", target->Key()),
+                Log([&] { return Message(text, table->Key(), " And ", target->Key()); },
                     database_->switches.logTablesLinking);
                 return true;
             },
@@ -180,10 +181,12 @@ bool CVLDBEngine::DeleteTable(const TableArgument& varTable, bool CascadeDelete)
             raise_not_found);
         if (linked) {
             OnLinkedTableDeletion.Fire(name);
-            Log(Message("Linked Table Deleted: ", name), database_->switches.logLkTableDeletion);
+            Log([&] { return Message("Linked Table Deleted: ", name); },
+                database_->switches.logLkTableDeletion);
         } else {
             OnTableDeletion.Fire(name);
-            Log(Message("Table Deleted: ", name), database_->switches.logTableDeletion);
+            Log([&] { return Message("Table Deleted: ", name); },
+                database_->switches.logTableDeletion);
         }
         return true;
     });

@@ -13,9 +13,11 @@ ByteBuffer CVLDBEngine::ObjectState(BagSeal seal) const {
     return std::move(bag).Finish();
 }
 
-std::unique_ptr<Database> CVLDBEngine::ReadState(ByteBuffer state, BagSeal seal) const {
+// Parts of the state become the database's own. After a failure it can be read once more.
+std::unique_ptr<Database> CVLDBEngine::ReadState(std::shared_ptr<ByteBuffer> state,
+                                                 BagSeal seal) const {
     auto database = NewDatabase();
-    PropertyBagReader bag(std::make_shared<ByteBuffer>(std::move(state)), seal);
+    PropertyBagReader bag(std::move(state), seal);
     database->ReadProperties(bag);
     return database;
 }
@@ -28,7 +30,7 @@ bool CVLDBEngine::TransactionBegin() {
                   Message("A Transaction Is In Process, Commit To Start A New One!"));
         }
         AskOpen(kSource);
-        snapshot_ = ObjectState(BagSeal::kNone);
+        snapshot_ = std::make_shared<ByteBuffer>(ObjectState(BagSeal::kNone));
         transaction_ = true;
         LogTransaction("<Transaction Began>");
         return true;
@@ -43,7 +45,7 @@ bool CVLDBEngine::TransactionCommit() {
                   Message("Cannot Commit Because No Transaction Have Been Started!"));
         }
         transaction_ = false;
-        snapshot_ = {};
+        snapshot_.reset();
         const bool saved = SaveDB();
         LogTransaction("<Transaction Committed>");
         return saved;
@@ -57,16 +59,18 @@ bool CVLDBEngine::TansactionAbort() {
             Raise(CVLErrorNum::GetNoTransStartedError(), kSource,
                   Message("Cannot Abort Because No Transaction Have Been Started!"));
         }
-        transaction_ = false;
-        auto database = ReadState(std::move(snapshot_), BagSeal::kNone);
-        const std::string owner = DBOwner();
-        Install(std::move(database));
-        Recheck();
+        auto database = ReadState(snapshot_, BagSeal::kNone);
+        const PermitStateEnum permission = PermissionIn(database);
         // The registry follows, if the database was handed over inside the transaction.
+        const std::string& owner = database->session->owner;
         if (!EqualFold(owner, DBOwner())) {
-            AddEntry(DBOwner(), DBPath(), DBName());
-            RemoveEntry(owner, DBPath(), DBName());
+            AddEntry(owner, database->path, database->name);
+            RemoveEntry(DBOwner(), database->path, database->name);
         }
+        Install(std::move(database));
+        authority_->permission = permission;
+        transaction_ = false;
+        snapshot_.reset();
         LogTransaction("<Transaction Aborted> ~Rolling Back~");
         return true;
     });

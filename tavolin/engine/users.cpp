@@ -21,7 +21,7 @@ bool CVLDBEngine::LogOn(std::string_view UserName, std::string_view UserPassword
     return Report("CVLDBEngine:LogOn Method", [&] {
         LogOnUser(UserName, UserPassword);
         OnUserLogOn.Fire(authority_->user);
-        LogPending(Message(UserName, " Has Logged On"), true);
+        LogPending([&] { return Message(UserName, " Has Logged On"); }, true);
         return true;
     });
 }
@@ -85,7 +85,8 @@ bool CVLDBEngine::ChangePassword(std::string_view oldPWD, std::string_view newPW
                           authority_->user->UserName(), " Is Incorrect!"));
         }
         database_->password = newPWD;
-        Log(Message("DataBase ", database_->name, " Password Has Been Changed"), false);
+        Log([&] { return Message("DataBase ", database_->name, " Password Has Been Changed"); },
+            false);
         return true;
     });
 }
@@ -122,7 +123,7 @@ std::shared_ptr<CVLDBUser> CVLDBEngine::CreateNewUser(std::string_view UserName,
         if (!FullName.empty()) user->UserFullName(FullName);
         if (!Description.empty()) user->UserDescription(Description);
         user->UserDisabled(Disabled);
-        Log(Message("New User Created: ", UserName, " For ", database_->name),
+        Log([&] { return Message("New User Created: ", UserName, " For ", database_->name); },
             database_->switches.logUserCreation);
         return user;
     });

@@ -1,5 +1,6 @@
 #include "tavolin/errors/error.h"
 
+#include <new>
 #include <span>
 
 #include "tavolin/errors/trap.h"
@@ -40,30 +41,71 @@ std::string Message::one_line() const {
     return line.append(text_, done);
 }
 
-Error::Error(std::int32_t run_time_number, std::string detail)
-    : number_(run_time_number),
-      description_(RunTimeText(run_time_number)),
-      log_text_(description_),
-      detail_(std::move(detail)) {}
+// Made before anybody can run out of memory.
+const Error::SharedTexts& Error::NoMemory() {
+    static const SharedTexts kTexts = [] {
+        const std::string text(GetErrorMessage(kOutOfMemory));
+        return std::make_shared<const Texts>(Texts{text, text, {}});
+    }();
+    return kTexts;
+}
 
-Error::Error(std::int32_t number, std::string source, const Message& message)
-    : number_(number),
-      source_(std::move(source)),
-      description_(message.text()),
-      log_text_(message.one_line()),
-      fresh_(true) {}
+namespace {
+
+const bool kReady = (Error(kOutOfMemory), true);
+
+}  // namespace
+
+Error::SharedTexts Error::Share(std::string_view description, std::string_view log_text,
+                                std::string_view detail) {
+    try {
+        return std::make_shared<const Texts>(
+            Texts{std::string(description), std::string(log_text), std::string(detail)});
+    } catch (const std::bad_alloc&) {
+        return NoMemory();
+    }
+}
+
+Error::SharedTexts Error::Share(const Message& message) {
+    try {
+        return Share(message.text(), message.one_line(), {});
+    } catch (const std::bad_alloc&) {
+        return NoMemory();
+    }
+}
+
+Error::Error(std::int32_t run_time_number, std::string_view detail)
+    : number_(run_time_number),
+      texts_(run_time_number == kOutOfMemory && detail.empty()
+                 ? NoMemory()
+                 : Share(RunTimeText(run_time_number), RunTimeText(run_time_number), detail)) {}
+
+Error::Error(std::int32_t number, std::string_view source, const Message& message)
+    : number_(number), texts_(Share(message)), fresh_(true) {
+    SetSource(source);
+}
 
 Error Error::As(std::int32_t number, std::string_view source) const {
     Error error = *this;
     error.number_ = number;
-    error.source_ = source;
+    error.SetSource(source);
     error.fresh_ = true;
     return error;
 }
 
+void Error::AddDetail(std::string_view detail) {
+    auto texts = Share(description(), log_text(), detail);
+    if (texts != NoMemory()) texts_ = std::move(texts);
+}
+
 void Error::Resource(std::string_view source) {
-    source_ = source;
+    SetSource(source);
     fresh_ = false;
+}
+
+void Error::SetSource(std::string_view source) {
+    source_ = {};
+    source.substr(0, source_.size() - 1).copy(source_.data(), source_.size() - 1);
 }
 
 }  // namespace tavolin

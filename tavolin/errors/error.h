@@ -13,6 +13,7 @@
 #include <array>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -64,23 +65,28 @@ class Message {
     std::size_t name_count_ = 0;
 };
 
+// Copying and raising one again takes no memory, and making one can do without: where there is none
+// for its texts, it has its number and source and the description of a lack of memory.
 class Error : public std::exception {
   public:
     // A run-time error: a small number with the platform's text and no source yet.
-    explicit Error(std::int32_t run_time_number, std::string detail = {});
-    Error(std::int32_t number, std::string source, const Message& message);
+    explicit Error(std::int32_t run_time_number, std::string_view detail = {});
+    // A source is cut after 63 bytes.
+    Error(std::int32_t number, std::string_view source, const Message& message);
+    Error(const Error&) = default;
+    Error& operator=(const Error&) = default;
 
     // The library's number (see CVLErrorNum) or the run-time error's small one.
     std::int32_t number() const { return number_; }
     // The member that failed, as "CVLTableSet:Add Method".
-    const std::string& source() const { return source_; }
-    const std::string& description() const { return description_; }
+    std::string source() const { return source_.data(); }
+    const std::string& description() const { return texts_->description; }
     // What was wrong and where, when more is known than the description says; else empty.
-    const std::string& detail() const { return detail_; }
-    const char* what() const noexcept override { return description_.c_str(); }
+    const std::string& detail() const { return texts_->detail; }
+    const char* what() const noexcept override { return texts_->description.c_str(); }
 
     // The description as it stands in the log file.
-    const std::string& log_text() const { return log_text_; }
+    const std::string& log_text() const { return texts_->log_text; }
     // True from the throw until the first trap it passes: that trap's member raised it itself, and
     // the source that it stated stays.
     bool fresh() const { return fresh_; }
@@ -88,14 +94,25 @@ class Error : public std::exception {
     void Resource(std::string_view source);
     // The same failure under another number and source, as a member's own.
     Error As(std::int32_t number, std::string_view source) const;
-    void AddDetail(std::string detail) { detail_ = std::move(detail); }
+    // Without memory for it the detail stays as it is.
+    void AddDetail(std::string_view detail);
 
   private:
+    struct Texts {
+        std::string description;
+        std::string log_text;
+        std::string detail;
+    };
+    using SharedTexts = std::shared_ptr<const Texts>;
+    static const SharedTexts& NoMemory();
+    static SharedTexts Share(std::string_view description, std::string_view log_text,
+                             std::string_view detail);
+    static SharedTexts Share(const Message& message);
+    void SetSource(std::string_view source);
+
     std::int32_t number_;
-    std::string source_;
-    std::string description_;
-    std::string log_text_;
-    std::string detail_;
+    std::array<char, 64> source_{};
+    SharedTexts texts_;
     bool fresh_ = false;
 };
 

@@ -37,9 +37,20 @@ RunTimeError NumberOf(std::error_condition condition) {
     return kDeviceError;
 }
 
+// A file that is missing because its folder is: the path is what cannot be found.
+bool FolderIsMissing(const std::filesystem::path& path) {
+    try {
+        std::error_code ignored;
+        const auto folder = path.parent_path();
+        return !folder.empty() && !std::filesystem::is_directory(folder, ignored);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
 }  // namespace
 
-Error CurrentError() {
+Error CurrentError() noexcept {
     try {
         throw;
     } catch (const Error& error) {
@@ -52,11 +63,7 @@ Error CurrentError() {
         return Error(kOutOfMemory);
     } catch (const std::filesystem::filesystem_error& error) {
         const auto number = NumberOf(error.code().default_error_condition());
-        // A file that is missing because its folder is: the path is what cannot be found.
-        std::error_code ignored;
-        const auto folder = error.path1().parent_path();
-        const bool folder_missing = number == kFileNotFound && !folder.empty() &&
-                                    !std::filesystem::is_directory(folder, ignored);
+        const bool folder_missing = number == kFileNotFound && FolderIsMissing(error.path1());
         return Error(folder_missing ? kPathNotFound : number, error.what());
     } catch (const std::system_error& error) {
         return Error(NumberOf(error.code().default_error_condition()), error.what());
@@ -77,7 +84,7 @@ void RaiseError(Error error, std::string_view context) {
 }
 
 void Raise(std::int32_t number, std::string_view source, const Message& message) {
-    throw Error(number, std::string(source), message);
+    throw Error(number, source, message);
 }
 
 }  // namespace tavolin

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <new>
 #include <string_view>
 
 #include "tavolin/errors/error.h"
@@ -16,7 +17,7 @@ std::string_view GetErrorMessage(std::int32_t number);
 
 // Turns the exception being handled into an Error: an Error as it is, anything else as the run-time
 // error that stands for it (std::bad_alloc is 7, a missing file 53, and so on).
-Error CurrentError();
+Error CurrentError() noexcept;
 
 // Raises again with the text of GetErrorMessage, or with the given description where it has none.
 [[noreturn]] void RaiseError(Error error, std::string_view context);
@@ -32,6 +33,21 @@ decltype(auto) Trap(std::string_view context, Body&& body) {
         return body();
     } catch (...) {
         RaiseError(CurrentError(), context);
+    }
+}
+
+// Runs body() and, when memory runs out in it, take_back() before that is passed on. What a handler
+// throws is another matter: it comes after the change that it was told of, which stays.
+template <class Body, class TakeBack>
+void WhenOutOfMemory(Body&& body, TakeBack&& take_back) {
+    try {
+        body();
+    } catch (const std::bad_alloc&) {
+        take_back();
+        throw;
+    } catch (const Error& error) {
+        if (error.number() == kOutOfMemory) take_back();
+        throw;
     }
 }
 

@@ -226,7 +226,11 @@ OrderList::Moved OrderList::Shrink(std::uint32_t at) {
 
 void OrderList::DropChunk(std::uint32_t at) {
     if (size_ == 0) {
-        Clear();
+        // The last chunk stays, so that what was taken out can be put back without memory.
+        std::swap(chunks_.front(), chunks_[at]);
+        chunks_.resize(1);
+        chunks_.front().id = 0;
+        ForgetTables();
         return;
     }
     if (!direct_) {
@@ -259,10 +263,7 @@ void OrderList::Replace(std::span<const std::uint32_t> handles) {
         Shift(fresh.back().handles.get(), handles.data() + at, count);
     }
     chunks_.swap(fresh);
-    sums_.clear();
-    index_of_id_.clear();
-    free_ids_.clear();
-    direct_ = true;
+    ForgetTables();
     size_ = static_cast<std::uint32_t>(handles.size());
     CursorsReplaced();
 }
@@ -298,6 +299,13 @@ void OrderList::PrepareTables() {
     MakeRoomFor(sums_, chunks + 1);
     MakeRoomFor(index_of_id_, ids);
     MakeRoomFor(free_ids_, ids);
+}
+
+void OrderList::ForgetTables() {
+    sums_.clear();
+    index_of_id_.clear();
+    free_ids_.clear();
+    direct_ = true;
 }
 
 void OrderList::LeaveDirect() {

@@ -180,6 +180,7 @@ class OrderList {
     static void Widen(Chunk& chunk);
 
     void PrepareTables();
+    void ForgetTables();
     void LeaveDirect();
     void RebuildTables();
     void Count(std::uint32_t chunk, std::uint32_t change);

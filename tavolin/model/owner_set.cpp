@@ -85,11 +85,14 @@ void CVLDBOwnerSet::StoreRegistry(bool cut_tail) {
     }
     unreadable_ = false;
     WriteDatabaseFile(path, RegistryState(), cut_tail);
+    pruned_ = false;
 }
 
 void CVLDBOwnerSet::Refresh() {
     Trap("CVLDBOwnerSet:Refresh Method", [&] {
-        if (!Prune()) return;
+        // What was pruned stays so when the file cannot be written, and reaches it the next time.
+        pruned_ = Prune() || pruned_;
+        if (!pruned_) return;
         if (!FileSystem::Current().Exists(RegistryPath())) RaiseRunTime(kFileNotFound);
         // The whole file is replaced in one step, so nothing of the old one is kept behind.
         StoreRegistry(true);

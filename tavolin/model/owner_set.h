@@ -63,6 +63,7 @@ class CVLDBOwnerSet {
 
     std::shared_ptr<Owners> owners_ = std::make_shared<Owners>();
     bool unreadable_ = false;
+    bool pruned_ = false;  // since the file was written
 };
 
 }  // namespace tavolin

@@ -84,7 +84,10 @@ RecordArena::RecordArena(std::shared_ptr<Session> session) : session_(std::move(
     free_.fill(kNoHandle);
 }
 
-RecordArena::~RecordArena() = default;
+RecordArena::~RecordArena() {
+    if (!adopted_) return;
+    for (const auto& [record, extras] : extras_) At(record)->flags &= kWidthMask | kNotAscii;
+}
 
 void RecordArena::JoinSession(std::shared_ptr<Session> session) {
     session_ = std::move(session);

@@ -143,6 +143,8 @@ class RecordArena {
     // Nothing until one was given; Attachments(record, true) makes one.
     std::shared_ptr<CVLAttachmentSet> Attachments(RecordHandle record, bool make);
     void Attachments(RecordHandle record, std::shared_ptr<CVLAttachmentSet> attachments);
+    // After this, putting others in their place needs no memory.
+    void NeedAttachments(RecordHandle record) { ExtrasOf(record); }
     bool HasAttachments(RecordHandle record) const;
 
     // The record's event; nothing unless somebody asked to have it made.
@@ -155,7 +157,8 @@ class RecordArena {
     // Makes records of the images, one behind the other, each with one reference to it. The images
     // become the records' blocks; the arena holds `owner` for as long as it lives. Only for an
     // arena that has no record yet. Raises DamagedState for what is no image, and is good for
-    // nothing then.
+    // nothing then. An arena that goes before anything but keys and attachments has been put to its
+    // records leaves the images so that they can be adopted again.
     std::vector<RecordHandle> Adopt(std::span<std::uint8_t> images, std::shared_ptr<void> owner);
     // The same for images that this process has written and kept, all of which can be blocks as
     // they are: nothing is checked. A record's handle is the offset of its image, in units.

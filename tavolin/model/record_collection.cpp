@@ -127,6 +127,12 @@ void RecordCollection::Remove(RecordHandle record) {
     arena_->Release(record);
 }
 
+void RecordCollection::PutBack(RecordHandle record, std::uint32_t position) {
+    records_.AddAt(std::min(position, records_.size() + 1), record);
+    if (!IsGuest()) arena_->CountIn(record);
+    arena_->AddReference(record);
+}
+
 std::vector<RecordHandle> RecordCollection::WithKey(std::string_view key) {
     std::vector<RecordHandle> found;
     records_.IndexKeys();  // so that those without a key of their own are known

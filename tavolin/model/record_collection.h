@@ -56,6 +56,13 @@ class RecordCollection {
         return OrderList::LeafOfAssigned(index);
     }
     void Remove(RecordHandle record);
+    // Takes that back, for a record that somebody still holds. As long as nothing has been added in
+    // between, memory is needed only where a whole run of records has gone.
+    void PutBack(RecordHandle record, std::uint32_t position);
+    std::uint32_t PositionOf(RecordHandle record) {
+        MakePlaces();
+        return records_.PositionOf(record);
+    }
     // For records of those, that have a key of their own: none of them takes a key that another
     // record has from its fields.
     void FileOwnKeys(std::span<const RecordHandle> records);
@@ -66,10 +73,7 @@ class RecordCollection {
     static std::shared_ptr<RecordCollection> Rearranged(
         const std::shared_ptr<RecordCollection>& collection, std::span<const RecordHandle> order);
     // Whether a record of the arena stands in this collection.
-    bool Holds(RecordHandle record) {
-        MakePlaces();
-        return records_.PositionOf(record) != 0;
-    }
+    bool Holds(RecordHandle record) { return PositionOf(record) != 0; }
     // The records whose key, as the host sees it, is this one, in their order.
     std::vector<RecordHandle> WithKey(std::string_view key);
     // Whether a record of this collection, other than `record`, holds the value in a field, without

@@ -93,6 +93,8 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Update(const PrimaryKeyType& Key,
         if (!record) RaiseRunTime(kObjectNotSet);
         // The record may be of another tree, or of one that was replaced.
         AskWrite(*record->arena()->session(), "CVLRecordSet:UpDate Method");
+        // The one thing that still needs memory when the fields have been set.
+        if (AttachmentSet) record->arena()->NeedAttachments(record->handle());
         if (!SetProps(*record, props, Key)) {
             Raise(CVLErrorNum::GetRecordUpDateError(), kSource,
                   Message("Record Key Cannot Be UpDated!"));

@@ -176,6 +176,7 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
 
   private:
     using Names = std::array<std::string, kFieldCount>;
+    class Additions;
     class Filling;
     class Cascade;
     struct FieldFilling {
@@ -185,7 +186,8 @@ class CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     using Fillings = std::vector<FieldFilling>;
     Fillings PlanFillings(const std::shared_ptr<CVLTableSet>& tables) const;
-    static void Fill(const Fillings& fillings, const CVLRecord& record, std::int32_t n_key);
+    static void Fill(const Fillings& fillings, const CVLRecord& record, std::int32_t n_key,
+                     Additions& all);
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table, const char* source) const;
     void SetMention(std::string& mention, std::string_view name);
     void SetLink(std::size_t field, std::string_view target);

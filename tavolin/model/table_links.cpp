@@ -1,6 +1,7 @@
 // How tables hang together: linking and unlinking, the records that a reference brings along, and
 // the tables that a deletion takes along.
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <utility>
 #include <vector>
@@ -30,6 +31,41 @@ void AskToUnlink(const Session& session, const char* source) {
                   "Thus Does Not Have The Right To Unlink A Field From A Table!"));
 }
 
+// What a record holds before it is updated.
+class FormerRecord {
+  public:
+    explicit FormerRecord(const CVLRecord& record)
+        : arena_(record.arena()),
+          record_(record.handle()),
+          attachments_(arena_->Attachments(record_, false)),
+          text_(arena_->AllFields(record_)) {
+        const char* begin = text_.data();
+        for (int i = 0; i < kFieldCount; ++i) {
+            auto& field = fields_[static_cast<std::size_t>(i)];
+            field = {begin, arena_->Field(record_, i).size()};
+            begin += field.size();
+        }
+    }
+    FormerRecord(const FormerRecord&) = delete;
+    FormerRecord& operator=(const FormerRecord&) = delete;
+
+    // They fit into the block that they came from, and attachments have a place if there have been
+    // others meanwhile.
+    void PutBack() const {
+        arena_->SetFields(record_, fields_, arena_->Differing(record_, fields_));
+        if (arena_->Attachments(record_, false) != attachments_) {
+            arena_->Attachments(record_, attachments_);
+        }
+    }
+
+  private:
+    std::shared_ptr<RecordArena> arena_;
+    RecordHandle record_;
+    std::shared_ptr<CVLAttachmentSet> attachments_;
+    std::string text_;
+    std::array<std::string_view, kFieldCount> fields_;
+};
+
 // The key that a record with this value in field 0 and nothing else gets in that table.
 std::string KeyOfOneField(const CVLTable& table, std::string_view value) {
     std::string key;
@@ -40,6 +76,36 @@ std::string KeyOfOneField(const CVLTable& table, std::string_view value) {
 }
 
 }  // namespace
+
+// The records that one call adds. When memory runs out in its middle they are taken out again, for
+// which no memory is needed, and the sets say so to those whom they have told of them.
+class CVLTable::Additions {
+  public:
+    template <class Body>
+    std::shared_ptr<CVLRecord> Add(std::shared_ptr<tavolin::CVLRecordSet> records, Body&& add) {
+        Addition& addition = additions_.emplace_back(Addition{std::move(records), nullptr});
+        const auto set = addition.records;  // a handler may add more
+        const std::size_t at = additions_.size() - 1;
+        auto record = add(*set);
+        additions_[at].record = record;
+        return record;
+    }
+
+    void TakeBack() {
+        for (auto each = additions_.rbegin(); each != additions_.rend(); ++each) {
+            if (!each->record) continue;
+            each->records->Collection()->Remove(each->record->handle());
+            each->records->OnRecordRemove.Fire(each->record);
+        }
+    }
+
+  private:
+    struct Addition {
+        std::shared_ptr<tavolin::CVLRecordSet> records;
+        std::shared_ptr<CVLRecord> record;
+    };
+    std::vector<Addition> additions_;
+};
 
 // Adds the one-field records that a value needs: one in the table that it refers to, when it is no
 // key there, and so on along the links of field 0, the only field that such a record has.
@@ -58,14 +124,15 @@ class CVLTable::Filling {
         }
     }
 
-    void Fill(std::string_view value, std::int32_t n_key) const {
+    void Fill(std::string_view value, std::int32_t n_key, Additions& all) const {
         std::vector<std::shared_ptr<CVLRecord>> added;
         for (const auto& table : chain_) {
             if (!table->CanAdd(value)) break;
             const std::string key = KeyOfOneField(*table, value);
             if (table->records_->Collection()->Find(key) != kNoHandle) break;
-            const auto records = table->records_;
-            added.push_back(records->Add(table->primary_key_, n_key, {value}));
+            added.push_back(all.Add(table->records_, [&](tavolin::CVLRecordSet& records) {
+                return records.Add(table->primary_key_, n_key, {value});
+            }));
         }
         // A table tells of its record when the records that it refers to are there.
         for (std::size_t i = added.size(); i-- > 0;) chain_[i]->OnRecordAdd.Fire(added[i]);
@@ -85,8 +152,21 @@ std::shared_ptr<CVLRecord> CVLTable::Add(const std::shared_ptr<CVLTableSet>& use
         // Adding to what a search found changes nothing else.
         const auto fillings = is_result_ ? Fillings() : PlanFillings(useTableSet);
         const auto records = records_;  // a handler may give the table another set
-        auto record = records->Add(primary_key_, nKey, props, std::move(AttachmentsTable), place);
-        Fill(fillings, *record, nKey);
+        const auto add = [&](tavolin::CVLRecordSet& set) {
+            return set.Add(primary_key_, nKey, props, std::move(AttachmentsTable), place);
+        };
+        std::shared_ptr<CVLRecord> record;
+        if (fillings.empty()) {
+            record = add(*records);
+        } else {
+            Additions all;
+            WhenOutOfMemory(
+                [&] {
+                    record = all.Add(records, add);
+                    Fill(fillings, *record, nKey, all);
+                },
+                [&] { all.TakeBack(); });
+        }
         OnRecordAdd.Fire(record);
         return record;
     });
@@ -101,8 +181,23 @@ std::shared_ptr<CVLRecord> CVLTable::Update(const std::shared_ptr<CVLTableSet>& 
         AskWrite(*session_, kSource);
         const auto fillings = PlanFillings(useTableSet);
         const auto records = records_;
-        records->Update(primary_key_, record, props, std::move(AttachmentsTable));
-        Fill(fillings, *record, type_);
+        if (fillings.empty() || !record) {
+            records->Update(primary_key_, record, props, std::move(AttachmentsTable));
+        } else {
+            const FormerRecord former(*record);
+            Additions all;
+            bool updated = false;
+            WhenOutOfMemory(
+                [&] {
+                    records->Update(primary_key_, record, props, std::move(AttachmentsTable));
+                    updated = true;
+                    Fill(fillings, *record, type_, all);
+                },
+                [&] {
+                    all.TakeBack();
+                    if (updated) former.PutBack();
+                });
+        }
         OnRecordUpDate.Fire(record);
         return record;
     });
@@ -119,10 +214,11 @@ CVLTable::Fillings CVLTable::PlanFillings(const std::shared_ptr<CVLTableSet>& ta
     return fillings;
 }
 
-void CVLTable::Fill(const Fillings& fillings, const CVLRecord& record, std::int32_t n_key) {
+void CVLTable::Fill(const Fillings& fillings, const CVLRecord& record, std::int32_t n_key,
+                    Additions& all) {
     for (const FieldFilling& filling : fillings) {
         const std::string value(record.arena()->Field(record.handle(), filling.field));
-        filling.chain->Fill(value, n_key);
+        filling.chain->Fill(value, n_key, all);
     }
 }
 
@@ -216,7 +312,9 @@ void CVLTable::FillFrom(int field, CVLTable& target) {
     for (RecordHandle record; (record = cursor.Next()) != kNoHandle;) {
         const std::string_view value = records->arena().Field(record, field);
         // Most values are keys already, and those need no copy.
-        if (target.CanAdd(value)) filling.Fill(std::string(value), 1);
+        if (!target.CanAdd(value)) continue;
+        Additions all;
+        filling.Fill(std::string(value), 1, all);
     }
 }
 

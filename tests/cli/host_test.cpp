@@ -67,7 +67,7 @@ TEST_F(HostTest, SortsAndExports) {
     EXPECT_EQ(0, Run("none create").status);
     EXPECT_EQ(1, Run("none export mdb shop.mdb --replace").status);
     EXPECT_NE(exported, Read("shop.mdb"));
-    EXPECT_FALSE(fs::exists(Path("shop.mdb.tavolin-new.mdb")));
+    EXPECT_FALSE(fs::exists(Path("shop.mdb.tavolin-new1.mdb")));
     Write("foreign.mdb", "mine");
     EXPECT_EQ(1, Run("shop export mdb foreign.mdb --replace").status);
     EXPECT_EQ("mine", Read("foreign.mdb"));

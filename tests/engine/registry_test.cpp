@@ -138,30 +138,5 @@ TEST_F(RegistryTest, DeletedAndHandedOverDatabasesMove) {
     EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), File("second.cdb") + ";");
 }
 
-TEST_F(RegistryTest, ADatabaseThatCannotBeDeletedStaysListed) {
-    engine_.SaveDB();
-    const std::string file = File("shop.cdb");
-    const std::string saved = Contents(file);
-    const std::size_t calls =
-        FailEachCall([&] { engine_.DeleteDB(file); },
-                     [&](const std::string& call, bool threw) {
-                         const bool there = FileSystem::Current().Exists(file);
-                         EXPECT_TRUE(threw || !there) << call;
-                         EXPECT_EQ(Listed(engine_, "ann"), there ? shop_ : "") << call;
-                         EXPECT_EQ(OnDisk("ann"), there ? shop_ : "") << call;
-                         if (there) {
-                             EXPECT_TRUE(Contents(file) == saved) << call;
-                             return;
-                         }
-                         WriteContents(file, saved);
-                         engine_.LoadDB(file);
-                         engine_.DBLegalUser(owner_, Ownership);
-                         engine_.SaveDB();
-                         WriteContents(file, saved);
-                     });
-    EXPECT_GE(calls, 10u);
-    EXPECT_FALSE(FileSystem::Current().Exists(file));
-}
-
 }  // namespace
 }  // namespace tavolin

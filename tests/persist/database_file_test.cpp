@@ -72,19 +72,6 @@ TEST_F(DatabaseFileTest, RefusesWhatIsNotOneWholeArrayOfBytes) {
     }
 }
 
-TEST_F(DatabaseFileTest, AFailureLeavesTheOldFile) {
-    WriteDatabaseFile(path_, Bytes(100, 1));
-    const std::size_t calls =
-        FailEachCall([&] { WriteDatabaseFile(path_, Bytes(50, 2)); },
-                     [&](const std::string& call, bool threw) {
-                         EXPECT_TRUE(threw) << call;
-                         if (call == "flush folder") return;
-                         EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), Bytes(100, 1));
-                     });
-    EXPECT_GE(calls, 10u);
-    EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), Bytes(50, 2));
-}
-
 TEST_F(DatabaseFileTest, AnArrayBeyondTheFormatTouchesNoFile) {
     const std::uint8_t byte = 0;
     const std::span<const std::uint8_t> huge(&byte, std::size_t{1} << 31);  // never read

@@ -156,15 +156,6 @@ TEST_F(FileSystemTest, ReplaceIsAllOrNothing) {
     }
 }
 
-TEST_F(FileSystemTest, ReplaceFlushesBeforeItRenames) {
-    FailingFileSystem files;
-    const ByteView chunk = Bytes("text");
-    files.Replace(folder_ / "x", {&chunk, 1});
-    const std::vector<std::string> order = {"follow link", "create", "write",       "flush",
-                                            "close",       "rename", "flush folder"};
-    EXPECT_EQ(files.calls(), order);
-}
-
 #ifndef _WIN32
 TEST_F(FileSystemTest, ReplaceKeepsRightsAndLinks) {
     const ByteView chunk = Bytes("new");

@@ -1,0 +1,253 @@
+// Every allocation fails once, and from every one on all of them: the error is 7, nothing has
+// changed, nothing is lost, and the same call succeeds as soon as there is memory again.
+#include "tests/faults/allocations.h"
+
+#include <functional>
+
+#include "tests/support/engine_state.h"
+#include "tests/support/invariants.h"
+
+namespace tavolin {
+namespace {
+
+// The machine's files, without waiting for the disk.
+class HastyFileSystem final : public FileSystem {
+  public:
+    PathKind Kind(std::string_view path) override { return real_.Kind(path); }
+    bool IsSameFile(std::string_view a, std::string_view b) override {
+        return real_.IsSameFile(a, b);
+    }
+    std::unique_ptr<File> Open(std::string_view path, FileMode mode) override {
+        return std::make_unique<HastyFile>(real_.Open(path, mode));
+    }
+    std::unique_ptr<File> Create(std::string_view path, std::string_view like) override {
+        return std::make_unique<HastyFile>(real_.Create(path, like));
+    }
+    std::string FollowLink(std::string_view path) override { return real_.FollowLink(path); }
+    void Delete(std::string_view path) override { real_.Delete(path); }
+    void Rename(std::string_view from, std::string_view to) override { real_.Rename(from, to); }
+    void FlushFolder(std::string_view) override {}
+    bool Link(std::string_view path, std::string_view second) override {
+        return real_.Link(path, second);
+    }
+    void CreateFolder(std::string_view path) override { real_.CreateFolder(path); }
+
+  private:
+    class HastyFile final : public File {
+      public:
+        explicit HastyFile(std::unique_ptr<File> real) : real_(std::move(real)) {}
+        std::uint64_t Size() override { return real_->Size(); }
+        std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> target) override {
+            return real_->ReadAt(offset, target);
+        }
+        std::size_t Write(ByteView bytes) override { return real_->Write(bytes); }
+        std::size_t WriteAt(std::uint64_t offset, ByteView bytes) override {
+            return real_->WriteAt(offset, bytes);
+        }
+        void Flush() override {}
+        void Close() override { real_->Close(); }
+
+      private:
+        std::unique_ptr<File> real_;
+    };
+    FileSystem& real_ = MachineFileSystem();
+};
+
+// Orders refer to buyers and to goods, buyers to people by their own key: what is added brings
+// records along, what is deleted takes them along.
+class Shop {
+  public:
+    Shop(const std::string& folder, int orders) : file(folder + "\\shop.cdb") {
+        engine.LogOn("ann", "secret");
+        engine.CreateNewDB("shop", folder);
+        for (const char* name : {"Orders", "Buyers", "People", "Goods"}) {
+            engine.CreateNewPrimaryTable(name, {"ID", "A", "B"});
+        }
+        engine.LinkTables("Orders", 1, "Buyers");
+        engine.LinkTables("Orders", 2, "Goods");
+        engine.LinkTables("Buyers", 0, "People");
+        for (int i = 0; i < orders; ++i) {
+            const std::string number = std::to_string(i * 7 % 10) + std::to_string(i);
+            engine.AddRecord("Orders", i,
+                             {number, "buyer" + number, "good" + std::to_string(i % 3)});
+        }
+        engine.GetRecord("Orders", 1)->Attach(1, "picture", aPicture);
+        engine.LogDBActivities(true, true, true, true, true, true, true, true, true, true, true,
+                               true, true, true);
+        engine.SaveDB();
+    }
+
+    // What a file would hold, what is wrong with what is in memory, and whether a transaction is
+    // open. The files stay as they are.
+    std::string State() {
+        const std::string saved = Contents(file);
+        engine.SaveDB();
+        std::string state = FaultsOf(engine) + (engine.TransactionStarted() ? "open " : "closed ");
+        state += Contents(file);
+        WriteContents(file, saved);
+        return state;
+    }
+
+    CVLDBEngine engine;
+    std::string file;
+    std::shared_ptr<CVLRecord> record;
+    std::shared_ptr<CVLAttachmentSet> attachments;
+};
+
+void Change(Shop& shop) {
+    shop.engine.AddRecord("Orders", 99, {"changed", "buyer of it", "good2"});
+    shop.engine.GetRecord("Orders", 2)->Key("another key than its fields give");
+    shop.engine.CreateNewUser("bob", "b", true, true, true);
+    shop.engine.GetTable("Goods")->Sort(0);
+}
+
+void BeginAndChange(Shop& shop) {
+    shop.engine.GetRecord("Orders", 3)->Key("one that the state has to hold");
+    shop.engine.TransactionBegin();
+    Change(shop);
+}
+
+struct Operation {
+    const char* source;
+    void (*prepare)(Shop&);
+    void (*act)(Shop&);
+    // After a failure it has been done all the same.
+    bool ends_anyway = false;
+    // What else than 7 it may raise.
+    std::int32_t number = kOutOfMemory;
+};
+
+constexpr std::string_view kLongText =
+    "A text that needs more room than there was in the record before, by far, so that it has to "
+    "move, and that makes a key for the buyers and for the people which is as long.";
+
+const Operation kOperations[] = {
+    {"CVLDBEngine:AddRecord Method", nullptr,
+     [](Shop& shop) {
+         shop.engine.AddRecord("Orders", 5, {"new order", "a new buyer of it", "a new good"});
+     }},
+    {"CVLDBEngine:AddRecord Method",
+     [](Shop& shop) {
+         shop.attachments = std::make_shared<CVLAttachmentSet>();
+         shop.attachments->Add("sound", 1, "a path that is long enough", aSound);
+     },
+     [](Shop& shop) {
+         shop.engine.AddRecord("Orders", 5, {"new", "new"}, shop.attachments,
+                               {.before = IndexKey(1)});
+     }},
+    {"CVLDBEngine:UpDateRecord Method",
+     [](Shop& shop) {
+         shop.attachments = std::make_shared<CVLAttachmentSet>();
+         shop.attachments->Add("sound", 1, "a path that is long enough", aSound);
+         shop.record = shop.engine.GetRecord("Orders", 2);
+     },
+     [](Shop& shop) {
+         shop.engine.UpDateRecord(
+             "Orders", shop.record, 2,
+             {shop.record->arena()->Field(shop.record->handle(), 0), kLongText, "something new"},
+             shop.attachments);
+     }},
+    {"CVLDBEngine:RemoveRecord Method", nullptr,
+     [](Shop& shop) { shop.engine.DeleteRecord("Orders", 3); }},
+    {"CVLDBEngine:RemoveRecord Method", nullptr,
+     [](Shop& shop) { shop.engine.DeleteRecord("Orders", 3, false); }},
+    {"CVLTable:Sort Method", [](Shop& shop) { shop.engine.GetTable("Orders"); },
+     [](Shop& shop) { shop.engine.CVLTableSet()->Lookup(1)->Sort(0); }},
+    {"CVLTable:Sort Method", nullptr,
+     [](Shop& shop) { shop.engine.CVLTableSet()->Lookup(1)->Sort(1); }},
+    {"CVLDBEngine:Find Method", nullptr, [](Shop& shop) { shop.engine.Find("good1"); }},
+    {"CVLDBEngine:Find Method", nullptr, [](Shop& shop) { shop.engine.Find("good1", true); }},
+    {"CVLDBEngine:TransactionBegin Method", nullptr,
+     [](Shop& shop) { shop.engine.TransactionBegin(); }},
+    {"CVLDBEngine:TransactionAbort Method", BeginAndChange,
+     [](Shop& shop) { shop.engine.TansactionAbort(); }},
+    {"CVLDBEngine:TransactionCommit Method", BeginAndChange,
+     [](Shop& shop) { shop.engine.TransactionCommit(); }, true},
+    {"CVLDBEngine:SaveDB Method", Change, [](Shop& shop) { shop.engine.SaveDB(); }, true},
+    // Whatever keeps a file from being read, memory included, has this number.
+    {"CVLDBEngine:loadDB Method", Change, [](Shop& shop) { shop.engine.LoadDB(shop.file); }, false,
+     CVLErrorNum::GetDBNotSetError()},
+};
+
+// Of these, the first so many touch no file and are tried with many records as well.
+constexpr int kInMemory = 9;
+
+class AllocationsTest : public testing::Test {
+  protected:
+    // One try in a new shop, with that allocation failing, or none for 0. False when the operation
+    // does not get so far.
+    bool Try(const Operation& operation, int orders, std::size_t nth, bool for_good) {
+        Shop shop(PortablePath(library_.folder().path()), orders);
+        const std::string saved = Contents(shop.file);
+        if (operation.prepare != nullptr) operation.prepare(shop);
+        const std::string before = shop.State();
+        std::optional<Error> failure;
+        bool foreign = false;
+        FailAllocation(nth, for_good);
+        try {
+            operation.act(shop);
+        } catch (const Error& error) {
+            failure = error;
+        } catch (...) {
+            foreign = true;
+        }
+        const bool reached = FailNoMore();
+        EXPECT_FALSE(foreign) << "not an Error";
+        if (failure) {
+            CheckFailure(operation, *failure);
+            const std::string now = shop.State();
+            EXPECT_EQ(FaultsOf(shop.engine), "");
+            // What ends in any case has its transaction behind it.
+            const std::size_t from = operation.ends_anyway ? now.find(' ') : 0;
+            EXPECT_TRUE(now.substr(from) ==
+                        before.substr(operation.ends_anyway ? before.find(' ') : 0));
+            EXPECT_TRUE(operation.ends_anyway || Contents(shop.file) == saved);
+            if (!operation.ends_anyway) operation.act(shop);
+        }
+        const std::string now = shop.State();
+        if (nth == 0) done_ = now;
+        EXPECT_TRUE(now == done_);
+        shop.engine.DeleteDB(shop.file);
+        return reached;
+    }
+
+    static void CheckFailure(const Operation& operation, const Error& failure) {
+        EXPECT_TRUE(failure.number() == kOutOfMemory || failure.number() == operation.number)
+            << failure.number();
+        EXPECT_EQ(failure.source(), operation.source);
+        EXPECT_NE(failure.description(), "");
+    }
+
+    // With every allocation failing once.
+    void TryAll(const Operation& operation, int orders, bool for_good) {
+        Try(operation, orders, 0, false);
+        for (std::size_t nth = 1;; ++nth) {
+            SCOPED_TRACE(operation.source + (" with allocation " + std::to_string(nth)) +
+                         (for_good ? " and all later ones" : "") + " failing, " +
+                         std::to_string(orders) + " orders");
+            const std::size_t living = LivingAllocations();
+            const bool reached = Try(operation, orders, nth, for_good);
+            EXPECT_EQ(LivingAllocations(), living);
+            if (reached) continue;
+            EXPECT_GT(nth, 5u);
+            return;
+        }
+    }
+
+    ScopedLibraryFolder library_;
+    const StoppedClock clock_;
+    HastyFileSystem files_;
+    const ScopedFileSystem scope_{files_};
+    std::string done_;  // the state after an operation that nothing has kept from being done
+};
+
+TEST_F(AllocationsTest, EachMayFail) {
+    for (const Operation& operation : kOperations) {
+        TryAll(operation, 4, false);
+        TryAll(operation, 4, true);
+        if (&operation < kOperations + kInMemory) TryAll(operation, 60, false);
+    }
+}
+
+}  // namespace
+}  // namespace tavolin
