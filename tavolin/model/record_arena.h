@@ -150,6 +150,9 @@ class RecordArena : public std::enable_shared_from_this<RecordArena> {
     // arena that has no record yet. Raises DamagedState for what is no image, and is good for
     // nothing then.
     std::vector<RecordHandle> Adopt(std::span<std::uint8_t> images, std::shared_ptr<void> owner);
+    // For records that have just been adopted: raises DamagedState when one is said to be filed
+    // under another hash than its key's, or to hold nothing but ASCII when that is not so.
+    void CheckAdopted(std::span<const RecordHandle> records) const;
 
     // The bytes that the arena has asked the machine for.
     std::size_t memory() const { return memory_; }

@@ -87,6 +87,8 @@ void CVLRecordSet::ReadProperties(PropertyBagReader& bag) {
         bag.Refuse("RecordsCount", "another number of records is there");
     }
     bag.ReadSeries("RecordExtra", [&](std::size_t) { ReadSpecial(bag, arena, handles); });
+    // What this process keeps for itself is as it made it.
+    if (bag.sealed()) arena.CheckAdopted(handles);
     records->Adopt(handles);
     if (arena.AnyOwnKeys()) {
         std::vector<RecordHandle> own;

@@ -164,6 +164,9 @@ class PropertyBagReader {
     PropertyBagReader(const PropertyBagReader&) = delete;
     PropertyBagReader& operator=(const PropertyBagReader&) = delete;
 
+    // Whether the array had to carry a checksum: it may come from anywhere then.
+    bool sealed() const { return seal_ == BagSeal::kChecksum; }
+
     bool Has(std::string_view key);
     // A view into the array, or the default itself.
     std::string_view ReadText(std::string_view key, std::string_view default_text = {});
@@ -255,6 +258,7 @@ class PropertyBagReader {
     void CheckSeriesEnd() const;
 
     std::span<const std::uint8_t> bytes_;
+    BagSeal seal_;
     std::shared_ptr<ByteBuffer> owner_;
     std::vector<std::string_view> keys_;
     std::vector<Frame> frames_;

@@ -125,7 +125,7 @@ PropertyBagReader::PropertyBagReader(std::shared_ptr<ByteBuffer> bytes, BagSeal 
 }
 
 PropertyBagReader::PropertyBagReader(std::span<const std::uint8_t> bytes, BagSeal seal)
-    : bytes_(bytes) {
+    : bytes_(bytes), seal_(seal) {
     CheckHeader(seal);
     const auto key_table = LoadLittle<std::uint64_t>(bytes.data() + kKeyTableAt);
     if (key_table < kItemsAt || key_table > bytes.size()) {
