@@ -72,6 +72,8 @@ void ForEachPart(std::uint16_t parts, Body&& body) {
     }
 }
 
+constexpr std::uint16_t kNoParts = 0xFFFF;
+
 bool HoldsPart(std::uint16_t parts, int field) {
     bool holds = false;
     ForEachPart(parts, [&](int part) { holds = holds || part == field; });
@@ -670,6 +672,21 @@ std::vector<RecordHandle> RecordArena::Adopt(std::span<std::uint8_t> images,
         at += image.units * kUnit;
     }
     return records;
+}
+
+void RecordArena::CheckAdopted(std::span<const RecordHandle> records) const {
+    for (const RecordHandle record : records) {
+        if (tavolin::IsAscii(AllFields(record)) != IsAscii(record)) {
+            RefuseImage("its text is not of the kind that it is said to be");
+        }
+        // Of one field, as most are, it needs no copy.
+        const std::uint16_t parts = At(record)->parts;
+        const bool one_field = (parts >> 4) == 0xFFF && parts != kNoParts;
+        const std::uint32_t hash = HasOwnKey(record) ? HashFold(FilingKey(record))
+                                   : one_field       ? HashFold(Field(record, parts & 15))
+                                                     : HashFold(ComposeKey(record));
+        if (hash != FilingHash(record)) RefuseImage("it is filed under another key than its own");
+    }
 }
 
 }  // namespace tavolin

@@ -164,6 +164,9 @@ class RecordArena {
     // they are: nothing is checked. A record's handle is the offset of its image, in units.
     void AdoptBlocks(std::span<std::uint8_t> images, std::shared_ptr<void> owner);
     static constexpr std::size_t kUnit = 8;  // bytes, of which blocks are multiples
+    // For records that have just been adopted: raises DamagedState when one is said to be filed
+    // under another hash than its key's, or to hold nothing but ASCII when that is not so.
+    void CheckAdopted(std::span<const RecordHandle> records) const;
 
     // The bytes that the arena has asked the machine for.
     std::size_t memory() const { return memory_; }

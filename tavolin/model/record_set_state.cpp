@@ -124,6 +124,8 @@ void CVLRecordSet::ReadProperties(PropertyBagReader& bag) {
     if (blocks) {
         records->AdoptPlaced(handles);
     } else {
+        // What this process keeps for itself is as it made it.
+        if (bag.seal() == BagSeal::kChecksum) arena.CheckAdopted(handles);
         records->Adopt(handles);
     }
     if (arena.AnyOwnKeys()) {

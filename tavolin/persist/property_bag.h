@@ -167,6 +167,7 @@ class PropertyBagReader {
     PropertyBagReader(const PropertyBagReader&) = delete;
     PropertyBagReader& operator=(const PropertyBagReader&) = delete;
 
+    // With kChecksum the array may come from anywhere, with kNone it never left the process.
     BagSeal seal() const { return seal_; }
 
     bool Has(std::string_view key);

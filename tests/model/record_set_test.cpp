@@ -5,6 +5,7 @@
 
 #include "tavolin/base/text.h"
 #include "tavolin/model/attachment_set.h"
+#include "tavolin/persist/property_bag.h"
 #include "tests/support/expect_error.h"
 
 namespace tavolin {
@@ -146,6 +147,21 @@ TEST_F(RecordSetTest, RefusesDamagedState) {
     ExpectDamageRefused(state, [&](const auto& damaged) { set_.ObjectState(damaged); });
     ExpectError(31037, "CVLRecordSet:ObjectState Property Let",
                 "Error loading from file. The file is corrupted", [&] { set_.ObjectState({}); });
+    // Damage made on purpose, with a checksum that fits: the hash of the first record's key, and
+    // the kind of its text.
+    PropertyBagReader whole(state);
+    const auto images = whole.ReadBlocks("Record");
+    for (const auto& [at, bits] : {std::pair(4, 0), {4, 0x40}, {18, 0x04}}) {
+        std::vector<std::uint8_t> changed(images.begin(), images.end());
+        changed[static_cast<std::size_t>(at)] ^= static_cast<std::uint8_t>(bits);
+        PropertyBagWriter bag;
+        bag.Write("RecordsCount", 2);
+        bag.WriteBlocks("Record", changed);
+        const std::vector<std::uint8_t> forged = std::move(bag).Finish();
+        CVLRecordSet loaded;
+        EXPECT_EQ(ErrorNumber([&] { loaded.ObjectState(forged); }), bits == 0 ? 0 : kCorruptedFile)
+            << "byte " << at << " changed by " << bits;
+    }
     EXPECT_EQ(set_.Item(3), record);
     EXPECT_EQ(Names(), "abc");
 }
