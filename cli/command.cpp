@@ -16,8 +16,9 @@ constexpr Command kCommands[] = {
      "create --full-name 'Ann Lee'", Need::kNewDatabase, kAnywhere, CreateCommand},
     {"info", "", "Show what the database is and who owns it.", "info", Need::kRead, kAnywhere,
      InfoCommand},
-    {"save", "[--as NAME] [--to FOLDER] [--compact]",
-     "Write the database to its file, or to another one that becomes its own.",
+    {"save", "[--as NAME] [--to FOLDER] [--compact] [--replace]",
+     "Write the database to its file, or to another one that becomes its own; --replace writes "
+     "over what others saved since it was loaded.",
      "save --as copy --to /backup", Need::kWrite, kAnywhere, SaveCommand},
     {"password", "[--password-file F] [--no-password] [--old-password-file F]",
      "Change the database password; --no-password makes it empty.",
@@ -97,8 +98,9 @@ constexpr Command kCommands[] = {
      "export mdb customers.mdb", Need::kRead, kAnywhere, ExportMdbCommand},
 
     {"begin", "", "Begin a transaction.", "begin", Need::kWrite, kSessionOnly, BeginCommand},
-    {"commit", "", "End the transaction and save; it has ended even if saving fails.", "commit",
-     Need::kWrite, kSessionOnly, CommitCommand},
+    {"commit", "[--replace]",
+     "End the transaction and save; it has ended even if saving fails. --replace is that of save.",
+     "commit", Need::kWrite, kSessionOnly, CommitCommand},
     {"abort", "", "End the transaction and take everything done in it back.", "abort", Need::kRead,
      kSessionOnly, AbortCommand},
 

@@ -75,7 +75,8 @@ void SaveCommand(Host& host, const Arguments& words) {
     }
     if (!name.empty() && name.find('.') == name.npos) name += ".cdb";
     const auto folder = words.Find("--to");
-    host.Save(folder ? FolderPath(*folder) : std::string(), name, words.Has("--compact"));
+    host.Save(folder ? FolderPath(*folder) : std::string(), name, words.Has("--compact"),
+              words.Has("--replace"));
     host.Note("saved " + host.Path());
 }
 
@@ -120,8 +121,8 @@ void BeginCommand(Host& host, const Arguments&) {
     host.Note("transaction begun");
 }
 
-void CommitCommand(Host& host, const Arguments&) {
-    host.Commit();
+void CommitCommand(Host& host, const Arguments& words) {
+    host.Commit(words.Has("--replace"));
     host.Note("committed and saved");
 }
 

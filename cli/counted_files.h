@@ -29,6 +29,9 @@ class CountedFiles final : public FileSystem {
         return real_.Link(path, second);
     }
     void FlushFolder(std::string_view folder) override { real_.FlushFolder(folder); }
+    std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
+        return real_.LockFolder(folder);
+    }
     void CreateFolder(std::string_view path) override { real_.CreateFolder(path); }
 
   private:

@@ -43,7 +43,9 @@ std::string TypedTwice(const std::string& prompt) {
 
 }  // namespace
 
-Host::Host(HostOptions options) : options_(std::move(options)) {}
+Host::Host(HostOptions options) : options_(std::move(options)) {
+    engine_.KeepChangesOfOthers(true);
+}
 
 void Host::Prepare(Need need) {
     if (need == Need::kNothing) return;
@@ -67,7 +69,6 @@ void Host::LogOn() {
 
 void Host::Load() {
     if (loaded_) return;
-    watch_.Look(Path());
     engine_.LoadDB(LibraryPath(Path()));
     loaded_ = true;
     if (!options_.password && InputIsTerminal() && PasswordNeeded()) {
@@ -118,23 +119,35 @@ std::string Host::Path() const {
     return MachinePath(JoinPath(engine_.DBPath(), engine_.DBName()));
 }
 
+// Asked before a transaction is ended for nothing; saving itself looks again.
+void Host::AskToReplace(const std::string& path, bool replace) {
+    if (replace || !engine_.FileChangedByOthers() || !IsOneFile(path, Path())) return;
+    throw CommandFailure(
+        in_session() ? "the file was changed by somebody else since it was loaded; save --as saves "
+                       "elsewhere, --replace takes their changes away"
+                     : "the file was changed by somebody else meanwhile; try again");
+}
+
 template <class Write>
-void Host::WriteFile(const std::string& path, Write&& write) {
-    if (watch_.Changed(path)) {
-        throw CommandFailure(
-            "the file was changed by somebody else since it was loaded; save --as saves elsewhere");
-    }
+void Host::WriteFile(const std::string& path, bool replace, Write&& write) {
+    AskToReplace(path, replace);
+    struct Insisting {
+        Insisting(CVLDBEngine& on, bool insist) : engine(on) {
+            engine.KeepChangesOfOthers(!insist);
+        }
+        ~Insisting() { engine.KeepChangesOfOthers(true); }
+        CVLDBEngine& engine;
+    } const insisting(engine_, replace);
     WarnOfRegistry(engine_, std::forward<Write>(write));
-    watch_.Look(Path());
     Saved();
     std::cout << std::exchange(held_notes_, {});
 }
 
-void Host::Save(const std::string& folder, const std::string& name, bool compact) {
+void Host::Save(const std::string& folder, const std::string& name, bool compact, bool replace) {
     const bool renamed = !name.empty() && !EqualFold(name, engine_.DBName());
     const std::string path = MachinePath(
         JoinPath(folder.empty() ? engine_.DBPath() : folder, renamed ? name : engine_.DBName()));
-    WriteFile(path, [&] { engine_.SaveDB(folder, name, {}, compact); });
+    WriteFile(path, replace, [&] { engine_.SaveDB(folder, name, {}, compact); });
     if (engine_.TransactionStarted()) before_.unsaved = true;
 }
 
@@ -143,8 +156,8 @@ void Host::Begin() {
     before_ = {unsaved_, user(), password()};
 }
 
-void Host::Commit() {
-    WriteFile(Path(), [&] { engine_.TransactionCommit(); });
+void Host::Commit(bool replace) {
+    WriteFile(Path(), replace, [&] { engine_.TransactionCommit(); });
 }
 
 void Host::Abort() {

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "cli/arguments.h"
-#include "cli/file_watch.h"
 #include "cli/results.h"
 #include "tavolin/engine/engine.h"
 
@@ -27,7 +26,8 @@ enum class Need {
 };
 
 struct HostOptions {
-    std::string file;  // as the user wrote it
+    std::string file;  // as the user wrote it; that of a tool is among the words
+    std::string tool;  // "check" or "salvage", which work on a file that cannot be loaded
     std::string user;
     std::optional<std::string> password;  // nothing: ask for it on a terminal when it is needed
     Format format = Format::kTable;
@@ -68,14 +68,16 @@ class Host {
     void Changed() { unsaved_ = true; }
     void Saved() { unsaved_ = false; }
     // Writes the database to its file, or to another folder or name. A file that somebody else
-    // changed since it was loaded or saved is not written over: CommandFailure. When the owner
+    // changed since it was loaded or saved is not written over without `replace`: CommandFailure,
+    // or the engine's own refusal when it happens in the last moment. When the owner
     // registry alone cannot be written, the database is saved and a warning says so.
-    void Save(const std::string& folder = {}, const std::string& name = {}, bool compact = false);
+    void Save(const std::string& folder = {}, const std::string& name = {}, bool compact = false,
+              bool replace = false);
 
     // The transaction, and who acted and what there was to save before it. What was saved inside it
     // is to be saved again when it is aborted.
     void Begin();
-    void Commit();
+    void Commit(bool replace);
     void Abort();
 
     // Tables and answers.
@@ -97,8 +99,9 @@ class Host {
   private:
     void LogOn();
     void Load();
+    void AskToReplace(const std::string& path, bool replace);
     template <class Write>
-    void WriteFile(const std::string& path, Write&& write);
+    void WriteFile(const std::string& path, bool replace, Write&& write);
     bool PasswordNeeded();
     void AskPassword(const std::string& prompt);
 
@@ -107,7 +110,6 @@ class Host {
     bool logged_on_ = false;
     bool loaded_ = false;
     bool unsaved_ = false;
-    FileWatch watch_;
     std::string held_notes_;
 
     struct Before {

@@ -8,6 +8,7 @@
 #include "cli/options.h"
 #include "cli/shell.h"
 #include "cli/terminal.h"
+#include "cli/tools.h"
 
 int main(int argc, char** argv) {
     using namespace tavolin::cli;
@@ -17,6 +18,10 @@ int main(int argc, char** argv) {
         const std::optional<HostOptions> options = ParseOptions(ProgramWords(argc, argv));
         if (!options) return;
         ChooseDataFolder();
+        if (!options->tool.empty()) {
+            status = RunTool(*options);
+            return;
+        }
         Host host(*options);
         status = host.in_session() ? RunSession(host) : RunOneCommand(host);
         if (!std::cout.flush()) throw CommandFailure("the output cannot be written");

@@ -10,11 +10,15 @@
 #include "cli/environment.h"
 #include "cli/failure.h"
 #include "cli/paths.h"
+#include "cli/tools.h"
 
 namespace tavolin::cli {
 namespace {
 
 const std::string kFooter =
+    "`tavolin check FILE` says whether a database file is damaged, and where; `tavolin salvage\n"
+    "FILE NEW` makes a new database of what can still be read of one. For a database that is\n"
+    "named so itself write ./check.\n"
     "Without COMMAND, commands are read from the input: `tavolin FILE help` lists them.\n"
     "The password is that of --password-file or TAVOLIN_PASSWORD; on a terminal it is asked\n"
     "for when it is needed.\n"
@@ -75,6 +79,7 @@ std::optional<HostOptions> ParseOptions(std::vector<std::string> words) {
         throw UsageError("there is no option " + options.words[0]);
     }
     if (options.file.empty()) throw UsageError("FILE is missing; try --help");
+    if (IsTool(options.file)) options.tool = std::exchange(options.file, {});
     options.user = UserName(options.user);
     options.password = Password(password_file);
     options.format = kFormats.at(format);

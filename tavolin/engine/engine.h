@@ -57,6 +57,7 @@
 #include "tavolin/model/user_argument.h"
 #include "tavolin/model/user_note_set.h"
 #include "tavolin/model/user_set.h"
+#include "tavolin/persist/state_mark.h"
 
 namespace tavolin {
 
@@ -185,8 +186,29 @@ class CVLDBEngine {
     // when the state is `Ownership`, and ignored otherwise. `compact` drops what a longer earlier
     // state left behind in the file. 2^31 bytes or more raise 6 before any file is touched. When
     // the registry alone fails, the database has been saved.
+    //
+    // Another process, or another engine, may have saved the same file meanwhile: see
+    // FileChangedByOthers and KeepChangesOfOthers.
     bool SaveDB(std::string_view DBDir = {}, std::string_view newDBName = {},
                 std::string_view DBPwd = {}, bool compact = false, std::uint8_t FileNumber = 0);
+
+    // Whether the open database's file holds another state than the one that this engine loaded
+    // from it or saved to it last, so that SaveDB would take somebody's work away: somebody else
+    // has saved it, put another file in its place, or damaged it. A copy of the same state, an
+    // older one that was this engine's last, or a file that is gone is no change; a file that is
+    // there when this engine has created the database and not saved it yet is one. False when no
+    // database is open. It takes the reading of 52 bytes; what keeps them from being read is the
+    // machine's file error.
+    bool FileChangedByOthers() const;
+
+    // With true, SaveDB, TransactionCommit and ChangeOwner refuse to write over such a file:
+    // GetDBOverwriteError, with a detail that tells this case, and the file and the open database
+    // are as before. The file is looked at again right before the new one takes its place, while
+    // all saving into its folder waits, so that of any number of processes and engines that save
+    // with this switched on none takes another's work away; see docs/reliability.md for disks that
+    // cannot lock. False on a new engine.
+    bool KeepChangesOfOthers() const { return keep_changes_of_others_; }
+    void KeepChangesOfOthers(bool keep) { keep_changes_of_others_ = keep; }
 
     // Deletes a database's file, its log and its entry in the registry. Only its owner may
     // (GetUserIsNotDBOwnerError). If it is the open one's file, that stays in memory as never
@@ -393,14 +415,17 @@ class CVLDBEngine {
     class Naming;
     std::unique_ptr<Database> NewDatabase() const;
     void Install(std::unique_ptr<Database> database);
-    void Open(std::unique_ptr<Database> database, std::string absolute_path);
+    void Open(std::unique_ptr<Database> database, std::string absolute_path,
+              std::optional<StateMark> mark);
     PermitStateEnum Rechecked() const;
     PermitStateEnum PermissionIn(std::unique_ptr<Database>& database);
     std::unique_ptr<Database> ReadState(std::shared_ptr<ByteBuffer> state, BagSeal seal) const;
     ByteBuffer ObjectState(BagSeal seal) const;
     bool IsOpenFile(std::string_view path) const;
     bool IsOwnFile(std::string_view path) const;
-    void AskToWriteTo(const std::string& path, const char* source) const;
+    void AskToReplace(const std::string& path, const char* source) const;
+    void WriteState(const ByteBuffer& state, const std::string& path, bool compact,
+                    std::uint8_t FileNumber, const char* source);
     std::optional<Error> DeleteFiles(const std::string& path, const CVLDBEngine& opened);
     ByteBuffer StateNamed(Naming& naming) const;
     void MakeOwner(const std::string& name, std::string_view password, std::string_view full_name,
@@ -447,13 +472,19 @@ class CVLDBEngine {
     void PrintToTextFile(const std::function<void(TextSink&)>& write, TextEncoding encoding,
                          std::string_view path, std::uint8_t number = 0);
     void PrintToBinaryFile(std::span<const std::uint8_t> data, std::string_view path,
-                           std::uint8_t number = 0, bool cut_tail = false);
+                           std::uint8_t number = 0, bool cut_tail = false,
+                           const std::function<void()>& last_look = {});
     ByteBuffer GetBinaryFile(std::string_view path, std::uint8_t number = 0);
 
     std::shared_ptr<Authority> authority_;
     std::shared_ptr<Session> session_;  // that of the objects which the host makes
     std::unique_ptr<Database> database_;
     std::string file_;  // the open database's file from the root on; empty when it has none
+    // What this engine knows to be in that file: what it read or wrote last, nothing when it has
+    // done neither, and what it tried to write last, which an error may have left there.
+    std::optional<StateMark> file_mark_;
+    std::optional<StateMark> tried_mark_;
+    bool keep_changes_of_others_ = false;
     std::shared_ptr<tavolin::CVLDBOwnerSet> owners_;
     bool registry_read_ = false;
     std::vector<RegistryChange> unwritten_;  // what has been done to the registry since

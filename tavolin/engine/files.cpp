@@ -19,9 +19,10 @@ void CVLDBEngine::PrintToTextFile(const std::function<void(TextSink&)>& write,
 }
 
 void CVLDBEngine::PrintToBinaryFile(std::span<const std::uint8_t> data, std::string_view path,
-                                    std::uint8_t, bool cut_tail) {
+                                    std::uint8_t, bool cut_tail,
+                                    const std::function<void()>& last_look) {
     Report("CVLDBEngine:PrintToBinaryFile Method",
-           [&] { WriteDatabaseFile(path, data, cut_tail); });
+           [&] { WriteDatabaseFile(path, data, cut_tail, last_look); });
 }
 
 ByteBuffer CVLDBEngine::GetBinaryFile(std::string_view path, std::uint8_t) {

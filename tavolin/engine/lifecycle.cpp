@@ -80,9 +80,12 @@ void CVLDBEngine::Install(std::unique_ptr<Database> database) {
 }
 
 // The same for a database other than the open one, whose transaction and pending lines end.
-void CVLDBEngine::Open(std::unique_ptr<Database> database, std::string absolute_path) {
+void CVLDBEngine::Open(std::unique_ptr<Database> database, std::string absolute_path,
+                       std::optional<StateMark> mark) {
     Install(std::move(database));
     file_ = std::move(absolute_path);
+    file_mark_ = mark;
+    tried_mark_.reset();
     transaction_ = false;
     snapshot_.reset();
     std::erase_if(pending_, [](const PendingLine& line) { return !line.is_log_on; });
@@ -145,7 +148,7 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
         database->users->AddForOwners(user);
         user->can_read_ = user->can_read_write_ = user->can_delete_ = true;
         if (!CreatorFullName.empty()) user->full_name_ = CreatorFullName;
-        Open(std::move(database), std::move(absolute_path));
+        Open(std::move(database), std::move(absolute_path), {});
         authority_->permission = Ownership;
         OnDBCreation.Fire(file, database_->created, user->UserName());
         Log([&] { return Message("New Database Created: ", file); }, false);
@@ -173,9 +176,11 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, st
             Raise(CVLErrorNum::GetDBNotFoundError(), kSource,
                   Message("DataBase Cannot Be Read!\r\nCause: DataBase Does Not Exist!"));
         }
+        StateMark mark;
         auto database = WhenFails(
             [&] {
                 auto state = std::make_shared<ByteBuffer>(GetBinaryFile(DBPathName, FileNumber));
+                mark = MarkOf(*state);
                 return ReadState(std::move(state), BagSeal::kChecksum);
             },
             [](const Error& error) { RaiseUnreadable(kSource, error); });
@@ -188,7 +193,7 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, st
         ForgetUnsavedEntries();
         Register(*database);
         const PermitStateEnum permission = PermissionIn(database);
-        Open(std::move(database), std::move(absolute_path));
+        Open(std::move(database), std::move(absolute_path), mark);
         authority_->permission = permission;
         Log([&] { return Message("Log On: ", user->UserName(), " To ", DBPathName); },
             database_->switches.logDBLogOn);
@@ -242,10 +247,11 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
             if (!EqualFold(name, naming.name)) naming.name = name;
         }
         const std::string file = JoinPath(naming.path, naming.name);
-        AskToWriteTo(file, kSource);
+        AskToReplace(file, kSource);
+        AskWrite(*session_, kSource);
         if (!DBPwd.empty() && session_->IsOwner()) naming.password = DBPwd;
         std::string absolute_path = AbsolutePath(file);
-        PrintToBinaryFile(StateNamed(naming), file, FileNumber, compact);
+        WriteState(StateNamed(naming), file, compact, FileNumber, kSource);
         naming.Exchange(*database_);
         file_ = std::move(absolute_path);
         std::optional<Error> registry_failure;
@@ -264,13 +270,34 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
     });
 }
 
-void CVLDBEngine::AskToWriteTo(const std::string& path, const char* source) const {
-    if (!IsOpenFile(path) && FileSystem::Current().Exists(path)) {
-        Raise(CVLErrorNum::GetDBOverwriteError(), source,
-              Message("DataBase Cannot Be Saved!\r\nCause: Another DataBase With Same Name Was "
-                      "Detected And Cannot Be Overwritten!"));
+// Asked twice: before anything is done, and again when the file is about to be exchanged.
+void CVLDBEngine::AskToReplace(const std::string& path, const char* source) const {
+    const bool own = IsOpenFile(path);
+    const bool changed = own && keep_changes_of_others_ && FileChangedByOthers();
+    if (changed || (!own && FileSystem::Current().Exists(path))) {
+        Error error(CVLErrorNum::GetDBOverwriteError(), source,
+                    Message("DataBase Cannot Be Saved!\r\nCause: Another DataBase With Same Name "
+                            "Was Detected And Cannot Be Overwritten!"));
+        if (changed) error.AddDetail(path + " was changed by somebody else since it was loaded");
+        throw error;
     }
-    AskWrite(*session_, source);
+}
+
+bool CVLDBEngine::FileChangedByOthers() const {
+    if (!database_->tables || file_.empty()) return false;
+    const auto now = ReadMark(file_);
+    return now && now != file_mark_ && now != tried_mark_;
+}
+
+void CVLDBEngine::WriteState(const ByteBuffer& state, const std::string& path, bool compact,
+                             std::uint8_t FileNumber, const char* source) {
+    const StateMark mark = MarkOf(state);
+    const auto last_look = [&] {
+        AskToReplace(path, source);
+        if (IsOpenFile(path)) tried_mark_ = mark;
+    };
+    PrintToBinaryFile(state, path, FileNumber, compact, last_look);
+    file_mark_ = mark;
 }
 
 std::shared_ptr<CVLDBEngine> CVLDBEngine::GetDB(std::string_view DBPathName, std::string_view DBPwd,
@@ -304,7 +331,10 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
         const std::string path(DBPathName);
         const bool own = IsOpenFile(path);
         const auto log_failure = DeleteFiles(path, *other);
-        if (own) file_.clear();
+        if (own) {
+            file_.clear();
+            file_mark_.reset();
+        }
         OnDBDeletion.Fire(path, Today(), user->UserName());
         Log([&] { return Message("DataBase ", path, " Deleted By ", user->UserName()); }, false);
         owners_->Refresh();
@@ -361,7 +391,11 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
         target.MakeOwner(new_owner, newOwnerPwd, newOwnerFullName, newOwnerDescription);
         if (current) authority_->permission = Rechecked();
         // An engine that is not kept has to put its change on the disk now.
-        if (other) other->PrintToBinaryFile(other->ObjectState(BagSeal::kChecksum), DBPathName);
+        if (other) {
+            other->keep_changes_of_others_ = keep_changes_of_others_;
+            other->WriteState(other->ObjectState(BagSeal::kChecksum), std::string(DBPathName),
+                              false, 0, kSource);
+        }
         AddEntry(new_owner, target.DBPath(), target.DBName());
         if (!EqualFold(old_owner, new_owner))
             RemoveEntry(old_owner, target.DBPath(), target.DBName());

@@ -43,6 +43,7 @@ void CVLDBEngine::AddEntry(const std::string& owner, const std::string& dir,
                            const std::string& name) {
     NeedRegistry();
     RegistryChange change{true, false, owner, dir, name};
+    owners_->Restate(owner, JoinPath(dir, name), true);
     if (Apply(change)) unwritten_.push_back(std::move(change));
 }
 
@@ -51,6 +52,7 @@ bool CVLDBEngine::RemoveEntry(const std::string& owner, const std::string& dir,
                               const std::string& name) {
     NeedRegistry();
     RegistryChange change{false, false, owner, dir, name};
+    owners_->Restate(owner, JoinPath(dir, name), false);
     const bool removed = Apply(change);
     if (removed) unwritten_.push_back(std::move(change));
     return removed;

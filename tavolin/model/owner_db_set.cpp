@@ -57,6 +57,14 @@ void CVLOwnerDBSet::Remove(const CVLOwnerDB& database) {
     if (position != 0) Remove(position);
 }
 
+void CVLOwnerDBSet::AddCopy(const CVLOwnerDB& database) {
+    auto copy = std::make_shared<CVLOwnerDB>();
+    copy->Key(database.Key());
+    copy->DBName(database.DBName());
+    copy->DBDir(database.DBDir());
+    databases_->Add(database.Key(), std::move(copy));
+}
+
 void CVLOwnerDBSet::WriteProperties(PropertyBagWriter& bag) const {
     WriteCollection(bag, *databases_, "DBCnt", "DB");
 }

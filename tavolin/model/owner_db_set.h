@@ -36,6 +36,7 @@ class CVLOwnerDBSet {
     // Library-internal: the element, if it is in the set, whatever its Key is by now; and the
     // stored form.
     void Remove(const CVLOwnerDB& database);
+    void AddCopy(const CVLOwnerDB& database);
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
 

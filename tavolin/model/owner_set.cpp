@@ -13,6 +13,14 @@
 namespace tavolin {
 namespace {
 
+// Somebody may still be able to make something of it.
+void KeepAside(const std::string& path) {
+    FileSystem& files = FileSystem::Current();
+    std::string aside = path + ".unreadable";
+    for (int i = 2; files.Exists(aside); ++i) aside = path + ".unreadable" + std::to_string(i);
+    files.Rename(path, aside);
+}
+
 [[noreturn]] void RaiseNotFound(const char* source) {
     Raise(CVLErrorNum::GetDBOwnerNotFoundError(), source, Message("Owner Not Found!"));
 }
@@ -65,6 +73,7 @@ void CVLDBOwnerSet::LoadRegistry() {
     if (!FileSystem::Current().Exists(path)) return;
     try {
         RegistryState(ReadDatabaseFile(path));
+        stored_ = RegistryEntries(*this);
     } catch (const std::bad_alloc&) {
         throw;  // which says nothing about the file
     } catch (...) {
@@ -72,27 +81,50 @@ void CVLDBOwnerSet::LoadRegistry() {
     }
 }
 
-void CVLDBOwnerSet::StoreRegistry(bool cut_tail) {
+// False when there is nothing that can be read and the whole set is to be written.
+bool CVLDBOwnerSet::LoadFile(const std::string& path) {
+    if (!FileSystem::Current().Exists(path)) return false;
+    try {
+        RegistryState(ReadDatabaseFile(path));
+        return true;
+    } catch (const DamagedState&) {
+    } catch (const std::filesystem::filesystem_error&) {
+        if (!unreadable_) throw;  // it could be read before, and may be again
+    }
+    KeepAside(path);
+    return false;
+}
+
+void CVLDBOwnerSet::StoreRegistry(bool refresh) {
     const std::string path = RegistryPath();
-    FileSystem& files = FileSystem::Current();
-    if (unreadable_ && files.Exists(path)) {
-        // Somebody may still be able to make something of it.
-        std::string aside = path + ".unreadable";
-        for (int i = 2; files.Exists(aside); ++i) {
-            aside = path + ".unreadable" + std::to_string(i);
-        }
-        files.Rename(path, aside);
+    // Nobody else reads, changes and writes the file meanwhile. Where nobody can lock, the later
+    // one wins, and no file is ever half of each.
+    const auto lock = FileSystem::Current().LockFolder(LibraryFolder());
+    RegistryEntries entries(*this);
+    CVLDBOwnerSet file;
+    file.unreadable_ = unreadable_;
+    if (file.LoadFile(path)) {
+        entries.ApplyChanges(stored_, *this, file);
+        if (refresh) file.Prune();
+        WriteDatabaseFile(path, file.RegistryState(), refresh);
+    } else {
+        WriteDatabaseFile(path, RegistryState(), refresh);
     }
     unreadable_ = false;
-    WriteDatabaseFile(path, RegistryState(), cut_tail);
-    pruned_ = false;
+    stored_ = std::move(entries);
+}
+
+void CVLDBOwnerSet::Restate(std::string_view owner, std::string_view path, bool listed) {
+    if (listed) {
+        stored_.Forget(owner, path);
+    } else {
+        stored_.Remember(owner, path);
+    }
 }
 
 void CVLDBOwnerSet::Refresh() {
     Trap("CVLDBOwnerSet:Refresh Method", [&] {
-        // What was pruned stays so when the file cannot be written, and reaches it the next time.
-        pruned_ = Prune() || pruned_;
-        if (!pruned_) return;
+        if (!Prune()) return;
         if (!FileSystem::Current().Exists(RegistryPath())) RaiseRunTime(kFileNotFound);
         // The whole file is replaced in one step, so nothing of the old one is kept behind.
         StoreRegistry(true);

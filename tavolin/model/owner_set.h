@@ -16,6 +16,7 @@
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/object_collection.h"
 #include "tavolin/model/owner.h"
+#include "tavolin/model/registry_entries.h"
 
 namespace tavolin {
 
@@ -39,8 +40,8 @@ class CVLDBOwnerSet {
     Enumerator<CVLDBOwner> NewEnum() const { return Enumerator<CVLDBOwner>(owners_); }
 
     // Drops the databases whose file is gone and the owners who have none left and, if anything was
-    // dropped, writes RDX.dat anew. Raises 53 when there is no RDX.dat to replace, and the
-    // machine's file errors; what was dropped in memory stays dropped then.
+    // dropped, writes RDX.dat anew, as StoreRegistry does. Raises 53 when there is no RDX.dat to
+    // replace, and the machine's file errors; what was dropped in memory stays dropped then.
     void Refresh();
 
     // Library-internal: the stored form.
@@ -54,16 +55,23 @@ class CVLDBOwnerSet {
     // A registry file that is there and cannot be read leaves the set empty, and is renamed before
     // the set is first stored.
     void LoadRegistry();
-    void StoreRegistry(bool cut_tail = false);
+    // Does what was done to this set since it was loaded or stored to the file as it is now: what
+    // other engines and other processes wrote meanwhile stays. The set itself does not learn of it.
+    // `refresh` drops from the file what Refresh drops, and what is behind its array.
+    void StoreRegistry(bool refresh = false);
+    // Has the next StoreRegistry list a database that stands in this set, or take one out that does
+    // not, even if the set has not changed.
+    void Restate(std::string_view owner, std::string_view path, bool listed);
 
   private:
     using Owners = ObjectCollection<CVLDBOwner>;
 
     bool Prune();
+    bool LoadFile(const std::string& path);
 
     std::shared_ptr<Owners> owners_ = std::make_shared<Owners>();
+    RegistryEntries stored_;  // as this set was when it was loaded or stored last
     bool unreadable_ = false;
-    bool pruned_ = false;  // since the file was written
 };
 
 }  // namespace tavolin

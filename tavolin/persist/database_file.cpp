@@ -7,6 +7,8 @@
 #include "tavolin/errors/error.h"
 #include "tavolin/persist/file_system.h"
 #include "tavolin/persist/little_endian.h"
+#include "tavolin/persist/paths.h"
+#include "tavolin/persist/property_bag_layout.h"
 
 namespace tavolin {
 namespace {
@@ -68,7 +70,8 @@ bool IsDatabaseFile(std::string_view path) {
     }
 }
 
-void WriteDatabaseFile(std::string_view path, std::span<const std::uint8_t> bytes, bool cut_tail) {
+void WriteDatabaseFile(std::string_view path, std::span<const std::uint8_t> bytes, bool cut_tail,
+                       const std::function<void()>& last_look) {
     if (bytes.size() >= kTooLarge) throw Error(kOverflow);
     std::array<std::uint8_t, kDescriptorSize> descriptor{};
     StoreLittle(descriptor.data(), kByteArray);
@@ -77,7 +80,23 @@ void WriteDatabaseFile(std::string_view path, std::span<const std::uint8_t> byte
     const ByteView chunks[] = {descriptor, bytes};
     std::optional<std::uint64_t> keep_tail_from;
     if (!cut_tail) keep_tail_from = kDescriptorSize + bytes.size();
-    FileSystem::Current().Replace(path, chunks, keep_tail_from);
+    FileSystem::Current().Replace(path, chunks, keep_tail_from, last_look);
+}
+
+StateMark MarkOf(std::span<const std::uint8_t> state) {
+    using namespace bag_layout;
+    if (state.size() < kItemsAt || !std::equal(std::begin(kMagic), std::end(kMagic), state.data()))
+        return {};
+    return {LoadLittle<std::uint64_t>(state.data() + kLengthAt),
+            LoadLittle<std::uint64_t>(state.data() + kChecksumAt)};
+}
+
+std::optional<StateMark> ReadMark(std::string_view path) {
+    FileSystem& files = FileSystem::Current();
+    if (!FileExists(path)) return std::nullopt;
+    const auto head = files.ReadFile(path, kDescriptorSize + bag_layout::kItemsAt);
+    if (head.size() < kDescriptorSize) return StateMark();
+    return MarkOf(std::span(head).subspan(kDescriptorSize));
 }
 
 }  // namespace tavolin

@@ -52,10 +52,15 @@ File& FileReplacement::Begin() {
     return *file_;
 }
 
-void FileReplacement::Commit() {
+void FileReplacement::Commit(const std::function<void()>& last_look) {
     old_.reset();
     file_->Flush();
     file_->Close();
+    std::unique_ptr<FolderLock> lock;
+    if (last_look) {
+        lock = files_.LockFolder(SplitPath(target_).dir);
+        last_look();
+    }
     files_.Rename(sibling_, target_);
     sibling_there_ = false;
     files_.FlushFolder(SplitPath(target_).dir);

@@ -8,6 +8,7 @@
 // committed.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -32,8 +33,8 @@ class FileReplacement {
     File& Begin();
     // Puts the bytes on the disk and the sibling in the file's place. Only the last step of all,
     // which makes the exchange itself safe from a power cut, can fail with the new file already in
-    // place.
-    void Commit();
+    // place. `last_look` is that of FileSystem::Replace.
+    void Commit(const std::function<void()>& last_look = {});
 
   private:
     FileSystem& files_;

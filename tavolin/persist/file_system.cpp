@@ -95,12 +95,13 @@ void FileSystem::Write(std::string_view path, ByteView bytes) {
 }
 
 void FileSystem::Replace(std::string_view path, std::span<const ByteView> chunks,
-                         std::optional<std::uint64_t> keep_tail_from) {
+                         std::optional<std::uint64_t> keep_tail_from,
+                         const std::function<void()>& last_look) {
     FileReplacement replacement(*this, path);
     File& file = replacement.Begin();
     for (const ByteView chunk : chunks) WriteAll(file, chunk);
     if (replacement.old() && keep_tail_from) CopyTail(*replacement.old(), *keep_tail_from, file);
-    replacement.Commit();
+    replacement.Commit(last_look);
 }
 
 void FileSystem::AddName(std::string_view path, std::string_view second) {

@@ -11,9 +11,11 @@
 // path1(); a path with a zero byte in it is an invalid argument.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -62,6 +64,15 @@ class File {
     virtual void Close() = 0;
 };
 
+// A lock that is held until it is destroyed, or until its process ends in whatever way.
+class FolderLock {
+  public:
+    FolderLock() = default;
+    virtual ~FolderLock() = default;
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+};
+
 // At most `limit` bytes from `offset` on; fewer when the file ends before.
 std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint64_t limit);
 
@@ -78,6 +89,7 @@ class FileSystem {
     // The one in use: the machine's own unless a ScopedFileSystem says otherwise.
     static FileSystem& Current();
 
+    static constexpr std::chrono::seconds kLockPatience{60};
     static constexpr std::uint64_t kToTheEnd = std::numeric_limits<std::uint64_t>::max();
 
     // At most `limit` bytes of the file's start.
@@ -101,8 +113,11 @@ class FileSystem {
     // fail with the new file already in place.
     // An old file must be an ordinary one that may be written; it hands on its permission bits, and
     // a link stays a link: the file that it leads to is replaced.
+    // `last_look` is called right before the exchange, with the file's folder locked, and may raise
+    // to prevent it: of all who look so, nobody can put a file there between look and exchange.
     void Replace(std::string_view path, std::span<const ByteView> chunks,
-                 std::optional<std::uint64_t> keep_tail_from = {});
+                 std::optional<std::uint64_t> keep_tail_from = {},
+                 const std::function<void()>& last_look = {});
 
     // Gives a file a second name, so that both names lead to the same bytes: nothing is done where
     // they do already, as for names that differ in letter case alone where case does not count. A
@@ -133,6 +148,11 @@ class FileSystem {
     // Makes a second name for a file. False when the machine does not, for whatever reason; nothing
     // has happened then.
     virtual bool Link(std::string_view path, std::string_view second) = 0;
+    // The folder's lock ("" is the current one's), which one at a time can hold, in this process or
+    // in another; it keeps away nobody who does not ask for it. Waits for its holder, but no longer
+    // than kLockPatience: device_or_resource_busy. Nothing when the folder cannot be locked: it is
+    // missing, may not be used so, or is on a disk that knows no locks.
+    virtual std::unique_ptr<FolderLock> LockFolder(std::string_view folder) = 0;
     // An existing folder is not an error; a missing parent is.
     virtual void CreateFolder(std::string_view path) = 0;
 };

@@ -1,12 +1,14 @@
 #ifndef _WIN32
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <thread>
 #include <utility>
 
 #include "tavolin/persist/file_system.h"
@@ -142,6 +144,15 @@ std::unique_ptr<PosixFile> OpenDescriptor(const fs::path& path, int flags, mode_
     return file;
 }
 
+class PosixFolderLock final : public FolderLock {
+  public:
+    PosixFolderLock() = default;
+    ~PosixFolderLock() override {
+        if (descriptor >= 0) ::close(descriptor);
+    }
+    int descriptor = -1;
+};
+
 class PosixFileSystem final : public FileSystem {
   public:
     PathKind Kind(std::string_view path) override {
@@ -226,6 +237,23 @@ class PosixFileSystem final : public FileSystem {
 
     bool Link(std::string_view path, std::string_view second) override {
         return ::link(NativePath(path).c_str(), NativePath(second).c_str()) == 0;
+    }
+
+    // The lock belongs to this opening of the folder, so that it excludes others in this process as
+    // well, and leaves no file behind.
+    std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
+        const fs::path native = folder.empty() ? fs::path(".") : NativePath(folder);
+        auto lock = std::make_unique<PosixFolderLock>();
+        lock->descriptor =
+            Retry([&] { return ::open(native.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+        if (lock->descriptor < 0) return nullptr;
+        const auto end = std::chrono::steady_clock::now() + kLockPatience;
+        while (Retry([&] { return ::flock(lock->descriptor, LOCK_EX | LOCK_NB); }) != 0) {
+            if (errno != EWOULDBLOCK) return nullptr;
+            if (std::chrono::steady_clock::now() > end) Fail("somebody else locks", native, EBUSY);
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        return lock;
     }
 
     void CreateFolder(std::string_view path) override {

@@ -130,6 +130,21 @@ std::unique_ptr<File> OpenHandle(const fs::path& path, DWORD access, DWORD share
     return std::make_unique<WindowsFile>(handle, path);
 }
 
+class WindowsFolderLock final : public FolderLock {
+  public:
+    explicit WindowsFolderLock(HANDLE handle) : handle_(handle) {}
+    ~WindowsFolderLock() override { ::CloseHandle(handle_); }
+
+  private:
+    HANDLE handle_;
+};
+
+// Somebody else has the file open, for a moment as a rule.
+bool IsInUse(DWORD code) {
+    return code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION ||
+           code == ERROR_ACCESS_DENIED || code == ERROR_DELETE_PENDING;
+}
+
 class WindowsFileSystem final : public FileSystem {
   public:
     PathKind Kind(std::string_view path) override {
@@ -194,9 +209,13 @@ class WindowsFileSystem final : public FileSystem {
 
     void Rename(std::string_view from, std::string_view to) override {
         const fs::path old_name = NativePath(from);
-        if (!::MoveFileExW(old_name.c_str(), NativePath(to).c_str(),
-                           MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-            Fail("cannot rename", old_name);
+        const fs::path new_name = NativePath(to);
+        // Readers do not lock, and are done soon.
+        for (int tries = 50; !::MoveFileExW(old_name.c_str(), new_name.c_str(),
+                                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+             --tries) {
+            if (tries == 0 || !IsInUse(::GetLastError())) Fail("cannot rename", old_name);
+            ::Sleep(20);
         }
     }
 
@@ -206,6 +225,30 @@ class WindowsFileSystem final : public FileSystem {
     bool Link(std::string_view path, std::string_view second) override {
         return ::CreateHardLinkW(NativePath(second).c_str(), NativePath(path).c_str(), nullptr) !=
                0;
+    }
+
+    // A file that nobody else can open while this handle lives, and that goes with the handle.
+    std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
+        const fs::path path = NativePath(std::string(folder) + "tavolin.lock");
+        const ULONGLONG end =
+            ::GetTickCount64() +
+            static_cast<ULONGLONG>(std::chrono::milliseconds(kLockPatience).count());
+        ULONGLONG denied_until = ::GetTickCount64() + 1000;
+        for (;;) {
+            const HANDLE handle =
+                ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                              FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+            if (handle != INVALID_HANDLE_VALUE) return std::make_unique<WindowsFolderLock>(handle);
+            const DWORD code = ::GetLastError();
+            const ULONGLONG now = ::GetTickCount64();
+            // A file that is just going is denied as well as one in a folder without rights.
+            if (!IsInUse(code) || (code == ERROR_ACCESS_DENIED && now > denied_until)) {
+                return nullptr;
+            }
+            if (code != ERROR_ACCESS_DENIED) denied_until = now + 1000;
+            if (now > end) FailWith("somebody else locks", path, EBUSY);
+            ::Sleep(2);
+        }
     }
 
     void CreateFolder(std::string_view path) override {

@@ -77,6 +77,10 @@ class FailingFileSystem final : public FileSystem {
         Count("link", second);
         return links_ && real_.Link(path, second);
     }
+    std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
+        Count("lock folder", folder);
+        return real_.LockFolder(folder);
+    }
     void CreateFolder(std::string_view path) override {
         Count("create folder", path);
         real_.CreateFolder(path);

@@ -1,0 +1,152 @@
+#include "cli/tools.h"
+
+#include <iostream>
+#include <string>
+
+#include "cli/arguments.h"
+#include "cli/display_text.h"
+#include "cli/failure.h"
+#include "cli/paths.h"
+#include "cli/results.h"
+#include "cli/terminal.h"
+#include "tavolin/persist/database_file.h"
+#include "tavolin/persist/paths.h"
+#include "tavolin/salvage/salvage.h"
+
+namespace tavolin::cli {
+namespace {
+
+enum ToolStatus { kWhole = 0, kDamaged = 1, kNotRead = 2 };
+
+const char* Word(Finding::Kind kind) {
+    switch (kind) {
+        case Finding::Kind::kLoss:
+            return "lost";
+        case Finding::Kind::kDamage:
+            return "damaged";
+        case Finding::Kind::kRemark:
+            break;
+    }
+    return "odd";
+}
+
+void Show(const HostOptions& options, const Findings& findings) {
+    if (findings.empty()) return;
+    Results results(std::cout, {options.format, options.header, false, 0},
+                    {"", "Byte", "Where", "What"});
+    for (const Finding& finding : findings) {
+        results.Add(
+            {Word(finding.kind), std::to_string(finding.offset), finding.where, finding.what});
+    }
+    results.Finish();
+}
+
+std::string Contents(const SalvagedFile& file) {
+    return Counted(file.tables(), "table") + ", " + Counted(file.records(), "record") + ", " +
+           Counted(file.users(), "user");
+}
+
+// A password that was not given is asked for only when it is needed.
+SalvagedFile::Access AccessOf(const SalvagedFile& file, HostOptions& options) {
+    const auto access = file.AccessOf(options.user, options.password.value_or(""));
+    if (access != SalvagedFile::Access::kRefused || options.password || !InputIsTerminal()) {
+        return access;
+    }
+    options.password = ReadSecret("Password of " + options.user + ": ");
+    if (!options.password) throw CommandFailure("no password was given");
+    return file.AccessOf(options.user, *options.password);
+}
+
+[[noreturn]] void RaiseRefused(const HostOptions& options) {
+    throw CommandFailure(options.user + " may not read this database, or the password is not " +
+                         options.user + "'s");
+}
+
+void AskReadable(const SalvagedFile& file, const std::string& path) {
+    if (file.kind() == SalvagedFile::Kind::kForeign) {
+        throw CommandFailure(path + " holds nothing that a database or a registry of owners holds");
+    }
+    if (file.kind() == SalvagedFile::Kind::kNewer) {
+        throw CommandFailure(path + " was written in a newer version of the format");
+    }
+}
+
+Arguments Words(const HostOptions& options, const std::string& pattern) {
+    try {
+        return Arguments(pattern, options.words);
+    } catch (const UsageError& error) {
+        throw UsageError(error.what() + ("\nusage: " + options.tool) + " " + pattern);
+    }
+}
+
+int Check(HostOptions& options) {
+    const Arguments words = Words(options, "FILE");
+    const std::string path = DatabasePath(words["FILE"]);
+    const SalvagedFile file(LibraryPath(path));
+    AskReadable(file, path);
+    const bool database = file.kind() == SalvagedFile::Kind::kDatabase;
+    if (database && AccessOf(file, options) == SalvagedFile::Access::kRefused) {
+        RaiseRefused(options);
+    }
+    Show(options, file.findings());
+    if (!options.quiet) {
+        std::cout << Printable(path) << ": " << (file.whole() ? "whole" : "damaged")
+                  << (database ? "; " + Contents(file) : std::string(", a registry of owners"))
+                  << '\n';
+    }
+    return file.whole() ? kWhole : kDamaged;
+}
+
+int Salvage(HostOptions& options) {
+    const Arguments words = Words(options, "FILE NEW [--replace] [--take-ownership]");
+    const std::string path = DatabasePath(words["FILE"]);
+    const std::string target = DatabasePath(words["NEW"]);
+    if (IsOneFile(LibraryPath(path), LibraryPath(target))) {
+        throw UsageError("NEW is the damaged file itself");
+    }
+    const auto ask_free = [&] {
+        if (words.Has("--replace") || !FileExists(LibraryPath(target))) return;
+        throw CommandFailure(target + " is there already; --replace writes over it");
+    };
+    ask_free();
+    SalvagedFile file(LibraryPath(path));
+    AskReadable(file, path);
+    if (file.kind() == SalvagedFile::Kind::kRegistry) {
+        throw CommandFailure(path +
+                             " is a registry of owners, not a database; without it a new "
+                             "one is made as databases are saved");
+    }
+    const auto access = AccessOf(file, options);
+    if (access == SalvagedFile::Access::kRefused) RaiseRefused(options);
+    std::optional<SalvagedFile::NewOwner> owner;
+    if (access == SalvagedFile::Access::kOwnerLost) {
+        if (!words.Has("--take-ownership")) {
+            throw CommandFailure(
+                "who owns the database, or his password, is lost; "
+                "--take-ownership makes " +
+                options.user + " the owner of the new one");
+        }
+        owner = {options.user, options.password.value_or("")};
+    }
+    const ByteBuffer state = file.State(owner);
+    WriteDatabaseFile(LibraryPath(target), state.bytes(), true, ask_free);
+    Show(options, file.findings());
+    if (!options.quiet) {
+        std::cout << "written to " << Printable(target) << ": " << Contents(file) << '\n';
+    }
+    return file.whole() ? kWhole : kDamaged;
+}
+
+}  // namespace
+
+bool IsTool(std::string_view word) { return word == "check" || word == "salvage"; }
+
+int RunTool(const HostOptions& given) {
+    HostOptions options = given;
+    int status = kNotRead;
+    const int failure = ReportFailures(
+        [&] { status = options.tool == "check" ? Check(options) : Salvage(options); });
+    return failure != kSuccess ? kNotRead : status;
+}
+
+}  // namespace tavolin::cli

@@ -1,0 +1,208 @@
+// Several engines at one file: what they see of each other, and that none takes another's away.
+#include <functional>
+#include <utility>
+
+#include "tavolin/persist/paths.h"
+#include "tests/support/engine_state.h"
+
+namespace tavolin {
+namespace {
+
+class OtherEnginesTest : public EngineTest {
+  protected:
+    OtherEnginesTest() {
+        engine_.CreateNewPrimaryTable("T", {"ID"});
+        engine_.SaveDB();
+    }
+    static void Open(CVLDBEngine& engine, const std::string& file) {
+        engine.LogOn("ann", "secret");
+        engine.LoadDB(file);
+        engine.DBLegalUser(engine.LogedOnUser(), Ownership);
+    }
+    // Somebody else adds a record and saves.
+    void Meanwhile(const char* key) const {
+        CVLDBEngine other;
+        Open(other, file_);
+        other.AddRecord("T", 1, {key});
+        other.SaveDB();
+    }
+    std::string OnDisk(const char* owner) const {
+        CVLDBEngine engine;
+        engine.LogOn("eve", "");
+        return Listed(engine, owner);
+    }
+    const std::string file_ = folder_ / "shop.cdb";
+};
+
+TEST_F(OtherEnginesTest, AFileIsChangedWhenItHoldsAnotherState) {
+    namespace fs = std::filesystem;
+    const fs::path path = NativePath(file_);
+    EXPECT_FALSE(engine_.FileChangedByOthers());
+    const std::string own = Contents(file_);
+    const auto moment = fs::last_write_time(path);
+    Meanwhile("1");
+    EXPECT_TRUE(engine_.FileChangedByOthers());
+    const std::string theirs = Contents(file_);
+    const struct {
+        const char* what;
+        std::string contents;
+        bool changed;
+    } cases[] = {
+        {"the same again", own, false},
+        {"with a tail", own + "tail", false},
+        {"cut to nothing", "", true},
+        {"cut", own.substr(0, 30), true},
+        {"one bit of the checksum", own.substr(0, 30) + '~' + own.substr(31), true},
+        {"something else", "something else that is longer than the beginning looked at", true},
+        {"theirs", theirs, true}};
+    for (const auto& test : cases) {
+        WriteContents(file_, test.contents);
+        fs::last_write_time(path, moment);  // which proves nothing
+        EXPECT_EQ(engine_.FileChangedByOthers(), test.changed) << test.what;
+    }
+    CVLDBEngine loaded;
+    Open(loaded, file_);
+    EXPECT_FALSE(loaded.FileChangedByOthers());
+    engine_.SaveDB();  // allowed, as long as nobody has asked for it not to be
+    EXPECT_FALSE(engine_.FileChangedByOthers());
+    EXPECT_TRUE(loaded.FileChangedByOthers());
+    fs::remove(path);
+    EXPECT_FALSE(loaded.FileChangedByOthers());
+    CVLDBEngine none;
+    EXPECT_FALSE(none.FileChangedByOthers());
+}
+
+TEST_F(OtherEnginesTest, WhoKeepsChangesOfOthersIsRefused) {
+    engine_.KeepChangesOfOthers(true);
+    engine_.AddRecord("T", 1, {"mine"});
+    Meanwhile("theirs");
+    const std::string theirs = Contents(file_);
+    const std::string text =
+        "DataBase Cannot Be Saved!\r\nCause: Another DataBase With Same Name "
+        "Was Detected And Cannot Be Overwritten!";
+    const auto refused = [&](const char* member, auto&& body) {
+        ExpectError(CVLErrorNum::GetDBOverwriteError(), member, text, body);
+        EXPECT_EQ(Contents(file_), theirs);
+        EXPECT_TRUE(engine_.FileChangedByOthers());
+    };
+    refused("CVLDBEngine:SaveDB Method", [&] { engine_.SaveDB(); });
+    engine_.TransactionBegin();
+    refused("CVLDBEngine:TransactionCommit Method", [&] { engine_.TransactionCommit(); });
+    EXPECT_EQ(engine_.GetTable("T")->Count(), 1);
+    engine_.SaveDB({}, "copy");
+    EXPECT_FALSE(engine_.FileChangedByOthers());
+    // A name that somebody else has taken since the database was created.
+    CVLDBEngine first, second;
+    for (CVLDBEngine* engine : {&first, &second}) {
+        engine->LogOn("ann", "secret");
+        engine->CreateNewDB("new", FolderPath());
+        engine->KeepChangesOfOthers(true);
+    }
+    second.SaveDB();
+    ExpectError(CVLErrorNum::GetDBOverwriteError(), "CVLDBEngine:SaveDB Method", text,
+                [&] { first.SaveDB(); });
+}
+
+// Somebody else saves in the last moment, when the new file is written and about to be put in
+// place.
+TEST_F(OtherEnginesTest, TheFileIsLookedAtAgainWhenTheFolderIsLocked) {
+    class LateSaver final : public FileSystem {
+      public:
+        explicit LateSaver(std::function<void()> save) : save_(std::move(save)) {}
+        PathKind Kind(std::string_view path) override { return real_.Kind(path); }
+        bool IsSameFile(std::string_view a, std::string_view b) override {
+            return real_.IsSameFile(a, b);
+        }
+        std::unique_ptr<File> Open(std::string_view path, FileMode mode) override {
+            return real_.Open(path, mode);
+        }
+        std::unique_ptr<File> Create(std::string_view path, std::string_view like) override {
+            return real_.Create(path, like);
+        }
+        std::string FollowLink(std::string_view path) override { return real_.FollowLink(path); }
+        void Delete(std::string_view path) override { real_.Delete(path); }
+        void Rename(std::string_view from, std::string_view to) override { real_.Rename(from, to); }
+        void FlushFolder(std::string_view folder) override { real_.FlushFolder(folder); }
+        bool Link(std::string_view path, std::string_view second) override {
+            return real_.Link(path, second);
+        }
+        void CreateFolder(std::string_view path) override { real_.CreateFolder(path); }
+        std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
+            if (save_) std::exchange(save_, {})();
+            return real_.LockFolder(folder);
+        }
+
+      private:
+        FileSystem& real_ = MachineFileSystem();
+        std::function<void()> save_;
+    };
+    engine_.KeepChangesOfOthers(true);
+    LateSaver files([&] { Meanwhile("late"); });
+    const ScopedFileSystem scope(files);
+    EXPECT_EQ(ErrorNumber([&] { engine_.SaveDB(); }), CVLErrorNum::GetDBOverwriteError());
+    CVLDBEngine now;
+    Open(now, file_);
+    EXPECT_EQ(now.GetTable("T")->Count(), 1);
+}
+
+// A save of which the last step of all fails leaves this engine's own state in the file.
+TEST_F(OtherEnginesTest, WhatAFailedSaveLeftIsNoChangeOfOthers) {
+    engine_.KeepChangesOfOthers(true);
+    int round = 0;
+    FailEachCall(
+        [&] {
+            engine_.AddRecord("T", 1, {std::to_string(++round)});
+            engine_.SaveDB();
+        },
+        [&](const std::string& call, bool) {
+            EXPECT_FALSE(engine_.FileChangedByOthers()) << call;
+            EXPECT_NO_THROW(engine_.SaveDB()) << call;
+        });
+}
+
+TEST_F(OtherEnginesTest, TheRegistryKeepsWhatEachOfThemDid) {
+    const std::string shop = file_ + ";";
+    CVLDBEngine one, two;
+    const auto create = [&](CVLDBEngine& engine, const char* user, const char* name) {
+        engine.CreateNewDB(name, FolderPath());
+        engine.SaveDB();
+        return std::string(user) + name;
+    };
+    // Both have read the registry before either writes.
+    one.LogOn("ann", "secret");
+    two.LogOn("bob", "b");
+    create(one, "ann", "a");
+    create(two, "bob", "b");
+    create(one, "ann", "c");
+    const std::string a = folder_ / "a.cdb", b = folder_ / "b.cdb", c = folder_ / "c.cdb";
+    EXPECT_EQ(OnDisk("ann"), shop + a + ";" + c + ";");
+    EXPECT_EQ(OnDisk("bob"), b + ";");
+    // What one deletes and another hands over is gone for both; a third's save brings nothing back.
+    engine_.DeleteDB(c);
+    one.ChangeOwner("bob", "b", "", "", a);
+    two.SaveDB();
+    EXPECT_EQ(OnDisk("ann"), shop);
+    EXPECT_EQ(OnDisk("bob"), b + ";" + a + ";");
+    // A database that somebody else deleted is listed again when it is saved again.
+    two.DeleteDB(b);
+    EXPECT_EQ(OnDisk("bob"), a + ";");
+    two.SaveDB();
+    EXPECT_EQ(OnDisk("bob"), a + ";" + b + ";");
+    // What a host changes in the set itself reaches the file too, and Refresh drops from the file
+    // what this engine had not heard of.
+    one.LogOn("ann", "secret");
+    one.CVLDBOwnerSet()->Item("bob")->CVLOwnerDBSet()->Item(1)->DBName("other name");
+    one.CVLDBOwnerSet()->Add("cid")->CVLOwnerDBSet()->Add("x", "no such folder");
+    create(two, "bob", "d");
+    std::filesystem::remove(NativePath(folder_ / "d.cdb"));
+    std::filesystem::remove(NativePath(b));
+    one.CVLDBOwnerSet()->Refresh();
+    EXPECT_EQ(OnDisk("cid"), JoinPath("no such folder", "x") + ";");
+    EXPECT_EQ(OnDisk("bob"), a + ";");
+    CVLDBEngine after;
+    after.LogOn("eve", "");
+    EXPECT_EQ(after.CVLDBOwnerSet()->Item("bob")->CVLOwnerDBSet()->Item(1)->DBName(), "other name");
+}
+
+}  // namespace
+}  // namespace tavolin
