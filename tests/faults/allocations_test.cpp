@@ -172,7 +172,7 @@ const Operation kOperations[] = {
 // Of these, the first so many touch no file and are tried with many records as well.
 constexpr int kInMemory = 9;
 
-class AllocationsTest : public testing::Test {
+class AllocationsTest : public testing::TestWithParam<int> {
   protected:
     // One try in a new shop, with that allocation failing, or none for 0. False when the operation
     // does not get so far.
@@ -241,13 +241,15 @@ class AllocationsTest : public testing::Test {
     std::string done_;  // the state after an operation that nothing has kept from being done
 };
 
-TEST_F(AllocationsTest, EachMayFail) {
-    for (const Operation& operation : kOperations) {
-        TryAll(operation, 4, false);
-        TryAll(operation, 4, true);
-        if (&operation < kOperations + kInMemory) TryAll(operation, 60, false);
-    }
+TEST_P(AllocationsTest, EachMayFail) {
+    const Operation& operation = kOperations[GetParam()];
+    TryAll(operation, 4, false);
+    TryAll(operation, 4, true);
+    if (GetParam() < kInMemory) TryAll(operation, 60, false);
 }
+
+INSTANTIATE_TEST_SUITE_P(Operations, AllocationsTest,
+                         testing::Range(0, static_cast<int>(std::size(kOperations))));
 
 }  // namespace
 }  // namespace tavolin
