@@ -72,8 +72,7 @@ std::optional<std::string> ReadEdited(const std::string& prompt) {
 #else
 
 std::optional<std::string> ReadEdited(const std::string& prompt) {
-    std::cout << prompt << std::flush;
-    return ReadTypedLine();
+    return ReadTypedLine(prompt);
 }
 
 #endif

@@ -19,19 +19,17 @@ void RememberInterrupt() { interrupted = true; }
 void ForgetInterrupt() { interrupted = false; }
 
 std::optional<std::string> ReadSecret(const std::string& prompt) {
-    std::cerr << prompt << std::flush;
     const InterruptCatcher catcher;  // the echo comes back before the program ends
     ForgetInterrupt();
-    std::optional<std::string> answer = ReadTypedLine(Echo::kOff);
+    std::optional<std::string> answer = ReadTypedLine(prompt, Echo::kOff);
     std::cerr << '\n';
     return answer;
 }
 
 Answer Ask(const std::string& question) {
     while (true) {
-        std::cerr << Printable(question) << " [yes/no] " << std::flush;
         ForgetInterrupt();
-        const std::optional<std::string> answer = ReadTypedLine();
+        const auto answer = ReadTypedLine(Printable(question) + " [yes/no] ");
         if (!answer) {
             std::cerr << '\n';
             return Interrupted() ? Answer::kInterrupted : Answer::kEndOfInput;

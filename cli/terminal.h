@@ -37,9 +37,9 @@ class Utf8Streams {
 std::size_t TerminalWidth();
 
 // The next line without its line break; nothing at the end of input or after Ctrl-C. Input must be
-// a terminal.
+// a terminal. Without echo, what was typed before the prompt shows is dropped.
 enum class Echo { kOn, kOff };
-std::optional<std::string> ReadTypedLine(Echo echo = Echo::kOn);
+std::optional<std::string> ReadTypedLine(const std::string& prompt, Echo echo = Echo::kOn);
 
 // A line that the user types without seeing it, as above.
 std::optional<std::string> ReadSecret(const std::string& prompt);

@@ -52,9 +52,10 @@ std::size_t TerminalWidth() {
     return size.ws_col;
 }
 
-std::optional<std::string> ReadTypedLine(Echo echo) {
+std::optional<std::string> ReadTypedLine(const std::string& prompt, Echo echo) {
     std::optional<EchoOff> silence;
     if (echo == Echo::kOff) silence.emplace();
+    std::cerr << prompt << std::flush;
     std::string line;
     if (std::getline(std::cin, line)) return line;
     // The stream must serve the next question all the same.

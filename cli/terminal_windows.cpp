@@ -123,9 +123,10 @@ std::size_t TerminalWidth() {
 }
 
 // Not by way of the C library, which gives nothing beyond ASCII of what is typed.
-std::optional<std::string> ReadTypedLine(Echo echo) {
+std::optional<std::string> ReadTypedLine(const std::string& prompt, Echo echo) {
     const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
     const LineMode mode(input, echo);
+    std::cerr << prompt << std::flush;
     std::u16string line;
     while (!line.ends_with(u'\n')) {
         wchar_t part[256];

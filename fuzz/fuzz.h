@@ -148,6 +148,7 @@ class MemoryFiles final : public FileSystem {
         files_[Normal(second)] = Find(path);
         return true;
     }
+    std::unique_ptr<FolderLock> LockFolder(std::string_view) override { return nullptr; }
     void CreateFolder(std::string_view) override {}
 
   private:

@@ -44,7 +44,7 @@ class Terminal {
     bool Read() {
         pollfd ready{terminal_, POLLIN, 0};
         char bytes[4096];
-        if (::poll(&ready, 1, 120'000) <= 0) return false;
+        if (::poll(&ready, 1, 10'000) <= 0) return false;
         const ssize_t count = ::read(terminal_, bytes, sizeof bytes);
         if (count > 0) shown_.append(bytes, static_cast<std::size_t>(count));
         return count > 0;

@@ -37,6 +37,9 @@ class WatchedFileSystem final : public FileSystem {
     bool Link(std::string_view path, std::string_view second) override {
         return At(path, second).Link(path, second);
     }
+    std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
+        return At(folder).LockFolder(folder);
+    }
     void CreateFolder(std::string_view path) override { At(path).CreateFolder(path); }
 
   private:

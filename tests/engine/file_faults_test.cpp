@@ -55,6 +55,8 @@ const Operation kOperations[] = {
     {"CVLDBOwnerSet:Refresh Method",
      [](auto& engine, auto& folder) {
          FileSystem& real = MachineFileSystem();
+         // What was pruned stays so, and is there again when the file is next read.
+         if (!real.Exists(folder + "\\third.cdb")) engine.CVLDBOwnerSet()->LoadRegistry();
          if (real.Exists(folder + "\\third.cdb")) real.Delete(folder + "\\third.cdb");
          engine.CVLDBOwnerSet()->Refresh();
      },
@@ -196,7 +198,8 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
 
     // What a power cut finds: the new file is on the disk before its name is, and the name before
     // the call ends.
-    static void CheckOrder(const std::vector<std::string>& calls) {
+    static void CheckOrder(std::vector<std::string> calls) {
+        std::erase(calls, "lock folder");
         for (std::size_t i = 0; i < calls.size(); ++i) {
             if (calls[i] != "rename") continue;
             ASSERT_TRUE(i >= 2 && i + 1 < calls.size());

@@ -30,6 +30,9 @@ class HastyFileSystem final : public FileSystem {
     bool Link(std::string_view path, std::string_view second) override {
         return real_.Link(path, second);
     }
+    std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
+        return real_.LockFolder(folder);
+    }
     void CreateFolder(std::string_view path) override { real_.CreateFolder(path); }
 
   private:
