@@ -1,6 +1,7 @@
 #include "bench/bench.h"
 
 #include <malloc.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -55,5 +56,15 @@ double ResidentBytes() {
 }
 
 void ReleaseFreedMemory() { malloc_trim(0); }
+
+void ReadyMemory(std::size_t bytes) {
+    constexpr std::size_t kPage = 4096;
+    void* const memory =
+        mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) return;
+    madvise(memory, bytes, MADV_HUGEPAGE);
+    for (std::size_t at = 0; at < bytes; at += kPage) static_cast<volatile char*>(memory)[at] = 1;
+    munmap(memory, bytes);
+}
 
 }  // namespace tavolin::bench

@@ -72,13 +72,50 @@ void ForEachPart(std::uint16_t parts, Body&& body) {
     }
 }
 
-constexpr std::uint16_t kNoParts = 0xFFFF;
-
 bool HoldsPart(std::uint16_t parts, int field) {
     bool holds = false;
     ForEachPart(parts, [&](int part) { holds = holds || part == field; });
     return holds;
 }
+
+// The texts of a packed key's fields one behind the other, of which text(field) gives each. They
+// must outlive it: a single one is not copied.
+class JoinedParts {
+  public:
+    template <class TextOf>
+    JoinedParts(std::uint16_t parts, TextOf&& text_of) {
+        int count = 0;
+        ForEachPart(parts, [&](int field) {
+            const std::string_view part = text_of(field);
+            if (count++ == 0) {
+                text_ = part;
+            } else {
+                Append(part);
+            }
+        });
+    }
+    JoinedParts(const JoinedParts&) = delete;
+    JoinedParts& operator=(const JoinedParts&) = delete;
+
+    std::string_view text() const { return text_; }
+
+  private:
+    void Append(std::string_view part) {
+        const std::size_t size = text_.size() + part.size();
+        if (size <= small_.size()) {
+            if (text_.data() != small_.data()) text_.copy(small_.data(), text_.size());
+            part.copy(small_.data() + text_.size(), part.size());
+            text_ = {small_.data(), size};
+        } else {
+            if (large_.empty()) large_ = text_;
+            text_ = large_ += part;
+        }
+    }
+
+    std::string_view text_;
+    std::array<char, 256> small_;
+    std::string large_;
+};
 
 }  // namespace
 
@@ -207,25 +244,15 @@ RecordHandle RecordArena::Create(std::int32_t n_key, const FieldTexts& fields,
                                  const PrimaryKeyType& primary_key) {
     const Shape shape = ShapeOf(fields);
     const std::uint16_t parts = PackParts(primary_key);
-    std::string_view key;
-    std::string composed;
-    int part_count = 0;
-    ForEachPart(parts, [&](int field) {
-        if (part_count++ == 0) {
-            key = fields[field];
-            return;
-        }
-        if (part_count == 2) composed = key;
-        composed += fields[field];
-    });
-    if (part_count > 1) key = composed;
+    const JoinedParts key(parts, [&](int field) { return fields[field]; });
 
     const std::size_t inline_units = UnitsFor(kHeaderSize + shape.payload_size());
     const bool moved = inline_units > kMaxInlineUnits;
     const std::size_t units = moved ? UnitsFor(kHeaderSize + sizeof(std::uint32_t)) : inline_units;
     const RecordHandle record = Allocate(units);
     Header* header = At(record);
-    *header = {0, HashFold(key), n_key, 0, static_cast<std::uint16_t>(units), parts, 0, false};
+    *header = {0,    HashFold(key.text()), n_key, 0, static_cast<std::uint16_t>(units), parts, 0,
+               false};
     header->flags = static_cast<std::uint8_t>(shape.width | (shape.ascii ? 0 : kNotAscii));
     if (!moved) {
         Fill(Block(record) + kHeaderSize, shape.width, fields);
@@ -385,9 +412,8 @@ void RecordArena::PlacePayload(RecordHandle record, std::span<const std::uint8_t
 
 std::string RecordArena::ComposeKey(RecordHandle record) const {
     const Payload payload = PayloadOf(record);
-    std::string key;
-    ForEachPart(At(record)->parts, [&](int field) { key += payload.Field(field); });
-    return key;
+    const JoinedParts key(At(record)->parts, [&](int field) { return payload.Field(field); });
+    return std::string(key.text());
 }
 
 std::string RecordArena::Key(RecordHandle record) const {
@@ -676,15 +702,13 @@ std::vector<RecordHandle> RecordArena::Adopt(std::span<std::uint8_t> images,
 
 void RecordArena::CheckAdopted(std::span<const RecordHandle> records) const {
     for (const RecordHandle record : records) {
-        if (tavolin::IsAscii(AllFields(record)) != IsAscii(record)) {
+        const Payload payload = PayloadOf(record);
+        if (tavolin::IsAscii({payload.text(), payload.End(kFieldCount - 1)}) != IsAscii(record)) {
             RefuseImage("its text is not of the kind that it is said to be");
         }
-        // Of one field, as most are, it needs no copy.
-        const std::uint16_t parts = At(record)->parts;
-        const bool one_field = (parts >> 4) == 0xFFF && parts != kNoParts;
-        const std::uint32_t hash = HasOwnKey(record) ? HashFold(FilingKey(record))
-                                   : one_field       ? HashFold(Field(record, parts & 15))
-                                                     : HashFold(ComposeKey(record));
+        const JoinedParts key(At(record)->parts, [&](int field) { return payload.Field(field); });
+        const std::uint32_t hash = HashFold(
+            HasOwnKey(record) ? std::string_view(FindExtras(record)->filing_key) : key.text());
         if (hash != FilingHash(record)) RefuseImage("it is filed under another key than its own");
     }
 }
