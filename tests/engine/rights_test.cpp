@@ -1,5 +1,5 @@
 // Who may do what: every public member of every class, called by every kind of user and in every
-// state that objects can get into. docs/reliability-rights.md tells the same in words.
+// state that objects can get into. docs/reliability.md tells the same in words.
 #include <fstream>
 #include <map>
 #include <set>
