@@ -123,10 +123,32 @@ class WindowsFile final : public File {
     fs::path path_;
 };
 
+// Somebody else has the file open, for a moment as a rule.
+bool IsInUse(DWORD code) {
+    return code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION ||
+           code == ERROR_ACCESS_DENIED || code == ERROR_DELETE_PENDING;
+}
+
+// Calls call() until it succeeds, for a second at most while the file is in use: who reads a file,
+// or puts another in its place, is done soon.
+template <class Call>
+bool Patiently(Call&& call) {
+    for (int tries = 50; !call(); --tries) {
+        if (tries == 0 || !IsInUse(::GetLastError())) return false;
+        ::Sleep(20);
+    }
+    return true;
+}
+
 std::unique_ptr<File> OpenHandle(const fs::path& path, DWORD access, DWORD share, DWORD how) {
-    const HANDLE handle =
-        ::CreateFileW(path.c_str(), access, share, nullptr, how, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) Fail("cannot open", path);
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    const auto open = [&] {
+        handle = ::CreateFileW(path.c_str(), access, share, nullptr, how, FILE_ATTRIBUTE_NORMAL,
+                               nullptr);
+        // What may never be opened so is denied at once.
+        return handle != INVALID_HANDLE_VALUE || ::GetLastError() == ERROR_ACCESS_DENIED;
+    };
+    if (!Patiently(open) || handle == INVALID_HANDLE_VALUE) Fail("cannot open", path);
     return std::make_unique<WindowsFile>(handle, path);
 }
 
@@ -138,12 +160,6 @@ class WindowsFolderLock final : public FolderLock {
   private:
     HANDLE handle_;
 };
-
-// Somebody else has the file open, for a moment as a rule.
-bool IsInUse(DWORD code) {
-    return code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION ||
-           code == ERROR_ACCESS_DENIED || code == ERROR_DELETE_PENDING;
-}
 
 class WindowsFileSystem final : public FileSystem {
   public:
@@ -174,13 +190,13 @@ class WindowsFileSystem final : public FileSystem {
 
     std::unique_ptr<File> Open(std::string_view path, FileMode mode) override {
         const fs::path native = NativePath(path);
-        constexpr DWORD kShareReading = FILE_SHARE_READ | FILE_SHARE_DELETE;
+        // Others may do anything but what they do not share: files are replaced, not changed.
+        constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
         switch (mode) {
             case FileMode::kRead:
-                return OpenHandle(native, GENERIC_READ, kShareReading, OPEN_EXISTING);
+                return OpenHandle(native, GENERIC_READ, kShareAll, OPEN_EXISTING);
             case FileMode::kUpdate:
-                return OpenHandle(native, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ,
-                                  OPEN_EXISTING);
+                return OpenHandle(native, GENERIC_READ | GENERIC_WRITE, kShareAll, OPEN_EXISTING);
             case FileMode::kWrite:
                 return OpenHandle(native, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
             case FileMode::kAppend:
@@ -210,13 +226,11 @@ class WindowsFileSystem final : public FileSystem {
     void Rename(std::string_view from, std::string_view to) override {
         const fs::path old_name = NativePath(from);
         const fs::path new_name = NativePath(to);
-        // Readers do not lock, and are done soon.
-        for (int tries = 50; !::MoveFileExW(old_name.c_str(), new_name.c_str(),
-                                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
-             --tries) {
-            if (tries == 0 || !IsInUse(::GetLastError())) Fail("cannot rename", old_name);
-            ::Sleep(20);
-        }
+        const auto rename = [&] {
+            return ::MoveFileExW(old_name.c_str(), new_name.c_str(),
+                                 MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+        };
+        if (!Patiently(rename)) Fail("cannot rename", old_name);
     }
 
     // Renaming writes the folder through.
