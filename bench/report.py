@@ -23,6 +23,7 @@ ROWS = [
     ("insert-front", "insert at the front", "memmove of 1 KiB"),
     ("insert-middle", "insert in the middle", "memmove of 1 KiB"),
     ("delete-key", "delete by key, random", "2 dependent cold lines"),
+    ("delete-cascade-first", "the first delete with a cascade", ""),
     ("delete-cascade", "delete with a cascade over a foreign key", "4 dependent cold lines"),
     ("link", "link a field of the full table", ""),
     ("find-one-rare", "find in one field, 1 in 2,000", "one read of the bytes"),

@@ -264,8 +264,12 @@ class Workload {
             store_->Begin();
             bench_.Answer("link", store_->Linked());
             const auto victims = data_.Victims(std::max<std::size_t>(data_.size() / 4, 1));
-            bench_.Each("delete-cascade", victims.size(), [&](std::size_t i) {
-                store_->DeleteCascading(victims[i]);
+            // The first one may have to count what the others look up.
+            const auto start = Clock::now();
+            store_->DeleteCascading(victims[0]);
+            bench_.Value("delete-cascade-first", "ms", Seconds(start) * 1e3);
+            bench_.Each("delete-cascade", victims.size() - 1, [&](std::size_t i) {
+                store_->DeleteCascading(victims[i + 1]);
                 return 0;
             });
             bench_.Answer("delete-cascade", store_->Linked());
