@@ -142,14 +142,6 @@ class DatabaseWriter {
     PropertyBagWriter bag_;
 };
 
-// The owner of the open database acts from here on, if it has one.
-bool ActAsOwner(CVLDBEngine& engine) {
-    const auto owner = engine.CVLDBUserSet()->Find(engine.DBOwner());
-    if (!owner) return false;
-    engine.LogOnAsUser(owner);
-    return Refusal([&] { engine.DBLegalUser(engine.LogedOnUser(), Ownership); }) == 0;
-}
-
 // Whatever the file says of keys and links, work goes on.
 void Work(CVLDBEngine& engine) {
     for (int i = engine.CVLTableSet()->Count(); i > 0; --i) {

@@ -67,6 +67,14 @@ inline void WalkTable(CVLTable& table) {
     Require(table.Find("")->Count() == table.Count(), "an empty text is in every record");
 }
 
+// The owner of the open database acts from here on, if it has one.
+inline bool ActAsOwner(CVLDBEngine& engine) {
+    const auto owner = engine.CVLDBUserSet()->Find(engine.DBOwner());
+    if (!owner) return false;
+    engine.LogOnAsUser(owner);
+    return Refusal([&] { engine.DBLegalUser(engine.LogedOnUser(), Ownership); }) == 0;
+}
+
 // For an engine whose user may read everything; the user set's notes are asked for as well.
 inline void WalkDatabase(CVLDBEngine& engine) {
     const auto tables = engine.CVLTableSet();
