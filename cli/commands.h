@@ -45,6 +45,10 @@ void ExportTextCommand(Host& host, const Arguments& words);
 void ExportHtmlCommand(Host& host, const Arguments& words);
 void ExportMdbCommand(Host& host, const Arguments& words);
 
+// The whole database as text, and back.
+void DumpCommand(Host& host, const Arguments& words);
+void RestoreCommand(Host& host, const Arguments& words);
+
 // Users.
 void OwnersCommand(Host& host, const Arguments& words);
 void UsersCommand(Host& host, const Arguments& words);

@@ -1,0 +1,21 @@
+// The activities that the log file may receive, under the names that commands and dumps use.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "tavolin/engine/engine.h"
+
+namespace tavolin::cli {
+
+struct LogActivity {
+    std::string_view name;  // dumps hold it: do not change
+    bool LogType::*flag;
+};
+
+std::span<const LogActivity> LogActivities();
+
+// Sets the engine's switches, all at once.
+void SetLog(CVLDBEngine& engine, const LogType& log);
+
+}  // namespace tavolin::cli
