@@ -96,6 +96,10 @@ constexpr Command kCommands[] = {
      "Write all tables to an Access database, or add them to an earlier export; --replace puts "
      "the new one in its place.",
      "export mdb customers.mdb", Need::kRead, kAnywhere, ExportMdbCommand},
+    {"export sql", "[OUT] [--yes]",
+     "Write everything, passwords excepted, as SQL that SQLite and PostgreSQL load as it is; named "
+     "as the database and in the current folder if not given, - is the standard output.",
+     "export sql shop.sql", Need::kRead, kAnywhere, ExportSqlCommand},
     {"dump", "[OUT] [--yes]",
      "Write the whole database as readable text, passwords excepted, to a file or to the standard "
      "output; `restore` reads it back.",

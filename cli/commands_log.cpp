@@ -53,12 +53,6 @@ void LogReportCommand(Host& host, const Arguments&) {
     }
 }
 
-void LogFileCommand(Host& host, const Arguments&) {
-    const std::string path = host.Path();
-    const std::size_t name = path.find_last_of("/\\") + 1;
-    std::string log = ReplaceFold(path.substr(name), "cdb", "log");
-    if (EqualFold(log, path.substr(name))) log += ".log";
-    std::cout << path.substr(0, name) << log << '\n';
-}
+void LogFileCommand(Host& host, const Arguments&) { std::cout << LogFileOf(host.Path()) << '\n'; }
 
 }  // namespace tavolin::cli

@@ -61,7 +61,14 @@ bool DumpReader::NextLine() {
 
 void DumpReader::Read() {
     CheckVersion();
-    while (NextLine()) ReadLine();
+    while (NextLine()) {
+        try {
+            ReadLine();
+        } catch (const DumpError& error) {
+            if (!lines_.cut_off()) throw;
+            throw DumpError(error.line(), "the text is cut off in this line");
+        }
+    }
     if (part_ != Part::kEnd) {
         throw DumpError(lines_.number(),
                         "the text ends without its last line, \"end\": a part of "

@@ -184,19 +184,14 @@ void DumpWriter::WriteRecord(const CVLTable& table, const std::shared_ptr<CVLRec
 }
 
 void DumpWriter::WriteAttachments(CVLRecord& record) {
-    const auto attachments = record.CVLAttachmentSet();
-    if (attachments->Count() == 0) {
-        record.CVLAttachmentSet(nullptr);  // it was made by the question; a million of them are not
-        return;
-    }
     std::set<std::string> keys;
-    for (const auto& attachment : attachments->NewEnum()) {
-        text_.append("  attachment ").append(AttachmentKindText(attachment->SpecificType()));
-        AddNumber(attachment->nKey());
-        AddText(attachment->attachmentPathName());
-        if (attachment->Key() != attachment->attachmentPathName()) AddText(attachment->Key());
-        text_ += IsFirst(keys, attachment->Key()) ? "\n" : " again\n";
-    }
+    ForEachAttachment(record, [&](const CVLAttachment& attachment) {
+        text_.append("  attachment ").append(AttachmentKindText(attachment.SpecificType()));
+        AddNumber(attachment.nKey());
+        AddText(attachment.attachmentPathName());
+        if (attachment.Key() != attachment.attachmentPathName()) AddText(attachment.Key());
+        text_ += IsFirst(keys, attachment.Key()) ? "\n" : " again\n";
+    });
 }
 
 }  // namespace tavolin::cli

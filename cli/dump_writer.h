@@ -18,6 +18,17 @@ std::string AttachmentKindText(attachmentEnum kind);
 // The key that the fields of a record make.
 std::string ComposedKey(const PrimaryKeyType& key, const std::vector<std::string>& fields);
 
+// Calls body(attachment) for each attachment of a record, whose set is not made if there is none.
+template <class Body>
+void ForEachAttachment(CVLRecord& record, Body&& body) {
+    const auto attachments = record.CVLAttachmentSet();
+    if (attachments->Count() == 0) {
+        record.CVLAttachmentSet(nullptr);  // the question made it; a million would take memory
+    } else {
+        for (const auto& attachment : attachments->NewEnum()) body(*attachment);
+    }
+}
+
 class DumpWriter {
   public:
     // Appends to `text`, and calls `flow` every few lines, which may empty it.

@@ -1,5 +1,7 @@
 #include "cli/log_activities.h"
 
+#include "tavolin/base/text.h"
+
 namespace tavolin::cli {
 namespace {
 
@@ -30,6 +32,13 @@ void SetLog(CVLDBEngine& engine, const LogType& log) {
                            log.logTableDeletion, log.logLkTableDeletion, log.logTablesLinking,
                            log.logTableUnlinking, log.logRecordAdd, log.logRecordUpDate,
                            log.logRecordDelete, log.logErrors);
+}
+
+std::string LogFileOf(const std::string& database_path) {
+    const std::size_t name = database_path.find_last_of("/\\") + 1;
+    std::string log = ReplaceFold(database_path.substr(name), "cdb", "log");
+    if (EqualFold(log, database_path.substr(name))) log += ".log";
+    return database_path.substr(0, name) + log;
 }
 
 }  // namespace tavolin::cli

@@ -1,7 +1,9 @@
-// The activities that the log file may receive, under the names that commands and dumps use.
+// The activities that the log file may receive, under the names that commands and dumps use, and
+// where that file is.
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "tavolin/engine/engine.h"
@@ -17,5 +19,8 @@ std::span<const LogActivity> LogActivities();
 
 // Sets the engine's switches, all at once.
 void SetLog(CVLDBEngine& engine, const LogType& log);
+
+// The path of a database's log file.
+std::string LogFileOf(const std::string& database_path);
 
 }  // namespace tavolin::cli

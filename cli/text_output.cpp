@@ -4,8 +4,8 @@
 #include <iostream>
 
 #include "cli/failure.h"
+#include "cli/log_activities.h"
 #include "cli/paths.h"
-#include "cli/terminal.h"
 #include "tavolin/persist/paths.h"
 
 namespace tavolin::cli {
@@ -16,7 +16,7 @@ void OrFail(const std::string& path, Body&& body) {
     try {
         body();
     } catch (const std::filesystem::filesystem_error& error) {
-        throw CommandFailure(path + " cannot be written: " + error.code().message());
+        throw CommandFailure(MachinePath(path) + " cannot be written: " + error.code().message());
     }
 }
 
@@ -26,8 +26,9 @@ void AskToWrite(Host& host, const Arguments& words, const std::string& path) {
     namespace fs = std::filesystem;
     if (path == "-" || !fs::exists(PathOf(path))) return;
     const std::string target = LibraryPath(path);
-    if (IsOneFile(target, LibraryPath(host.Path()))) {
-        throw CommandFailure(path + " is the database itself");
+    for (const std::string& own : {host.Path(), LogFileOf(host.Path())}) {
+        if (!IsOneFile(target, LibraryPath(own))) continue;
+        throw CommandFailure(path + " is the database's own file");
     }
     if (fs::is_regular_file(PathOf(path))) host.Confirm(words, "Write over " + path + "?", false);
 }
@@ -69,7 +70,7 @@ void TextOutput::Write() {
             throw CommandFailure("the output cannot be written");
         }
     } else {
-        OrFail(MachinePath(path_), [&] {
+        OrFail(path_, [&] {
             WriteAll(*file_, {reinterpret_cast<const std::uint8_t*>(text_.data()), text_.size()});
         });
     }
@@ -85,7 +86,7 @@ void TextOutput::Finish() {
         file_.reset();
         return;
     }
-    OrFail(MachinePath(path_), [&] {
+    OrFail(path_, [&] {
         FileSystem& files = FileSystem::Current();
         file_->Flush();
         file_->Close();

@@ -13,6 +13,7 @@
 
 #include "cli/host.h"
 #include "cli/progress.h"
+#include "cli/terminal.h"
 #include "tavolin/persist/file_system.h"
 
 namespace tavolin::cli {
@@ -35,7 +36,7 @@ class TextOutput {
     // Writes it when there is enough of it. Raises CommandFailure after Ctrl-C and when the output
     // cannot be written.
     void Flow() {
-        if (text_.size() >= kEnough) Write();
+        if (text_.size() >= kEnough || Interrupted()) Write();
     }
     void Finish();
 

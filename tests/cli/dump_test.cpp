@@ -156,6 +156,7 @@ TEST_F(DumpTest, ADumpThatIsNotWholeOrRightIsRefusedWithItsLine) {
         {"ID,Name\n", "1: this is no dump of a database"},
         {table + "record 1 \"7\"\n", "6: the text ends without its last line"},
         {table + "record 1 \"7\nend\n", "6: the text does not end in this line"},
+        {table + "record 1 \"7", "6: the text is cut off in this line"},
         {table + "record 1 \"\xFF\"\nend\n", "6: the text is not UTF-8"},
         {table + "record 1 \"\\q\"\nend\n", "6: a backslash is followed by none of"},
         {table + "record 1 \"\\u12\"\nend\n", "6: an escape needs 4 hexadecimal digits"},
@@ -191,6 +192,7 @@ TEST_F(DumpTest, ADumpThatIsNotWholeOrRightIsRefusedWithItsLine) {
 TEST_F(DumpTest, UsersComeBackWithoutTheirPasswords) {
     MakeShop();
     ASSERT_EQ(0, Run("shop add-user bob --read --write --no-password").status);
+    ASSERT_EQ(0, Run("shop note add --user bob \"the owner's alone\"").status);
     ASSERT_EQ(0, Run("shop dump shop.txt").status);
     const std::string dump = ReplaceFold(Read("shop.txt"), "\n", "\r\n");
     const auto status = [&](const std::string& words, const std::string& settings) {
@@ -206,7 +208,17 @@ TEST_F(DumpTest, UsersComeBackWithoutTheirPasswords) {
     EXPECT_EQ(0, status("new set-user bob --no-password", "TAVOLIN_PASSWORD=fresh"));
     EXPECT_EQ(0, status("new add People 9", "TAVOLIN_USER=bob TAVOLIN_PASSWORD="));
     EXPECT_EQ(1, status("new dump", "TAVOLIN_USER=bob TAVOLIN_PASSWORD="));
-    EXPECT_EQ(1, Run("shop dump shop.cdb --yes").status);  // the database itself
+    for (const auto& [user, told] : {std::pair("ann", true), std::pair("bob", false)}) {
+        const std::string settings = "TAVOLIN_USER=" + std::string(user) + " TAVOLIN_PASSWORD=";
+        const std::string sql = Run("new export sql -", "", settings + (told ? "fresh" : "")).out;
+        EXPECT_NE(sql.npos, sql.find("'Ann Lee'"));
+        EXPECT_EQ(told, sql.find("the owner''s alone") != sql.npos);
+    }
+    for (const char* const own : {"shop.cdb", "shop.log"}) {
+        const std::string before = Read(own);
+        EXPECT_EQ(1, Run(std::string("shop dump --yes ") + own).status);
+        EXPECT_EQ(before, Read(own));
+    }
     EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n", Csv("People"));
 }
 
