@@ -135,12 +135,16 @@ class Sqlite:
             return True
         return False
 
-    def keys(self, table):
-        key = sorted((row[5], row[1]) for row in self.rows(f'PRAGMA table_info("{table}")') if row[5])
-        return [name for _, name in key]
+    def keys(self, tables):
+        found = {}
+        for table in tables:
+            key = sorted((row[5], row[1]) for row in self.rows(f'PRAGMA table_info("{table}")') if row[5])
+            found[table] = [name for _, name in key]
+        return found
 
-    def foreign(self, table):
-        return {(table, row[3], row[2]) for row in self.rows(f'PRAGMA foreign_key_list("{table}")')}
+    def foreign(self, tables):
+        return {(table, row[3], row[2]) for table in tables
+                for row in self.rows(f'PRAGMA foreign_key_list("{table}")')}
 
 
 class Postgres:
@@ -196,16 +200,19 @@ class Postgres:
             return 'violates' in str(refusal)
         return False
 
-    def keys(self, table):
-        rows = self.rows(f"""SELECT a.attname FROM pg_constraint c, unnest(c.conkey) WITH ORDINALITY k(n, i),
-            pg_attribute a WHERE c.contype = 'p' AND c.conrelid = '"{table}"'::regclass
-            AND a.attrelid = c.conrelid AND a.attnum = k.n ORDER BY k.i""")
-        return [name for name, in rows]
+    def keys(self, tables):
+        found = {table: [] for table in tables}
+        for table, column in self.rows("""SELECT t.relname, a.attname FROM pg_constraint c,
+                unnest(c.conkey) WITH ORDINALITY k(n, i), pg_attribute a, pg_class t WHERE c.contype = 'p'
+                AND a.attrelid = c.conrelid AND a.attnum = k.n AND t.oid = c.conrelid ORDER BY k.i"""):
+            found.get(table, []).append(column)
+        return found
 
-    def foreign(self, table):
-        return {(table, *row) for row in self.rows(f"""SELECT a.attname, f.relname FROM pg_constraint c,
-            pg_attribute a, pg_class f WHERE c.contype = 'f' AND c.conrelid = '"{table}"'::regclass
-            AND a.attrelid = c.conrelid AND a.attnum = c.conkey[1] AND f.oid = c.confrelid""")}
+    def foreign(self, tables):
+        rows = self.rows("""SELECT t.relname, a.attname, f.relname AS target FROM pg_constraint c,
+            pg_attribute a, pg_class t, pg_class f WHERE c.contype = 'f' AND a.attrelid = c.conrelid
+            AND a.attnum = c.conkey[1] AND t.oid = c.conrelid AND f.oid = c.confrelid""")
+        return {tuple(row) for row in rows if row[0] in tables}
 
 
 def quoted(text):
@@ -303,10 +310,10 @@ def check_nasty(sql, source, name):
 
 def check_links(sql, name):
     tables = [row[0] for row in sql.rows('SELECT table_name FROM tavolin_tables ORDER BY number')]
-    for table in tables:
-        if sql.keys(table) != KEYS.get(table, ['tavolin_position']):
-            fail(f'{name}: the key of {table} is {sql.keys(table)}')
-    foreign = set().union(*(sql.foreign(table) for table in tables))
+    keys = {table: KEYS.get(table, ['tavolin_position']) for table in tables}
+    if sql.keys(tables) != keys:
+        fail(f'{name}: the keys are {sql.keys(tables)}')
+    foreign = sql.foreign(tables)
     if foreign != FOREIGN:
         fail(f'{name}: foreign keys differ: {foreign ^ FOREIGN}')
     if tables[-4:] != ['table_sqlite_x', 'table_pg_class', 'table_pg_class_pkey', 'table_tavolin_users']:
