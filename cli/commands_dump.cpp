@@ -54,6 +54,10 @@ void RestoreCommand(Host& host, const Arguments& words) {
     if (fs::exists(PathOf(host.Path()))) {
         throw CommandFailure(host.Path() + " is there already; restore makes a new database");
     }
+    const fs::path folder = PathOf(host.Path()).parent_path();
+    if (!fs::is_directory(folder)) {
+        throw CommandFailure("the folder " + TextOf(folder) + " is not there");
+    }
     const ByteSource source = InputSource(host, path);
     std::optional<std::string> database_password;
     if (const auto file = words.Find("--database-password-file")) {
@@ -81,9 +85,10 @@ void RestoreCommand(Host& host, const Arguments& words) {
     host.Note("restored " + host.Path() + ": " +
               Counted(static_cast<std::size_t>(engine.CVLTableSet()->Count()), "table") + ", " +
               Counted(static_cast<std::size_t>(restored.records()), "record"));
-    host.Note("its owner is " + engine.DBOwner() +
-              ", with the password that was given; the other users need new ones: `set-user NAME "
-              "--ask-password`");
+    host.Note("its owner is " + engine.DBOwner() + ", with the password that was given");
+    if (engine.CVLDBUserSet()->Count() > 1) {
+        host.Note("the other users need new passwords: `set-user NAME --ask-password`");
+    }
     if (engine.PasswordCorrect("")) host.Note("its password is empty: anybody may read it");
 }
 

@@ -130,7 +130,7 @@ class DumpTest : public HostTest {};
 
 TEST_F(DumpTest, WhatIsRestoredDumpsTheSame) {
     fs::create_directories(Path("again"));
-    for (unsigned seed = 0; seed < 150; ++seed) {
+    for (unsigned seed = 0; seed < 100; ++seed) {
         SCOPED_TRACE(seed);
         fs::remove(Path("shop.cdb"));
         fs::remove(Path("again/shop.cdb"));
@@ -145,6 +145,15 @@ TEST_F(DumpTest, WhatIsRestoredDumpsTheSame) {
         const std::string dump = Dump(engine);
         ASSERT_EQ(dump, Restored(dump, Path("again/shop.cdb"), 1 + seed));
     }
+}
+
+TEST_F(DumpTest, TheSampleInTheDocumentIsADump) {
+    std::ostringstream document;
+    document << std::ifstream(TAVOLIN_SOURCE_DIR "/docs/dump-format.md").rdbuf();
+    const std::string text = document.str();
+    const std::size_t begin = text.find("tavolin-dump 1\n");
+    const std::string sample = text.substr(begin, text.find("```", begin) - begin);
+    EXPECT_EQ(sample, Restored(sample, Path("shop.cdb")));
 }
 
 TEST_F(DumpTest, ADumpThatIsNotWholeOrRightIsRefusedWithItsLine) {
