@@ -85,7 +85,10 @@ void RestoreCommand(Host& host, const Arguments& words) {
     host.Note("restored " + host.Path() + ": " +
               Counted(static_cast<std::size_t>(engine.CVLTableSet()->Count()), "table") + ", " +
               Counted(static_cast<std::size_t>(restored.records()), "record"));
-    host.Note("its owner is " + engine.DBOwner() + ", with the password that was given");
+    const bool owned = engine.UserExists(engine.DBOwner());
+    host.Note("its owner is " + engine.DBOwner() +
+              (owned ? ", with the password that was given"
+                     : ", who is not among its users: nobody can act as the owner"));
     if (engine.CVLDBUserSet()->Count() > 1) {
         host.Note("the other users need new passwords: `set-user NAME --ask-password`");
     }
