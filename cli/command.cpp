@@ -96,6 +96,19 @@ constexpr Command kCommands[] = {
      "Write all tables to an Access database, or add them to an earlier export; --replace puts "
      "the new one in its place.",
      "export mdb customers.mdb", Need::kRead, kAnywhere, ExportMdbCommand},
+    {"export sql", "[OUT] [--yes]",
+     "Write everything, passwords excepted, as SQL that SQLite and PostgreSQL load as it is; named "
+     "as the database and in the current folder if not given, - is the standard output.",
+     "export sql shop.sql", Need::kRead, kAnywhere, ExportSqlCommand},
+    {"dump", "[OUT] [--yes]",
+     "Write the whole database as readable text, passwords excepted, to a file or to the standard "
+     "output; `restore` reads it back.",
+     "dump shop.txt", Need::kOwner, kAnywhere, DumpCommand},
+    {"restore", "IN [--password-file F] [--no-password] [--database-password-file F]",
+     "Make this database, which must not be there yet, of a text that `dump` wrote; - is the "
+     "standard input. The owner gets the password that you give; the other users get passwords "
+     "that nobody knows, until the owner sets them.",
+     "restore shop.txt", Need::kNothing, kAnywhere, RestoreCommand},
 
     {"begin", "", "Begin a transaction.", "begin", Need::kWrite, kSessionOnly, BeginCommand},
     {"commit", "[--replace]",

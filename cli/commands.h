@@ -44,6 +44,11 @@ void SortCommand(Host& host, const Arguments& words);
 void ExportTextCommand(Host& host, const Arguments& words);
 void ExportHtmlCommand(Host& host, const Arguments& words);
 void ExportMdbCommand(Host& host, const Arguments& words);
+void ExportSqlCommand(Host& host, const Arguments& words);
+
+// The whole database as text, and back.
+void DumpCommand(Host& host, const Arguments& words);
+void RestoreCommand(Host& host, const Arguments& words);
 
 // Users.
 void OwnersCommand(Host& host, const Arguments& words);

@@ -4,36 +4,15 @@
 #include "cli/commands.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
+#include "cli/log_activities.h"
 #include "tavolin/base/text.h"
 
 namespace tavolin::cli {
 namespace {
 
-struct Activity {
-    std::string_view name;
-    bool LogType::*flag;
-};
-
-constexpr Activity kActivities[] = {
-    {"errors", &LogType::logErrors},
-    {"log-on", &LogType::logDBLogOn},
-    {"owner-change", &LogType::logOwnerChange},
-    {"user-creation", &LogType::logUserCreation},
-    {"table-creation", &LogType::logTableCreation},
-    {"linked-table-creation", &LogType::logLkTableCreation},
-    {"table-deletion", &LogType::logTableDeletion},
-    {"linked-table-deletion", &LogType::logLkTableDeletion},
-    {"linking", &LogType::logTablesLinking},
-    {"unlinking", &LogType::logTableUnlinking},
-    {"record-add", &LogType::logRecordAdd},
-    {"record-update", &LogType::logRecordUpDate},
-    {"record-delete", &LogType::logRecordDelete},
-    {"transactions", &LogType::logTransactions},
-};
-
 void Switch(LogType& log, std::string_view name, bool on) {
     bool known = false;
-    for (const Activity& activity : kActivities) {
+    for (const LogActivity& activity : LogActivities()) {
         if (name != "all" && name != activity.name) continue;
         log.*activity.flag = on;
         known = true;
@@ -45,11 +24,7 @@ void Switch(LogType& log, std::string_view name, bool on) {
 void SwitchAll(Host& host, const Arguments& words, bool on) {
     LogType log = host.engine().LoggedActivities();
     for (const std::string& name : words.All("KIND")) Switch(log, name, on);
-    host.engine().LogDBActivities(log.logDBLogOn, log.logTransactions, log.logOwnerChange,
-                                  log.logUserCreation, log.logTableCreation, log.logLkTableCreation,
-                                  log.logTableDeletion, log.logLkTableDeletion,
-                                  log.logTablesLinking, log.logTableUnlinking, log.logRecordAdd,
-                                  log.logRecordUpDate, log.logRecordDelete, log.logErrors);
+    SetLog(host.engine(), log);
     host.Changed();
     host.Note("log switches set");
 }
@@ -59,7 +34,7 @@ void SwitchAll(Host& host, const Arguments& words, bool on) {
 void LogCommand(Host& host, const Arguments&) {
     const LogType log = host.engine().LoggedActivities();
     Results results = host.Answer({"Activity", "Logged"});
-    for (const Activity& activity : kActivities) {
+    for (const LogActivity& activity : LogActivities()) {
         results.Add({std::string(activity.name), log.*activity.flag ? "on" : "off"});
     }
     results.Finish();
@@ -78,12 +53,6 @@ void LogReportCommand(Host& host, const Arguments&) {
     }
 }
 
-void LogFileCommand(Host& host, const Arguments&) {
-    const std::string path = host.Path();
-    const std::size_t name = path.find_last_of("/\\") + 1;
-    std::string log = ReplaceFold(path.substr(name), "cdb", "log");
-    if (EqualFold(log, path.substr(name))) log += ".log";
-    std::cout << path.substr(0, name) << log << '\n';
-}
+void LogFileCommand(Host& host, const Arguments&) { std::cout << LogFileOf(host.Path()) << '\n'; }
 
 }  // namespace tavolin::cli

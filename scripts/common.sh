@@ -29,6 +29,23 @@ need() {
 # need_program PROGRAM PACKAGE
 need_program() { command -v "$1" >/dev/null || need "$2"; }
 
+# PostgreSQL's programs, without the server that the packages would set up: tests run one of their
+# own.
+need_postgresql() {
+    command -v psql >/dev/null && ls /usr/lib/postgresql/*/bin/initdb >/dev/null 2>&1 && return
+    local settings=/etc/postgresql-common/createcluster.conf
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    need postgresql-common
+    "${as_root[@]}" cp -p $settings $settings.before
+    echo "create_main_cluster = false" | "${as_root[@]}" tee -a $settings >/dev/null
+    # In a process of its own, since a failure ends it: the settings are put back in any case.
+    local status=0
+    (need postgresql) || status=$?
+    "${as_root[@]}" mv $settings.before $settings
+    [ $status -eq 0 ] || exit $status
+}
+
 # build FOLDER [CMAKE OPTION...]: configures and builds everything there.
 build() {
     local folder=$1

@@ -1,0 +1,29 @@
+// The whole database as SQL.
+#include "cli/commands.h"
+#include "cli/log_activities.h"
+#include "cli/paths.h"
+#include "cli/sql_writer.h"
+#include "cli/terminal.h"
+#include "cli/text_output.h"
+#include "tavolin/base/text.h"
+#include "tavolin/persist/paths.h"
+
+namespace tavolin::cli {
+
+void ExportSqlCommand(Host& host, const Arguments& words) {
+    CVLDBEngine& engine = host.engine();
+    const std::string otherwise = ReplaceFold(engine.DBName(), DefaultExtension(), "") + "sql";
+    const std::string given = MachinePath(words.Get("OUT", otherwise));
+    const std::string path = given == "-" ? given : FolderPath(given);
+    AskToWrite(host, words, path);
+    const InterruptCatcher catcher;
+    ForgetInterrupt();
+    TextOutput out(path);
+    SqlWriter(engine, engine.LogedOnIsOwner(engine.LogedOnUser()), LogFileOf(host.Path()),
+              out.text(), [&] { out.Flow(); })
+        .Write();
+    out.Finish();
+    if (path != "-") host.Note("exported to " + path);
+}
+
+}  // namespace tavolin::cli
