@@ -1,5 +1,6 @@
 // The order of records, and publishing the database.
 #include <filesystem>
+#include <iostream>
 #include <optional>
 
 #include "cli/commands.h"
@@ -7,6 +8,7 @@
 #include "cli/failure.h"
 #include "cli/fields.h"
 #include "cli/paths.h"
+#include "cli/progress.h"
 #include "cli/terminal.h"
 #include "tavolin/base/text.h"
 #include "tavolin/export/mdb/writer.h"
@@ -51,7 +53,7 @@ void WithProgress(const std::string& left_behind, Export&& run) {
         run();
     } catch (const Error&) {
         if (!files.interrupted()) throw;
-        throw CommandFailure("interrupted; " + left_behind);
+        throw Cancelled(left_behind);
     }
 }
 
@@ -93,7 +95,42 @@ std::string Quoted(const std::string& text) {
     return quoted + "'";
 }
 
+// Everything of the file is there before any of an old one is gone.
+void WriteWhole(const Target& target, const CVLTable& table) {
+    const auto rows = static_cast<std::uint64_t>(table.Count());
+    Progress progress(rows, "records");
+    std::string text = CsvLine(FieldTitles(table));
+    const std::vector<int> fields = FieldsOf(table);
+    std::uint64_t done = 0;
+    for (const auto& record : table.CVLRecordSet()->NewEnum()) {
+        if (Interrupted()) throw Cancelled("nothing was written");
+        text += CsvLine(Values(*record, fields));
+        ++done;
+        progress.Show(done, done);
+    }
+    if (target.name.empty()) {
+        std::cout << text;
+    } else {
+        const ByteView bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+        FileSystem::Current().Replace(LibraryPath(target.Path()), std::span(&bytes, 1));
+    }
+}
+
 }  // namespace
+
+void ExportCsvCommand(Host& host, const Arguments& words) {
+    const auto table = host.Table(words["TABLE"]);
+    const auto given = words.Find("FILE.csv");
+    const InterruptCatcher catcher;
+    if (given == "-") return WriteWhole({}, *table);
+    const Target target = TargetOf(given, table->Key() + ".csv");
+    if (fs::exists(PathOf(target.Path()))) {
+        host.Confirm(words, "Write over " + target.Path() + "?", false);
+    }
+    WriteWhole(target, *table);
+    host.Note(Counted(static_cast<std::size_t>(table->Count()), "record") + " exported to " +
+              target.Path());
+}
 
 void SortCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);

@@ -47,6 +47,7 @@ std::vector<std::string> FieldNames(const Arguments& words) {
 
 void TablesCommand(Host& host, const Arguments&) {
     Results results = host.Answer({"Table", "Records", "Key", "Linked from"});
+    results.Numbers({1});
     for (const auto& table : host.engine().CVLTableSet()->NewEnum()) {
         results.Add(
             {table->Key(), std::to_string(table->Count()), KeyText(*table), ReferrersText(*table)});
@@ -57,12 +58,13 @@ void TablesCommand(Host& host, const Arguments&) {
 void TableCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);
     Results results = host.Answer({"Number", "Field", "Label", "Key", "Links to"});
+    results.Numbers({0});
     for (const int field : FieldsOf(*table)) {
         results.Add({std::to_string(field), table->FieldName(field), table->FieldLabel(field),
                      table->PrimaryKey().Holds(field) ? "yes" : "", table->LinkedTable(field)});
     }
     results.Finish("field");
-    if (host.options().format != Format::kTable) return;
+    if (!host.in_table()) return;
     host.Note(Counted(static_cast<std::size_t>(table->Count()), "record"));
     if (table->IsReferenced()) host.Note("linked from " + ReferrersText(*table));
 }

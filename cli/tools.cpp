@@ -4,6 +4,7 @@
 #include <string>
 
 #include "cli/arguments.h"
+#include "cli/commands.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/paths.h"
@@ -32,7 +33,7 @@ const char* Word(Finding::Kind kind) {
 
 void Show(const HostOptions& options, const Findings& findings) {
     if (findings.empty()) return;
-    Results results(std::cout, {options.format, options.header, false, 0},
+    Results results(std::cout, {options.output.format, options.output.header, false, 0},
                     {"", "Byte", "Where", "What"});
     for (const Finding& finding : findings) {
         results.Add(
@@ -71,17 +72,17 @@ void AskReadable(const SalvagedFile& file, const std::string& path) {
     }
 }
 
-Arguments Words(const HostOptions& options, const std::string& pattern) {
+Arguments Words(HostOptions& options, const std::string& pattern) {
     try {
-        return Arguments(pattern, options.words);
+        Arguments words(pattern + " " + std::string(kOutputPattern), options.words);
+        options.output = OutputOf(options.output, words);
+        return words;
     } catch (const UsageError& error) {
         throw UsageError(error.what() + ("\nusage: " + options.tool) + " " + pattern);
     }
 }
 
-int Check(HostOptions& options) {
-    const Arguments words = Words(options, "FILE");
-    const std::string path = DatabasePath(words["FILE"]);
+int CheckFile(HostOptions& options, const std::string& path) {
     const SalvagedFile file(LibraryPath(path));
     AskReadable(file, path);
     const bool database = file.kind() == SalvagedFile::Kind::kDatabase;
@@ -89,12 +90,17 @@ int Check(HostOptions& options) {
         RaiseRefused(options);
     }
     Show(options, file.findings());
-    if (!options.quiet) {
+    if (!options.output.quiet) {
         std::cout << Printable(path) << ": " << (file.whole() ? "whole" : "damaged")
                   << (database ? "; " + Contents(file) : std::string(", a registry of owners"))
                   << '\n';
     }
     return file.whole() ? kWhole : kDamaged;
+}
+
+int Check(HostOptions& options) {
+    const Arguments words = Words(options, "FILE");
+    return CheckFile(options, DatabasePath(words["FILE"]));
 }
 
 int Salvage(HostOptions& options) {
@@ -131,7 +137,7 @@ int Salvage(HostOptions& options) {
     const ByteBuffer state = file.State(owner);
     WriteDatabaseFile(LibraryPath(target), state.bytes(), true, ask_free);
     Show(options, file.findings());
-    if (!options.quiet) {
+    if (!options.output.quiet) {
         std::cout << "written to " << Printable(target) << ": " << Contents(file) << '\n';
     }
     return file.whole() ? kWhole : kDamaged;
@@ -147,6 +153,12 @@ int RunTool(const HostOptions& given) {
     const int failure = ReportFailures(
         [&] { status = options.tool == "check" ? Check(options) : Salvage(options); });
     return failure != kSuccess ? kNotRead : status;
+}
+
+// The file may have been replaced since: its users and passwords decide anew.
+void CheckCommand(Host& host, const Arguments&) {
+    HostOptions options = host.options();
+    if (CheckFile(options, host.Path()) != kWhole) throw CommandFailure("the file is damaged");
 }
 
 }  // namespace tavolin::cli

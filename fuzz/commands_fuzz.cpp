@@ -110,7 +110,7 @@ int RunCommands(const std::string& commands, cli::Format format, std::string& ou
     options.file = "shop";
     options.user = "ann";
     options.password = kPassword;
-    options.format = format;
+    options.output.format = format;
     options.keep_going = true;
     cli::Host host(options);
     const int status = cli::RunSession(host);
