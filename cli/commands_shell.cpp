@@ -46,11 +46,9 @@ void SetCommand(Host& host, const Arguments& words) {
     const auto value = words.Find("VALUE");
     if (setting && value) return ChangeSetting(host.output(), *setting, *value);
     if (setting && SettingValues(*setting).empty()) ChangeSetting(host.output(), *setting, "");
-    Results results = host.Answer({"Setting", "Value"});
-    for (const auto& [name, now] : Settings(host.output())) {
-        if (!setting || name == *setting) results.Add({name, now});
-    }
-    results.Finish();
+    Properties settings = Settings(host.output());
+    if (setting) std::erase_if(settings, [&](const auto& each) { return each.first != *setting; });
+    host.AnswerOne(settings, "Setting");
 }
 
 // A session looks at these words itself before it looks for commands.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "cli/terminal.h"
+#include "tavolin/base/utf8.h"
 
 #ifdef TAVOLIN_HAVE_EDITLINE
 #include <editline/readline.h>
@@ -46,11 +47,19 @@ std::vector<std::string> FromTheEditorsWord(const LineCompletion& completion, st
     return words;
 }
 
+// The places that the editor gives are counted in characters.
+std::string_view LineToTheCursor() {
+    const std::string_view line = rl_line_buffer;
+    std::size_t end = 0;
+    for (int i = 0; i < rl_point && end < line.size(); ++i) {
+        end += FirstUnit(line.substr(end)).length;
+    }
+    return line.substr(0, end);
+}
+
 char** CompleteWord(const char* word, int, int) {
     rl_attempted_completion_over = 1;
-    // The places that the editor gives are counted in characters.
-    const auto cursor = static_cast<std::size_t>(rl_point);
-    const std::string_view line = std::string_view(rl_line_buffer).substr(0, cursor);
+    const std::string_view line = LineToTheCursor();
     const std::size_t size = std::strlen(word);
     if (size > line.size()) return nullptr;
     matches = FromTheEditorsWord(active_completer(line), line, line.size() - size);

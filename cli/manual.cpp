@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cli/data_folder.h"
+#include "cli/display_text.h"
 #include "cli/help.h"
 
 namespace tavolin::cli {
@@ -29,15 +30,24 @@ std::string Roff(std::string_view text) {
     return result;
 }
 
+// In short lines, as the language wants it.
+void Text(std::ostream& out, std::string_view text) {
+    constexpr std::size_t kColumns = 66;
+    for (const std::string& line : Wrapped(text, kColumns)) out << Roff(line) << '\n';
+}
+
 void Entry(std::ostream& out, std::string_view name, std::string_view text) {
-    out << ".TP\n.B " << Roff(name) << '\n' << Roff(text) << '\n';
+    out << ".TP\n.B " << Roff(name) << '\n';
+    Text(out, text);
 }
 
 void PrintManualOf(std::ostream& out, const Command& command) {
-    out << ".SS " << Roff(command.name) << '\n' << Roff(command.help) << '\n';
+    out << ".SS " << Roff(command.name) << '\n';
+    Text(out, command.help);
     out << ".P\n.B " << Roff(Usage(command)) << '\n';
     for (const std::string& paragraph : Paragraphs(command)) {
-        out << ".P\n" << Roff(paragraph) << '\n';
+        out << ".P\n";
+        Text(out, paragraph);
     }
     for (const PatternPart& part : ParsePattern(command.pattern)) {
         if (part.IsOption()) Entry(out, PartText(part), ExplanationOf(command, part.name));
@@ -48,16 +58,17 @@ void PrintManualOf(std::ostream& out, const Command& command) {
 }
 
 void Head(std::ostream& out) {
-    out << ".TH TAVOLIN 1 \"\" \"tavolin " TAVOLIN_VERSION
+    out << ".TH TAVOLIN 1 2026-11-23 \"tavolin " TAVOLIN_VERSION
            "\" \"User commands\"\n"
            ".SH NAME\ntavolin \\- work on a Tavolin database file\n"
            ".SH SYNOPSIS\n.B tavolin\n[\\fIOPTIONS\\fR] \\fIFILE\\fR [\\fICOMMAND WORDS\\fR...]\n"
            ".br\n.B tavolin check\n\\fIFILE\\fR\n"
            ".br\n.B tavolin salvage\n\\fIFILE NEW\\fR [\\-\\-replace] [\\-\\-take\\-ownership]\n"
            ".SH DESCRIPTION\n"
-           "Runs one command on a database file and saves what it changed. Without a command, "
-           "commands are read from the input: on a terminal with a prompt, editing, history and "
-           "completion, else a line after another until one fails.\n.P\n"
+           "Runs one command on a database file and saves what it changed.\n"
+           "Without a command, commands are read from the input: on a terminal\n"
+           "with a prompt, editing, history and completion, else a line after\n"
+           "another until one fails.\n.P\n"
            ".B check\nsays whether a file is damaged, and where;\n.B salvage\n"
            "makes a new database of what can still be read of a damaged one.\n"
            ".SH OPTIONS\n";
