@@ -1,15 +1,18 @@
 // The order of records, and publishing the database.
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <optional>
 
 #include "cli/commands.h"
 #include "cli/counted_files.h"
+#include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
 #include "cli/paths.h"
 #include "cli/progress.h"
 #include "cli/terminal.h"
+#include "cli/waiting.h"
 #include "tavolin/base/text.h"
 #include "tavolin/export/mdb/writer.h"
 #include "tavolin/persist/file_system.h"
@@ -40,21 +43,6 @@ Target TargetOf(const std::optional<std::string>& given, const std::string& othe
         throw CommandFailure("the folder " + TextOf(target.folder) + " is not there");
     }
     return target;
-}
-
-// Runs the export with a progress bar. Ctrl-C ends it.
-template <class Export>
-void WithProgress(const std::string& left_behind, Export&& run) {
-    const InterruptCatcher catcher;
-    ForgetInterrupt();
-    CountedFiles files;
-    try {
-        const ScopedFileSystem scope(files);
-        run();
-    } catch (const Error&) {
-        if (!files.interrupted()) throw;
-        throw Cancelled(left_behind);
-    }
 }
 
 std::string NotComplete(const Target& target) { return target.Path() + " is not complete"; }
@@ -95,6 +83,14 @@ std::string Quoted(const std::string& text) {
     return quoted + "'";
 }
 
+// A table's name without what no file's name can hold.
+std::string FileNameOf(std::string name) {
+    for (char& c : name) {
+        if (static_cast<unsigned char>(c) < 0x20 || std::strchr("/\\:*?\"<>|", c)) c = '_';
+    }
+    return name;
+}
+
 // Everything of the file is there before any of an old one is gone.
 void WriteWhole(const Target& target, const CVLTable& table) {
     const auto rows = static_cast<std::uint64_t>(table.Count());
@@ -116,14 +112,29 @@ void WriteWhole(const Target& target, const CVLTable& table) {
     }
 }
 
+// A session goes on after Ctrl-C with the order that the records had; one command on its own is
+// ended by it.
+void SortOrNot(Host& host, CVLTable& table, int field) {
+    const Waiting waiting("sorting " + Printable(table.Key()));
+    const auto records = table.CVLRecordSet();
+    const auto before = host.in_session() ? records->ObjectState() : std::vector<std::uint8_t>();
+    if (!Interrupted()) table.Sort(field);
+    if (!host.in_session() || !Interrupted()) return;
+    records->ObjectState(before);
+    throw Cancelled("the order is what it was");
+}
+
 }  // namespace
 
 void ExportCsvCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);
     const auto given = words.Find("FILE.csv");
     const InterruptCatcher catcher;
-    if (given == "-") return WriteWhole({}, *table);
-    const Target target = TargetOf(given, table->Key() + ".csv");
+    if (given == "-") {
+        host.BeginAnswers();
+        return WriteWhole({}, *table);
+    }
+    const Target target = TargetOf(given, FileNameOf(table->Key()) + ".csv");
     if (fs::exists(PathOf(target.Path()))) {
         host.Confirm(words, "Write over " + target.Path() + "?", false);
     }
@@ -137,7 +148,7 @@ void SortCommand(Host& host, const Arguments& words) {
     const int field = FieldNumber(*table, words["FIELD"]);
     const auto records = Counted(static_cast<std::size_t>(table->Count()), "record");
     host.Confirm(words, "Give up the order that the " + records + " of " + table->Key() + " have?");
-    table->Sort(field);
+    SortOrNot(host, *table, field);
     host.Changed();
     host.Note(records + " sorted by " + FieldTitle(*table, field));
 }
@@ -151,7 +162,7 @@ void ExportTextCommand(Host& host, const Arguments& words) {
     if (fs::exists(PathOf(target.Path()))) {
         host.Confirm(words, "Write over " + target.Path() + "?", false);
     }
-    WithProgress(NotComplete(target),
+    WritingFiles(NotComplete(target),
                  [&] { engine.MakeItText(TextOf(target.folder), WithoutExtension(target, kEnd)); });
     host.Note("exported to " + target.Path());
 }
@@ -166,7 +177,7 @@ void ExportHtmlCommand(Host& host, const Arguments& words) {
     if (fs::exists(folder) && !fs::is_empty(folder)) {
         host.Confirm(words, "Write over the site in " + target.Path() + "?", false);
     }
-    WithProgress(NotComplete(target),
+    WritingFiles(NotComplete(target),
                  [&] { engine.MakeItHTML(TextOf(target.folder), target.name); });
     host.Note("exported to " + target.Path());
     host.Note("to see it, run `python3 -m http.server --bind 127.0.0.1 --directory " +
@@ -186,7 +197,7 @@ void ExportMdbCommand(Host& host, const Arguments& words) {
     }
     if (engine.CVLTableSet()->Count() == 0) throw CommandFailure("there are no tables to export");
     const auto export_to = [&](const Target& file) {
-        WithProgress("nothing was written",
+        WritingFiles("nothing was written",
                      [&] { engine.MakeItMDB(TextOf(file.folder), WithoutExtension(file, kEnd)); });
     };
     if (words.Has("--replace") && fs::exists(PathOf(target.Path()))) {

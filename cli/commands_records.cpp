@@ -3,9 +3,11 @@
 #include <iostream>
 
 #include "cli/commands.h"
+#include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
 #include "cli/terminal.h"
+#include "cli/waiting.h"
 #include "tavolin/base/text.h"
 
 namespace tavolin::cli {
@@ -170,7 +172,11 @@ void FindCommand(Host& host, const Arguments& words) {
     bool found = false;
     auto search = [&](const CVLTable& table) {
         const int field = field_name ? FieldNumber(table, *field_name) : kNoField;
-        const auto matches = table.Find(words["TEXT"], words.Has("--key"), field);
+        const auto matches = [&] {
+            const Waiting waiting("searching " + Printable(table.Key()));
+            return table.Find(words["TEXT"], words.Has("--key"), field);
+        }();
+        if (Interrupted()) throw Cancelled();
         if (!matches || matches->Count() == 0) return;
         found = true;
         PrintMatches(host, table, *matches, !only);
@@ -192,7 +198,7 @@ void ListCommand(Host& host, const Arguments& words) {
     const std::vector<int> fields = FieldsOf(*table);
     Results results = host.Answer(FieldTitles(*table));
     for (std::int32_t i = 0; i < count; ++i) {
-        if (Interrupted()) throw Cancelled();
+        if (Interrupted()) throw Cancelled("the rest is not shown");
         results.Add(Values(*records->Item(from + i), fields));
         if (!results.wanted()) break;
     }

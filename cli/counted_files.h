@@ -3,8 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
+#include "cli/failure.h"
 #include "cli/progress.h"
+#include "cli/terminal.h"
 #include "tavolin/persist/file_system.h"
 
 namespace tavolin::cli {
@@ -44,5 +47,20 @@ class CountedFiles final : public FileSystem {
     std::uint64_t written_ = 0;
     bool interrupted_ = false;
 };
+
+// Calls `run`, which writes files; Ctrl-C ends it, and raises Cancelled with what is to be said
+// about what was written until then.
+template <class Run>
+void WritingFiles(const std::string& left_behind, Run&& run) {
+    const InterruptCatcher catcher;
+    CountedFiles files;
+    try {
+        const ScopedFileSystem scope(files);
+        run();
+    } catch (const Error&) {
+        if (!files.interrupted()) throw;
+        throw Cancelled(left_behind);
+    }
+}
 
 }  // namespace tavolin::cli

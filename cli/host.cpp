@@ -4,12 +4,14 @@
 #include <iostream>
 #include <utility>
 
+#include "cli/counted_files.h"
 #include "cli/display_text.h"
 #include "cli/environment.h"
 #include "cli/failure.h"
 #include "cli/paths.h"
 #include "cli/registry_warning.h"
 #include "cli/terminal.h"
+#include "cli/waiting.h"
 #include "tavolin/base/text.h"
 #include "tavolin/persist/paths.h"
 
@@ -69,7 +71,10 @@ void Host::LogOn() {
 
 void Host::Load() {
     if (loaded_) return;
-    engine_.LoadDB(LibraryPath(Path()));
+    {
+        const Waiting waiting("loading " + Printable(SplitPath(LibraryPath(Path())).name));
+        engine_.LoadDB(LibraryPath(Path()));
+    }
     loaded_ = true;
     if (!options_.password && InputIsTerminal() && PasswordNeeded()) {
         AskPassword("Password of " + options_.user + ": ");
@@ -148,7 +153,7 @@ void Host::WriteFile(const std::string& path, bool replace, Write&& write) {
         ~Insisting() { engine.KeepChangesOfOthers(true); }
         CVLDBEngine& engine;
     } const insisting(engine_, replace);
-    WarnOfRegistry(engine_, std::forward<Write>(write));
+    WritingFiles("the file is as it was", [&] { WarnOfRegistry(engine_, write); });
     Saved();
     NoteStream() << std::exchange(held_notes_, {});
 }

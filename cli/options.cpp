@@ -18,7 +18,8 @@ const std::string kFooter =
     "`tavolin check FILE` says whether a database file is damaged, and where; `tavolin salvage\n"
     "FILE NEW` makes a new database of what can still be read of one. For a database that is\n"
     "named so itself write ./check.\n"
-    "Without COMMAND, commands are read from the input: `tavolin FILE help` lists them.\n"
+    "Without COMMAND, commands are read from the input. `tavolin help` lists the commands,\n"
+    "`tavolin help COMMAND` explains one; for a database of that name write ./help.\n"
     "The password is that of --password-file or TAVOLIN_PASSWORD; on a terminal it is asked\n"
     "for when it is needed.\n"
     "The registry of owners stands in the folder TAVOLIN_FOLDER, else beside the program, or in\n" +
@@ -78,7 +79,8 @@ std::optional<HostOptions> ParseOptions(std::vector<std::string> words) {
     if (!options.words.empty() && options.words[0].starts_with('-')) {
         throw UsageError("there is no option " + options.words[0]);
     }
-    if (options.file.empty()) throw UsageError("FILE is missing; try --help");
+    if (options.file.empty())
+        throw UsageError("FILE is missing; try `tavolin --help` or `tavolin help`");
     if (IsTool(options.file)) options.tool = std::exchange(options.file, {});
     options.user = UserName(options.user);
     options.password = Password(password_file);

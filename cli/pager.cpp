@@ -54,6 +54,7 @@ class PagedOutput::Buffer final : public std::streambuf {
             terminal_.pubsync();
         } else {
             ::pclose(pager_);
+            ForgetInterrupt();  // which was the pager's
         }
     }
 

@@ -84,11 +84,14 @@ void RunWords(Host& host, std::span<const std::string> words) {
     const Command& command = CommandOf(host, words);
     const Arguments arguments = ArgumentsOf(command, words);
     const BusyScope busy;
-    host.Prepare(command.need);
     AnswerScope answers(host, arguments);
+    host.Prepare(command.need);
     if (command.name == "set") answers.KeepSettings();
     command.run(host, arguments);
     if (!host.in_session() && host.unsaved()) host.Save();
+    if (!Interrupted()) return;
+    if (command.need <= Need::kRead) throw Cancelled("the rest is not shown");
+    std::cerr << command.name << " could not be stopped any more: it is done\n";
 }
 
 int RunOneCommand(Host& host) {

@@ -27,8 +27,7 @@ class ShellSession {
           }) {}
 
     int Run() {
-        std::optional<InterruptCatcher> catcher;
-        if (on_terminal_) catcher.emplace();
+        const InterruptCatcher catcher;
         Start();
         do {
             RunCommands();
@@ -40,11 +39,20 @@ class ShellSession {
     void RunCommands() {
         while (status_ == kSuccess || GoesOn()) {
             const auto words = ReadCommand();
+            if (EndedByInterrupt()) break;
             if (!words || (!words->empty() && IsQuit(*words) && MayLeave(*words))) break;
             if (words->empty() || IsQuit(*words)) continue;
             Try([&] { RunWords(host_, *words); });
             std::cout.flush();
+            if (EndedByInterrupt()) break;
         }
+    }
+
+    // Commands that do not come from somebody at a terminal end as a single one does.
+    bool EndedByInterrupt() {
+        if (on_terminal_ || !Interrupted()) return false;
+        status_ = kInterruptedStatus;
+        return true;
     }
 
     bool GoesOn() const { return on_terminal_ || host_.options().keep_going; }
@@ -59,7 +67,11 @@ class ShellSession {
     }
 
     void Start() {
-        const int status = ReportFailures([&] { host_.PrepareSession(); });
+        const int status = ReportFailures([&] {
+            const InterruptCatcher catcher(
+                InterruptCatcher::At::kOnce);  // there is nothing to lose
+            host_.PrepareSession();
+        });
         refused_ = status != kSuccess;
         status_ = status;
         if (refused_ || !on_terminal_ || host_.output().quiet) return;

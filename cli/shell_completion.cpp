@@ -83,7 +83,7 @@ Words ProgramCompletions(const Words& before, const std::string& word) {
         return candidates;
     }
     candidates = FileNames(word, FilesOf::kAnyKind, ".cdb");
-    for (const char* tool : {"check", "salvage"}) candidates.emplace_back(tool);
+    for (const char* tool : {"check", "help", "salvage"}) candidates.emplace_back(tool);
     return candidates;
 }
 
@@ -122,7 +122,9 @@ void PrintCompletions(std::string_view line) {
     Words before(split.words.begin() + 1, split.words.end());
     const std::size_t file = FileAmong(before);
     Words candidates;
-    if (file == 0) {
+    if (!before.empty() && before[0] == "help") {
+        candidates = Completions(before, word, {});
+    } else if (file == 0) {
         candidates = ProgramCompletions(before, word);
         std::erase_if(candidates, [&](const auto& each) { return !each.starts_with(word); });
     } else if (IsTool(before[file - 1])) {

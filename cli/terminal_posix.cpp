@@ -79,6 +79,8 @@ static void HandleInterrupt(int) {
 InterruptCatcher::InterruptCatcher(At at) : was_at_once_(EndsAtOnce(at == At::kOnce)) {
     struct sigaction previous {};
     Handle(HandleInterrupt, &previous);
+    // Whoever runs it beside others wants it to go on.
+    if (previous.sa_handler == SIG_IGN) Handle(SIG_IGN, nullptr);
     previous_ = previous.sa_handler;
 }
 

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "cli/display_text.h"
+#include "cli/terminal.h"
 
 namespace tavolin::cli {
 namespace {
@@ -88,7 +89,7 @@ void TextTable::Print(std::ostream& out, const Layout& layout) const {
         for (const std::size_t column : widths) line.emplace_back(column, '-');
         PrintLine(out, line, widths);
     }
-    for (std::size_t r = 1; r < rows_.size() && out; ++r) {
+    for (std::size_t r = 1; r < rows_.size() && out && !Interrupted(); ++r) {
         PrintRow(out, rows_[r], widths, layout.fit);
     }
 }

@@ -5,11 +5,13 @@
 
 #include "cli/arguments.h"
 #include "cli/commands.h"
+#include "cli/counted_files.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/paths.h"
 #include "cli/results.h"
 #include "cli/terminal.h"
+#include "cli/waiting.h"
 #include "tavolin/persist/database_file.h"
 #include "tavolin/persist/paths.h"
 #include "tavolin/salvage/salvage.h"
@@ -82,8 +84,13 @@ Arguments Words(HostOptions& options, const std::string& pattern) {
     }
 }
 
+SalvagedFile ReadFile(const std::string& path) {
+    const Waiting waiting("reading " + Printable(path));
+    return SalvagedFile(LibraryPath(path));
+}
+
 int CheckFile(HostOptions& options, const std::string& path) {
-    const SalvagedFile file(LibraryPath(path));
+    const SalvagedFile file = ReadFile(path);
     AskReadable(file, path);
     const bool database = file.kind() == SalvagedFile::Kind::kDatabase;
     if (database && AccessOf(file, options) == SalvagedFile::Access::kRefused) {
@@ -115,7 +122,7 @@ int Salvage(HostOptions& options) {
         throw CommandFailure(target + " is there already; --replace writes over it");
     };
     ask_free();
-    SalvagedFile file(LibraryPath(path));
+    SalvagedFile file = ReadFile(path);
     AskReadable(file, path);
     if (file.kind() == SalvagedFile::Kind::kRegistry) {
         throw CommandFailure(path +
@@ -135,7 +142,8 @@ int Salvage(HostOptions& options) {
         owner = {options.user, options.password.value_or("")};
     }
     const ByteBuffer state = file.State(owner);
-    WriteDatabaseFile(LibraryPath(target), state.bytes(), true, ask_free);
+    WritingFiles("nothing was written",
+                 [&] { WriteDatabaseFile(LibraryPath(target), state.bytes(), true, ask_free); });
     Show(options, file.findings());
     if (!options.output.quiet) {
         std::cout << "written to " << Printable(target) << ": " << Contents(file) << '\n';
@@ -148,10 +156,12 @@ int Salvage(HostOptions& options) {
 bool IsTool(std::string_view word) { return word == "check" || word == "salvage"; }
 
 int RunTool(const HostOptions& given) {
+    const InterruptCatcher catcher(InterruptCatcher::At::kOnce);
     HostOptions options = given;
     int status = kNotRead;
     const int failure = ReportFailures(
         [&] { status = options.tool == "check" ? Check(options) : Salvage(options); });
+    if (failure == kInterruptedStatus) return failure;
     return failure != kSuccess ? kNotRead : status;
 }
 

@@ -1,10 +1,14 @@
 // A session at a terminal, what a system's shell completes, and the help.
 #include <sstream>
 
+#include "cli/csv_reader.h"
 #include "cli/help.h"
 #include "tests/cli/terminal.h"
 
 #ifndef _WIN32
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 
 namespace tavolin::cli {
 namespace {
@@ -33,6 +37,98 @@ TEST_F(HostTest, ASessionCompletesRemembersAndPages) {
     Terminal terminal(folder, {"shop"}, true);
     terminal.Answer("> ", "\x1B[A\x1B[A\x1B[A\n");
     terminal.Answer("Table Many Not Found!", "");
+}
+
+// A file that gives some rows and then neither more nor its end.
+class StuckFile {
+  public:
+    explicit StuckFile(const fs::path& path) {
+        EXPECT_EQ(0, ::mkfifo(path.c_str(), 0600));
+        file_ = ::open(path.c_str(), O_RDWR);
+        const std::string rows = "ID,City\n90,Oslo\n91,Bonn\n";
+        EXPECT_GT(::write(file_, rows.data(), rows.size()), 0);
+    }
+    ~StuckFile() { ::close(file_); }
+    void WaitUntilRead() const {
+        for (int left = 1; left > 0; ::usleep(1000)) ASSERT_EQ(0, ::ioctl(file_, FIONREAD, &left));
+    }
+
+  private:
+    int file_;
+};
+
+TEST_F(HostTest, CtrlCTakesACommandBack) {
+    if (ProgramIsForeign()) GTEST_SKIP() << "the terminal is this machine's";
+    MakeShop();
+    const std::string shop = Read("shop.cdb");
+    for (const bool twice : {false, true}) {
+        for (const bool session : {true, false}) {
+            fs::remove(Path("stuck.csv"));
+            auto stuck = std::make_unique<StuckFile>(Path("stuck.csv"));
+            std::vector<const char*> words = {"shop", "import", "People", "stuck.csv"};
+            if (session) words.resize(1);
+            Terminal terminal(Path(""), words, true);
+            if (session) terminal.Answer("> ", "import People stuck.csv\n");
+            stuck->WaitUntilRead();
+            terminal.Answer("", "\x03");
+            terminal.Answer("^C", twice ? "\x03" : "");
+            if (!twice) {
+                stuck.reset();
+                terminal.Answer("nothing was imported", "");
+                if (session) {
+                    terminal.Answer("> ", "count People\n");
+                    terminal.Answer("2 records", "");
+                    terminal.Answer("> ", "add People 9\nsave\nquit\n");
+                }
+            }
+            EXPECT_EQ(session && !twice ? 0 : 130, terminal.Status());
+            if (session && !twice) {
+                EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n9,,\n", Csv("People"));
+                Write("shop.cdb", shop);
+            }
+            EXPECT_EQ(shop, Read("shop.cdb"));
+        }
+    }
+}
+
+TEST_F(HostTest, ATableComesBackFromItsCsvFile) {
+    ASSERT_EQ(0, Run("shop create").status);
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    const std::vector<std::string> pieces = {
+        "",   ",", "\"",     "\r\n", "\n",  "\r", " ",   "007", "é",    "日本", "'",
+        "\t", "#", "\uFEFF", "-1",   "1e5", "=1", "\\n", "x",   "\x1B", "😀",    "NULL"};
+    const auto text = [&] {
+        std::string value;
+        for (auto left = random() % 4; left > 0; --left) value += pieces[random() % pieces.size()];
+        return value;
+    };
+    std::vector<std::vector<std::string>> rows = {{"\uFEFFa,\"b\"", " key\n", "c"}};
+    for (int i = 0; i < 300; ++i) rows.push_back({text(), std::to_string(i) + text(), text()});
+    std::string csv = "\uFEFF";
+    for (const auto& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            csv += i > 0 ? ",\"" : "\"";
+            for (const char c : row[i]) csv += c == '"' ? std::string("\"\"") : std::string(1, c);
+            csv += '"';
+        }
+        csv += "\r\n";
+    }
+    Write("in.csv", csv);
+    ASSERT_EQ(0, Run("shop import T in.csv --key $' \"key\\n\"'").status) << seed;
+    ASSERT_EQ(0, Run("shop export csv T out.csv").status);
+    const std::string exported = Read("out.csv");
+    CsvReader reader(TextSource(exported));
+    for (const auto& row : rows) {
+        ASSERT_TRUE(reader.Next());
+        EXPECT_EQ(row, std::vector<std::string>(reader.fields().begin(), reader.fields().end()))
+            << seed;
+    }
+    EXPECT_FALSE(reader.Next());
+    ASSERT_EQ(0, Run("shop import U out.csv --key $' \"key\\n\"'").status) << seed;
+    EXPECT_EQ(exported, Run("shop export csv U -").out) << seed;
+    EXPECT_EQ(1, Run("shop export csv T out.csv").status) << "it is there";
+    EXPECT_EQ(exported, Run("--format csv shop list T").out) << seed;
 }
 
 TEST_F(HostTest, TheSystemsShellGetsWhatMayComeNext) {
