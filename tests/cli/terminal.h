@@ -7,6 +7,9 @@
 #include <poll.h>
 #include <pty.h>
 
+#include <csignal>
+#include <vector>
+
 namespace tavolin::cli {
 
 // The program at work on a terminal of the test's.
@@ -30,8 +33,8 @@ class Terminal {
         ::_exit(127);
     }
     ~Terminal() {
+        if (process_ > 0) Status();
         ::close(terminal_);
-        if (process_ > 0) ::waitpid(process_, nullptr, 0);
     }
 
     // Types a line once the program has asked for it.
@@ -46,8 +49,10 @@ class Terminal {
         while (Read()) continue;
         return shown_;
     }
+    // One that does not end by itself is killed.
     int Status() {
-        All();
+        while (Read()) continue;
+        if (!ended_) ::kill(process_, SIGKILL);
         int status = 0;
         ::waitpid(process_, &status, 0);
         process_ = -1;
@@ -62,11 +67,13 @@ class Terminal {
         if (::poll(&ready, 1, 10'000) <= 0) return false;
         const ssize_t count = ::read(terminal_, bytes, sizeof bytes);
         if (count > 0) shown_.append(bytes, static_cast<std::size_t>(count));
+        ended_ = count <= 0;
         return count > 0;
     }
 
     int terminal_ = -1;
     pid_t process_ = -1;
+    bool ended_ = false;
     std::string shown_;
     std::size_t seen_ = 0;
 };
