@@ -99,9 +99,9 @@ void PrintOverview(std::ostream& out) {
         }
         PrintEntry(out, subject.name, names, 0, 13);
     }
-    out << "\n`help COMMAND` explains a command, `help SUBJECT` a line above,\n"
-           "`help all` tells of each in a line. Words are split at blanks; quotes and \\ keep\n"
-           "them together. A line that begins with # is passed over; a word -- ends options.\n";
+    out << "\n`help COMMAND` explains a command, `help SUBJECT` those of a line above,\n"
+           "`help all` every one. Words are split at blanks; quotes and \\ keep them together.\n"
+           "A line that begins with # is passed over; a word -- ends options.\n";
 }
 
 void PrintSubject(std::ostream& out, const Subject& subject) {
