@@ -1,4 +1,4 @@
-// The machine's files, with a look at what is written to them: it moves a progress bar, and Ctrl-C
+// The files in use, with a look at what is written to them: it moves a progress bar, and Ctrl-C
 // ends it.
 #pragma once
 
@@ -42,7 +42,7 @@ class CountedFiles final : public FileSystem {
 
     void Count(std::size_t bytes);
 
-    FileSystem& real_ = MachineFileSystem();
+    FileSystem& real_ = FileSystem::Current();
     Progress progress_;
     std::uint64_t written_ = 0;
     bool interrupted_ = false;
