@@ -42,8 +42,7 @@ std::vector<PatternPart> ParsePattern(std::string_view pattern) {
     return parts;
 }
 
-Arguments::Arguments(std::string_view pattern, std::span<const std::string> words) {
-    const std::vector<PatternPart> parts = ParsePattern(pattern);
+Arguments::Arguments(const std::vector<PatternPart>& parts, std::span<const std::string> words) {
     while (!words.empty()) {
         if (words[0] == "--") {
             positionals_.insert(positionals_.end(), words.begin() + 1, words.end());

@@ -37,7 +37,9 @@ class Arguments {
   public:
     // Words that begin with "--" are options until a word "--"; a single "-" begins a value like
     // any other. Words that do not fit the pattern raise UsageError.
-    Arguments(std::string_view pattern, std::span<const std::string> words);
+    Arguments(std::string_view pattern, std::span<const std::string> words)
+        : Arguments(ParsePattern(pattern), words) {}
+    Arguments(const std::vector<PatternPart>& parts, std::span<const std::string> words);
 
     bool Has(std::string_view name) const { return values_.find(name) != values_.end(); }
     // A word or value that is there.

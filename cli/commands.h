@@ -1,6 +1,9 @@
 // The functions behind the commands, by subject.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "cli/arguments.h"
 #include "cli/host.h"
 
@@ -9,6 +12,8 @@ namespace tavolin::cli {
 // The database as a whole.
 void CreateCommand(Host& host, const Arguments& words);
 void InfoCommand(Host& host, const Arguments& words);
+void StatsCommand(Host& host, const Arguments& words);
+void CheckCommand(Host& host, const Arguments& words);
 void SaveCommand(Host& host, const Arguments& words);
 void DeleteDatabaseCommand(Host& host, const Arguments& words);
 void PasswordCommand(Host& host, const Arguments& words);
@@ -41,6 +46,7 @@ void ImportCommand(Host& host, const Arguments& words);
 
 // Order and publishing.
 void SortCommand(Host& host, const Arguments& words);
+void ExportCsvCommand(Host& host, const Arguments& words);
 void ExportTextCommand(Host& host, const Arguments& words);
 void ExportHtmlCommand(Host& host, const Arguments& words);
 void ExportMdbCommand(Host& host, const Arguments& words);
@@ -65,6 +71,7 @@ void NoteSetCommand(Host& host, const Arguments& words);
 void NoteRemoveCommand(Host& host, const Arguments& words);
 
 // The log.
+std::vector<std::string> ActivityNames();  // and "all"
 void LogCommand(Host& host, const Arguments& words);
 void LogOnCommand(Host& host, const Arguments& words);
 void LogOffCommand(Host& host, const Arguments& words);
@@ -73,6 +80,7 @@ void LogFileCommand(Host& host, const Arguments& words);
 
 // The host itself. QuitCommand is the shell's to obey.
 void HelpCommand(Host& host, const Arguments& words);
+void SetCommand(Host& host, const Arguments& words);
 void QuitCommand(Host& host, const Arguments& words);
 
 }  // namespace tavolin::cli

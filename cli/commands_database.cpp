@@ -54,18 +54,16 @@ void InfoCommand(Host& host, const Arguments&) {
     CVLDBEngine& engine = host.engine();
     std::int64_t records = 0;
     for (const auto& table : engine.CVLTableSet()->NewEnum()) records += table->Count();
-    Results results = host.Answer({"Property", "Value"}, Host::Fit::kWhole);
-    results.Add({"file", host.Path()});
-    results.Add({"owner", engine.DBOwner()});
-    results.Add({"created", GeneralDate(engine.DBCreationDate())});
-    results.Add({"tables", std::to_string(engine.CVLTableSet()->Count())});
-    results.Add({"records", std::to_string(records)});
-    results.Add({"users", std::to_string(engine.CVLDBUserSet()->Count())});
-    results.Add({"you", engine.LogedOnUser()->UserName()});
-    results.Add({"your rights", RightsOf(engine)});
-    results.Add({"transaction", engine.TransactionStarted() ? "open" : "none"});
-    results.Add({"unsaved changes", host.unsaved() ? "yes" : "no"});
-    results.Finish();
+    host.AnswerOne({{"file", host.Path()},
+                    {"owner", engine.DBOwner()},
+                    {"created", GeneralDate(engine.DBCreationDate())},
+                    {"tables", std::to_string(engine.CVLTableSet()->Count())},
+                    {"records", std::to_string(records)},
+                    {"users", std::to_string(engine.CVLDBUserSet()->Count())},
+                    {"you", engine.LogedOnUser()->UserName()},
+                    {"your rights", RightsOf(engine)},
+                    {"transaction", engine.TransactionStarted() ? "open" : "none"},
+                    {"unsaved changes", host.unsaved() ? "yes" : "no"}});
 }
 
 void SaveCommand(Host& host, const Arguments& words) {
@@ -93,7 +91,7 @@ void PasswordCommand(Host& host, const Arguments& words) {
 
 void OwnerCommand(Host& host, const Arguments& words) {
     CVLDBEngine& engine = host.engine();
-    const std::string& name = words["NAME"];
+    const std::string& name = words["USER"];
     const bool asked =
         !engine.UserExists(name) || words.Has("--password-file") || words.Has("--no-password");
     host.Confirm(words, "Hand the database to " + name + "?");

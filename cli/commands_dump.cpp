@@ -74,7 +74,7 @@ void RestoreCommand(Host& host, const Arguments& words) {
     try {
         DumpReader(source, restored, [&](const LineReader& lines) {
             progress.Show(lines.bytes_read(), static_cast<std::uint64_t>(restored.records()));
-            if (Interrupted()) throw CommandFailure("interrupted; nothing was restored");
+            if (Interrupted()) throw Cancelled("nothing was restored");
         }).Read();
         progress.Clear();
         restored.Save();

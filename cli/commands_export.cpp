@@ -1,13 +1,18 @@
 // The order of records, and publishing the database.
+#include <cstring>
 #include <filesystem>
+#include <iostream>
 #include <optional>
 
 #include "cli/commands.h"
 #include "cli/counted_files.h"
+#include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
 #include "cli/paths.h"
+#include "cli/progress.h"
 #include "cli/terminal.h"
+#include "cli/waiting.h"
 #include "tavolin/base/text.h"
 #include "tavolin/export/mdb/writer.h"
 #include "tavolin/persist/file_system.h"
@@ -38,21 +43,6 @@ Target TargetOf(const std::optional<std::string>& given, const std::string& othe
         throw CommandFailure("the folder " + TextOf(target.folder) + " is not there");
     }
     return target;
-}
-
-// Runs the export with a progress bar. Ctrl-C ends it.
-template <class Export>
-void WithProgress(const std::string& left_behind, Export&& run) {
-    const InterruptCatcher catcher;
-    ForgetInterrupt();
-    CountedFiles files;
-    try {
-        const ScopedFileSystem scope(files);
-        run();
-    } catch (const Error&) {
-        if (!files.interrupted()) throw;
-        throw CommandFailure("interrupted; " + left_behind);
-    }
 }
 
 std::string NotComplete(const Target& target) { return target.Path() + " is not complete"; }
@@ -93,14 +83,72 @@ std::string Quoted(const std::string& text) {
     return quoted + "'";
 }
 
+// A table's name without what no file's name can hold.
+std::string FileNameOf(std::string name) {
+    for (char& c : name) {
+        if (static_cast<unsigned char>(c) < 0x20 || std::strchr("/\\:*?\"<>|", c)) c = '_';
+    }
+    return name;
+}
+
+// Everything of the file is there before any of an old one is gone.
+void WriteWhole(const Target& target, const CVLTable& table) {
+    const auto rows = static_cast<std::uint64_t>(table.Count());
+    Progress progress(rows, "records");
+    std::string text = CsvLine(FieldTitles(table));
+    const std::vector<int> fields = FieldsOf(table);
+    std::uint64_t done = 0;
+    for (const auto& record : table.CVLRecordSet()->NewEnum()) {
+        if (Interrupted()) throw Cancelled("nothing was written");
+        text += CsvLine(Values(*record, fields));
+        ++done;
+        progress.Show(done, done);
+    }
+    if (target.name.empty()) {
+        std::cout << text;
+    } else {
+        const ByteView bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+        FileSystem::Current().Replace(LibraryPath(target.Path()), std::span(&bytes, 1));
+    }
+}
+
+// A session goes on after Ctrl-C with the order that the records had; one command on its own is
+// ended by it.
+void SortOrNot(Host& host, CVLTable& table, int field) {
+    const Waiting waiting("sorting " + Printable(table.Key()));
+    const auto records = table.CVLRecordSet();
+    const auto before = host.in_session() ? records->ObjectState() : std::vector<std::uint8_t>();
+    if (!Interrupted()) table.Sort(field);
+    if (!host.in_session() || !Interrupted()) return;
+    records->ObjectState(before);
+    throw Cancelled("the order is what it was");
+}
+
 }  // namespace
+
+void ExportCsvCommand(Host& host, const Arguments& words) {
+    const auto table = host.Table(words["TABLE"]);
+    const auto given = words.Find("FILE.csv");
+    const InterruptCatcher catcher;
+    if (given == "-") {
+        host.BeginAnswers();
+        return WriteWhole({}, *table);
+    }
+    const Target target = TargetOf(given, FileNameOf(table->Key()) + ".csv");
+    if (fs::exists(PathOf(target.Path()))) {
+        host.Confirm(words, "Write over " + target.Path() + "?", false);
+    }
+    WriteWhole(target, *table);
+    host.Note(Counted(static_cast<std::size_t>(table->Count()), "record") + " exported to " +
+              target.Path());
+}
 
 void SortCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);
     const int field = FieldNumber(*table, words["FIELD"]);
     const auto records = Counted(static_cast<std::size_t>(table->Count()), "record");
     host.Confirm(words, "Give up the order that the " + records + " of " + table->Key() + " have?");
-    table->Sort(field);
+    SortOrNot(host, *table, field);
     host.Changed();
     host.Note(records + " sorted by " + FieldTitle(*table, field));
 }
@@ -114,7 +162,7 @@ void ExportTextCommand(Host& host, const Arguments& words) {
     if (fs::exists(PathOf(target.Path()))) {
         host.Confirm(words, "Write over " + target.Path() + "?", false);
     }
-    WithProgress(NotComplete(target),
+    WritingFiles(NotComplete(target),
                  [&] { engine.MakeItText(TextOf(target.folder), WithoutExtension(target, kEnd)); });
     host.Note("exported to " + target.Path());
 }
@@ -129,7 +177,7 @@ void ExportHtmlCommand(Host& host, const Arguments& words) {
     if (fs::exists(folder) && !fs::is_empty(folder)) {
         host.Confirm(words, "Write over the site in " + target.Path() + "?", false);
     }
-    WithProgress(NotComplete(target),
+    WritingFiles(NotComplete(target),
                  [&] { engine.MakeItHTML(TextOf(target.folder), target.name); });
     host.Note("exported to " + target.Path());
     host.Note("to see it, run `python3 -m http.server --bind 127.0.0.1 --directory " +
@@ -149,7 +197,7 @@ void ExportMdbCommand(Host& host, const Arguments& words) {
     }
     if (engine.CVLTableSet()->Count() == 0) throw CommandFailure("there are no tables to export");
     const auto export_to = [&](const Target& file) {
-        WithProgress("nothing was written",
+        WritingFiles("nothing was written",
                      [&] { engine.MakeItMDB(TextOf(file.folder), WithoutExtension(file, kEnd)); });
     };
     if (words.Has("--replace") && fs::exists(PathOf(target.Path()))) {

@@ -126,7 +126,7 @@ class Import {
             } else {
                 AddRow();
             }
-            if (Interrupted()) throw CommandFailure("interrupted; nothing was imported");
+            if (Interrupted()) throw Cancelled("nothing was imported");
             if ((added_ + skipped_) % kRowsBetweenLooks == 0) {
                 progress_.Show(reader_.bytes_read(), added_);
             }

@@ -31,6 +31,12 @@ void SwitchAll(Host& host, const Arguments& words, bool on) {
 
 }  // namespace
 
+std::vector<std::string> ActivityNames() {
+    std::vector<std::string> names = {"all"};
+    for (const LogActivity& activity : LogActivities()) names.emplace_back(activity.name);
+    return names;
+}
+
 void LogCommand(Host& host, const Arguments&) {
     const LogType log = host.engine().LoggedActivities();
     Results results = host.Answer({"Activity", "Logged"});

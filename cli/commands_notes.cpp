@@ -35,7 +35,8 @@ Date FreeDate(const CVLUserNoteSet& notes) {
 }  // namespace
 
 void NotesCommand(Host& host, const Arguments& words) {
-    Results results = host.Answer({"Date", "Number", "Note"});
+    Results results = host.Answer({"Date", "Number", "Note"}, TextTable::Fit::kWrap);
+    results.Numbers({1});
     for (const auto& note : NotesOf(host, words.Get("USER", host.user()))->NewEnum()) {
         results.Add({note->dateKey, std::to_string(note->nKey), note->Note()});
     }

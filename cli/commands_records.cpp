@@ -3,9 +3,11 @@
 #include <iostream>
 
 #include "cli/commands.h"
+#include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
 #include "cli/terminal.h"
+#include "cli/waiting.h"
 #include "tavolin/base/text.h"
 
 namespace tavolin::cli {
@@ -95,11 +97,19 @@ attachmentEnum KindNamed(std::string_view name) {
 }
 
 void PrintMatches(Host& host, const CVLTable& table, const CVLTable& matches, bool with_name) {
-    if (with_name && host.options().format == Format::kTable) host.Note(table.Key());
     const std::vector<int> fields = FieldsOf(table);
-    Results results = host.Answer(FieldTitles(table));
+    std::vector<std::string> titles = FieldTitles(table);
+    host.BeginAnswers();
+    if (with_name && host.in_table()) host.Note(table.Key());
+    // A program must see which table a row is of; of CSV each table has its own header.
+    const bool with_column = with_name && !host.in_table() && host.output().format != Format::kCsv;
+    if (with_column) titles.insert(titles.begin(), "Table");
+    Results results = host.Answer(titles);
     for (const auto& record : matches.CVLRecordSet()->NewEnum()) {
-        results.Add(Values(*record, fields));
+        std::vector<std::string> values = Values(*record, fields);
+        if (with_column) values.insert(values.begin(), table.Key());
+        results.Add(values);
+        if (!results.wanted()) break;
     }
     results.Finish("record");
 }
@@ -144,20 +154,15 @@ void DeleteCommand(Host& host, const Arguments& words) {
 void GetCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);
     const auto record = FindRecord(host, words);
-    std::vector<std::string> titles = FieldTitles(*table);
-    std::vector<std::string> values = Values(*record, FieldsOf(*table));
+    Properties properties;
+    for (const int field : FieldsOf(*table)) {
+        properties.emplace_back(FieldTitle(*table, field), record->prop(field));
+    }
     for (const auto& attachment : record->CVLAttachmentSet()->NewEnum()) {
-        titles.push_back(std::string("attached ") + KindName(attachment->SpecificType()));
-        values.push_back(attachment->attachmentPathName());
+        properties.emplace_back(std::string("attached ") + KindName(attachment->SpecificType()),
+                                attachment->attachmentPathName());
     }
-    if (host.options().format != Format::kTable) {
-        Results results = host.Answer(titles, Host::Fit::kWhole);
-        results.Add(values);
-        return results.Finish();
-    }
-    Results results = host.Answer({"Field", "Value"}, Host::Fit::kWhole);
-    for (std::size_t i = 0; i < titles.size(); ++i) results.Add({titles[i], values[i]});
-    results.Finish();
+    host.AnswerOne(properties, "Field");
 }
 
 void FindCommand(Host& host, const Arguments& words) {
@@ -167,7 +172,11 @@ void FindCommand(Host& host, const Arguments& words) {
     bool found = false;
     auto search = [&](const CVLTable& table) {
         const int field = field_name ? FieldNumber(table, *field_name) : kNoField;
-        const auto matches = table.Find(words["TEXT"], words.Has("--key"), field);
+        const auto matches = [&] {
+            const Waiting waiting("searching " + Printable(table.Key()));
+            return table.Find(words["TEXT"], words.Has("--key"), field);
+        }();
+        if (Interrupted()) throw Cancelled();
         if (!matches || matches->Count() == 0) return;
         found = true;
         PrintMatches(host, table, *matches, !only);
@@ -189,15 +198,21 @@ void ListCommand(Host& host, const Arguments& words) {
     const std::vector<int> fields = FieldsOf(*table);
     Results results = host.Answer(FieldTitles(*table));
     for (std::int32_t i = 0; i < count; ++i) {
-        if (Interrupted()) throw CommandFailure("interrupted");
+        if (Interrupted()) throw Cancelled("the rest is not shown");
         results.Add(Values(*records->Item(from + i), fields));
+        if (!results.wanted()) break;
     }
     results.Finish("record");
 }
 
 void CountCommand(Host& host, const Arguments& words) {
     const auto count = static_cast<std::size_t>(host.Table(words["TABLE"])->Count());
-    const bool in_words = host.options().format == Format::kTable && !host.options().quiet;
+    if (host.output().format == Format::kJson) {
+        Results results = host.Answer({"Records"});
+        results.Numbers({0}).Add({std::to_string(count)});
+        return results.Finish();
+    }
+    const bool in_words = host.in_table() && !host.output().quiet;
     std::cout << (in_words ? Counted(count, "record") : std::to_string(count)) << '\n';
 }
 

@@ -4,6 +4,7 @@
 #include "cli/commands.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
+#include "cli/waiting.h"
 #include "cli/words.h"
 #include "tavolin/base/text.h"
 
@@ -47,6 +48,7 @@ std::vector<std::string> FieldNames(const Arguments& words) {
 
 void TablesCommand(Host& host, const Arguments&) {
     Results results = host.Answer({"Table", "Records", "Key", "Linked from"});
+    results.Numbers({1});
     for (const auto& table : host.engine().CVLTableSet()->NewEnum()) {
         results.Add(
             {table->Key(), std::to_string(table->Count()), KeyText(*table), ReferrersText(*table)});
@@ -57,12 +59,13 @@ void TablesCommand(Host& host, const Arguments&) {
 void TableCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);
     Results results = host.Answer({"Number", "Field", "Label", "Key", "Links to"});
+    results.Numbers({0});
     for (const int field : FieldsOf(*table)) {
         results.Add({std::to_string(field), table->FieldName(field), table->FieldLabel(field),
                      table->PrimaryKey().Holds(field) ? "yes" : "", table->LinkedTable(field)});
     }
     results.Finish("field");
-    if (host.options().format != Format::kTable) return;
+    if (!host.in_table()) return;
     host.Note(Counted(static_cast<std::size_t>(table->Count()), "record"));
     if (table->IsReferenced()) host.Note("linked from " + ReferrersText(*table));
 }
@@ -82,6 +85,7 @@ void MakeLinkedCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);
     const int field = FieldNumber(*table, words["FIELD"]);
     host.Changed();  // a link that fails leaves the table
+    const Waiting waiting("linking");
     const auto made = host.engine().CreateNewLinkedTable(words["TABLE"], field, names);
     host.Note("table " + made->Key() + " made and linked");
 }
@@ -92,7 +96,10 @@ void LinkCommand(Host& host, const Arguments& words) {
     const int field = FieldNumber(*table, words["FIELD"]);
     const auto before = target->Count();
     host.Changed();  // a failure in the middle leaves what was done so far
-    host.engine().LinkTables(table, field, target);
+    {
+        const Waiting waiting("linking");
+        host.engine().LinkTables(table, field, target);
+    }
     host.Note("linked; " + Counted(static_cast<std::size_t>(target->Count() - before), "record") +
               " added to " + target->Key());
 }
@@ -110,7 +117,10 @@ void DropTableCommand(Host& host, const Arguments& words) {
     const auto before = host.engine().CVLTableSet()->Count();
     host.Confirm(words, "Delete the table " + name + " with " + records + "?");
     host.Changed();
-    host.engine().DeleteTable(name, !words.Has("--no-cascade"));
+    {
+        const Waiting waiting("deleting");
+        host.engine().DeleteTable(name, !words.Has("--no-cascade"));
+    }
     const auto gone = before - host.engine().CVLTableSet()->Count();
     host.Note(Counted(static_cast<std::size_t>(gone), "table") + " deleted");
 }

@@ -41,7 +41,7 @@ void SetPassword(CVLDBUser& user, const std::string& password) {
 }  // namespace
 
 void OwnersCommand(Host& host, const Arguments& words) {
-    const auto owner = words.Find("NAME");
+    const auto owner = words.Find("USER");
     auto names = owner ? host.engine().GetArrayOwnedDBs(*owner) : host.engine().GetArrayOwners();
     names.pop_back();  // the empty one at the end
     Results results = host.Answer({owner ? "Database" : "Owner"});
@@ -59,16 +59,14 @@ void UsersCommand(Host& host, const Arguments&) {
 }
 
 void UserCommand(Host& host, const Arguments& words) {
-    const auto user = host.engine().CVLDBUserSet()->Item(words["NAME"]);
-    Results results = host.Answer({"Property", "Value"}, Host::Fit::kWhole);
-    results.Add({"name", user->UserName()});
-    results.Add({"full name", user->UserFullName()});
-    results.Add({"description", user->UserDescription()});
-    results.Add({"read", YesNo(user->CanRead())});
-    results.Add({"write", YesNo(user->CanReadWrite())});
-    results.Add({"delete", YesNo(user->CanDelete())});
-    results.Add({"disabled", YesNo(user->UserDisabled())});
-    results.Finish();
+    const auto user = host.engine().CVLDBUserSet()->Item(words["USER"]);
+    host.AnswerOne({{"name", user->UserName()},
+                    {"full name", user->UserFullName()},
+                    {"description", user->UserDescription()},
+                    {"read", YesNo(user->CanRead())},
+                    {"write", YesNo(user->CanReadWrite())},
+                    {"delete", YesNo(user->CanDelete())},
+                    {"disabled", YesNo(user->UserDisabled())}});
 }
 
 void AddUserCommand(Host& host, const Arguments& words) {
@@ -85,7 +83,7 @@ void AddUserCommand(Host& host, const Arguments& words) {
 void SetUserCommand(Host& host, const Arguments& words) {
     if (ChangesNothing(words)) throw UsageError("there is nothing to change");
     if (const auto name = words.Find("--name")) CheckName(*name);
-    const auto user = host.engine().CVLDBUserSet()->Item(words["NAME"]);
+    const auto user = host.engine().CVLDBUserSet()->Item(words["USER"]);
     const bool oneself = EqualFold(user->UserName(), host.user());
     std::optional<std::string> password;
     if (AsksForPassword(words)) password = host.NewPassword(words, "of " + user->UserName());
@@ -106,7 +104,7 @@ void SetUserCommand(Host& host, const Arguments& words) {
 }
 
 void RemoveUserCommand(Host& host, const Arguments& words) {
-    const std::string& name = words["NAME"];
+    const std::string& name = words["USER"];
     const auto users = host.engine().CVLDBUserSet();
     const std::string removed = users->Item(name)->UserName();
     if (EqualFold(removed, host.engine().DBOwner())) {

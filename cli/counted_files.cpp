@@ -1,5 +1,7 @@
 #include "cli/counted_files.h"
 
+#include <algorithm>
+
 #include "cli/failure.h"
 #include "cli/terminal.h"
 
@@ -15,10 +17,12 @@ class CountedFiles::CountedFile final : public File {
         return real_->ReadAt(offset, target);
     }
     std::size_t Write(ByteView bytes) override {
+        bytes = bytes.first(std::min(bytes.size(), kAtOnce));
         files_.Count(bytes.size());
         return real_->Write(bytes);
     }
     std::size_t WriteAt(std::uint64_t offset, ByteView bytes) override {
+        bytes = bytes.first(std::min(bytes.size(), kAtOnce));
         files_.Count(bytes.size());
         return real_->WriteAt(offset, bytes);
     }
@@ -26,6 +30,9 @@ class CountedFiles::CountedFile final : public File {
     void Close() override { real_->Close(); }
 
   private:
+    // Small enough for a look at Ctrl-C now and then.
+    static constexpr std::size_t kAtOnce = 4'000'000;
+
     CountedFiles& files_;
     std::unique_ptr<File> real_;
 };

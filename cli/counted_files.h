@@ -1,10 +1,13 @@
-// The machine's files, with a look at what is written to them: it moves a progress bar, and Ctrl-C
+// The files in use, with a look at what is written to them: it moves a progress bar, and Ctrl-C
 // ends it.
 #pragma once
 
 #include <cstdint>
+#include <string>
 
+#include "cli/failure.h"
 #include "cli/progress.h"
+#include "cli/terminal.h"
 #include "tavolin/persist/file_system.h"
 
 namespace tavolin::cli {
@@ -39,10 +42,25 @@ class CountedFiles final : public FileSystem {
 
     void Count(std::size_t bytes);
 
-    FileSystem& real_ = MachineFileSystem();
+    FileSystem& real_ = FileSystem::Current();
     Progress progress_;
     std::uint64_t written_ = 0;
     bool interrupted_ = false;
 };
+
+// Calls `run`, which writes files; Ctrl-C ends it, and raises Cancelled with what is to be said
+// about what was written until then.
+template <class Run>
+void WritingFiles(const std::string& left_behind, Run&& run) {
+    const InterruptCatcher catcher;
+    CountedFiles files;
+    try {
+        const ScopedFileSystem scope(files);
+        run();
+    } catch (const Error&) {
+        if (!files.interrupted()) throw;
+        throw Cancelled(left_behind);
+    }
+}
 
 }  // namespace tavolin::cli

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tavolin::cli {
 
@@ -21,6 +22,9 @@ std::string Printable(std::string_view text);
 
 // The text, shortened to `width` columns with "…" at its end if it is wider.
 std::string Shortened(std::string_view text, std::size_t width);
+
+// The text in lines of up to `width` columns, cut at blanks where there are some; never none.
+std::vector<std::string> Wrapped(std::string_view text, std::size_t width);
 
 // True for well-formed UTF-8, in which surrogates have no place. Otherwise `bad` is the offset of
 // the first byte that is wrong.

@@ -47,6 +47,9 @@ int ReportCurrentFailure(std::string_view place) {
     } catch (const UsageError& error) {
         std::cerr << "error: " << Indented(error.what(), "    ") << '\n';
         return kUsage;
+    } catch (const Cancelled& error) {
+        std::cerr << Indented(error.what(), "    ") << '\n';
+        return kInterruptedStatus;
     } catch (const Error& error) {
         PrintError(std::cerr, error);
     } catch (const std::exception& error) {

@@ -13,6 +13,7 @@ namespace tavolin::cli {
 inline constexpr int kSuccess = 0;
 inline constexpr int kFailure = 1;
 inline constexpr int kUsage = 2;
+inline constexpr int kInterruptedStatus = 130;
 
 // The words cannot be understood: an unknown command or option, a word too many or too few.
 class UsageError : public std::runtime_error {
@@ -24,6 +25,13 @@ class UsageError : public std::runtime_error {
 class CommandFailure : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
+};
+
+// The user pressed Ctrl-C, and everything is as it was before.
+class Cancelled : public std::runtime_error {
+  public:
+    explicit Cancelled(const std::string& what = "nothing was changed")
+        : std::runtime_error("interrupted; " + what) {}
 };
 
 // Prints

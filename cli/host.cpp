@@ -4,12 +4,14 @@
 #include <iostream>
 #include <utility>
 
+#include "cli/counted_files.h"
 #include "cli/display_text.h"
 #include "cli/environment.h"
 #include "cli/failure.h"
 #include "cli/paths.h"
 #include "cli/registry_warning.h"
 #include "cli/terminal.h"
+#include "cli/waiting.h"
 #include "tavolin/base/text.h"
 #include "tavolin/persist/paths.h"
 
@@ -69,18 +71,31 @@ void Host::LogOn() {
 
 void Host::Load() {
     if (loaded_) return;
-    engine_.LoadDB(LibraryPath(Path()));
+    {
+        const Waiting waiting("loading " + Printable(SplitPath(LibraryPath(Path())).name));
+        engine_.LoadDB(LibraryPath(Path()));
+    }
     loaded_ = true;
     if (!options_.password && InputIsTerminal() && PasswordNeeded()) {
         AskPassword("Password of " + options_.user + ": ");
     }
 }
 
+bool Host::LoadWithoutAsking() {
+    if (!std::filesystem::exists(PathOf(Path()))) return false;
+    if (!options_.password) options_.password = "";
+    LogOn();
+    engine_.LoadDB(LibraryPath(Path()));
+    loaded_ = !PasswordNeeded();
+    return loaded_;
+}
+
 // Without a record of a refusal in the database's log, which trying would leave.
 bool Host::PasswordNeeded() {
     const auto users = engine_.CVLDBUserSet();
-    if (users->CanAdd(options_.user)) return !engine_.PasswordCorrect("");
-    return !users->Item(options_.user)->PasswordCorrect("");
+    const std::string known = options_.password.value_or("");
+    if (users->CanAdd(options_.user)) return !engine_.PasswordCorrect(known);
+    return !users->Item(options_.user)->PasswordCorrect(known);
 }
 
 void Host::AskPassword(const std::string& prompt) {
@@ -138,9 +153,9 @@ void Host::WriteFile(const std::string& path, bool replace, Write&& write) {
         ~Insisting() { engine.KeepChangesOfOthers(true); }
         CVLDBEngine& engine;
     } const insisting(engine_, replace);
-    WarnOfRegistry(engine_, std::forward<Write>(write));
+    WritingFiles("the file is as it was", [&] { WarnOfRegistry(engine_, write); });
     Saved();
-    std::cout << std::exchange(held_notes_, {});
+    NoteStream() << std::exchange(held_notes_, {});
 }
 
 void Host::Save(const std::string& folder, const std::string& name, bool compact, bool replace) {
@@ -170,19 +185,34 @@ void Host::Abort() {
 
 std::shared_ptr<CVLTable> Host::Table(const std::string& name) { return engine_.GetTable(name); }
 
-Results Host::Answer(std::vector<std::string> headers, Fit fit) {
-    const std::size_t width = fit == Fit::kTerminal ? TerminalWidth() : 0;
-    return Results(std::cout, {options_.format, options_.header, !options_.quiet, width},
-                   std::move(headers));
+ResultStyle Host::Style(TextTable::Fit fit) const {
+    const Output& output = options_.output;
+    return {output.format, output.header, !output.quiet, TerminalWidth(), fit};
 }
 
+Results Host::Answer(std::vector<std::string> headers, TextTable::Fit fit) {
+    BeginAnswers();
+    return Results(std::cout, Style(fit), std::move(headers));
+}
+
+void Host::AnswerOne(const Properties& properties, std::string_view title) {
+    BeginAnswers();
+    PrintProperties(std::cout, Style(TextTable::Fit::kWrap), properties, title);
+}
+
+void Host::BeginAnswers() {
+    if (!pager_ && options_.output.pager) pager_ = std::make_unique<PagedOutput>();
+}
+
+std::ostream& Host::NoteStream() const { return in_table() ? std::cout : std::cerr; }
+
 void Host::Note(std::string_view text) {
-    if (options_.quiet) return;
+    if (options_.output.quiet) return;
     const std::string line = Printable(text) + '\n';
     if (!in_session() && unsaved_) {
         held_notes_ += line;
     } else {
-        std::cout << line;
+        NoteStream() << line;
     }
 }
 

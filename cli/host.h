@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "cli/arguments.h"
+#include "cli/output.h"
+#include "cli/pager.h"
 #include "cli/results.h"
 #include "tavolin/engine/engine.h"
 
@@ -30,9 +32,7 @@ struct HostOptions {
     std::string tool;  // "check" or "salvage", which work on a file that cannot be loaded
     std::string user;
     std::optional<std::string> password;  // nothing: ask for it on a terminal when it is needed
-    Format format = Format::kTable;
-    bool header = true;
-    bool quiet = false;
+    Output output;
     bool keep_going = false;
     std::vector<std::string> words;  // of the one command; none for a session
 };
@@ -42,6 +42,9 @@ class Host {
     explicit Host(HostOptions options);
 
     const HostOptions& options() const { return options_; }
+    // How answers are shown, of which a command may have its own.
+    Output& output() { return options_.output; }
+    bool in_table() const { return options_.output.format == Format::kTable; }
     bool in_session() const { return options_.words.empty(); }
     CVLDBEngine& engine() { return engine_; }
 
@@ -51,6 +54,8 @@ class Host {
     // Prepare with no right asked for, if the file is there; for the beginning of a session.
     void PrepareSession();
     bool loaded() const { return loaded_; }
+    // Loads the database if nobody has to be asked for anything, and says whether it did.
+    bool LoadWithoutAsking();
 
     // Goes on as the same user after his name or password was changed.
     void ActAs(const std::string& user, const std::string& password);
@@ -80,12 +85,17 @@ class Host {
     void Commit(bool replace);
     void Abort();
 
-    // Tables and answers.
     std::shared_ptr<CVLTable> Table(const std::string& name);
-    enum class Fit { kTerminal, kWhole };  // whether long values are shortened on a terminal
-    Results Answer(std::vector<std::string> headers, Fit fit = Fit::kTerminal);
-    // A remark on success, on a line of its own; not shown when the user wants quiet. When a single
-    // command has changes to save, it waits until they are saved.
+
+    // Answers. On a terminal, values that are too long are cut or wrapped, and what is longer than
+    // the screen goes to the pager until EndAnswers().
+    Results Answer(std::vector<std::string> headers, TextTable::Fit fit = TextTable::Fit::kCut);
+    void AnswerOne(const Properties& properties, std::string_view title = "Property");
+    void BeginAnswers();
+    void EndAnswers() { pager_.reset(); }
+    // A remark on success, on a line of its own; not shown when the user wants quiet, and on the
+    // error stream where answers are for programs. When a single command has changes to save, it
+    // waits until they are saved.
     void Note(std::string_view text);
 
     // Asks before what cannot be taken back. Goes on with --yes, with a yes on a terminal, and in a
@@ -104,6 +114,8 @@ class Host {
     void WriteFile(const std::string& path, bool replace, Write&& write);
     bool PasswordNeeded();
     void AskPassword(const std::string& prompt);
+    ResultStyle Style(TextTable::Fit fit) const;
+    std::ostream& NoteStream() const;
 
     HostOptions options_;
     CVLDBEngine engine_;
@@ -111,6 +123,7 @@ class Host {
     bool loaded_ = false;
     bool unsaved_ = false;
     std::string held_notes_;
+    std::unique_ptr<PagedOutput> pager_;
 
     struct Before {
         bool unsaved = false;

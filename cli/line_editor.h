@@ -5,15 +5,16 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "cli/completion.h"
+#include "cli/history.h"
 
 namespace tavolin::cli {
 
 class LineEditor {
   public:
-    // The words that may stand where `word` begins, after `before` on the same line.
-    using Completer =
-        std::function<std::vector<std::string>(std::string_view before, std::string_view word)>;
+    // What may stand at the end of a line.
+    using Completer = std::function<LineCompletion(std::string_view line)>;
 
     // One editor at a time.
     LineEditor(bool on_terminal, Completer completer);
@@ -26,7 +27,11 @@ class LineEditor {
     std::optional<std::string> Read(const std::string& prompt);
 
   private:
+    void Remember(const std::string& line);
+
     bool on_terminal_;
+    bool edits_;  // not where the output goes elsewhere: editing would write to it
+    History history_;
 };
 
 }  // namespace tavolin::cli

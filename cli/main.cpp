@@ -1,11 +1,16 @@
 #include <iostream>
 #include <optional>
+#include <string>
+#include <vector>
 
+#include "cli/completion.h"
 #include "cli/data_folder.h"
 #include "cli/environment.h"
 #include "cli/failure.h"
+#include "cli/help.h"
 #include "cli/host.h"
 #include "cli/options.h"
+#include "cli/run_command.h"
 #include "cli/shell.h"
 #include "cli/terminal.h"
 #include "cli/tools.h"
@@ -15,7 +20,20 @@ int main(int argc, char** argv) {
     const Utf8Streams streams;
     int status = kSuccess;
     const int failure = ReportFailures([&] {
-        const std::optional<HostOptions> options = ParseOptions(ProgramWords(argc, argv));
+        const std::vector<std::string> words = ProgramWords(argc, argv);
+        if (words.size() == 3 && words[0] == "complete" && words[1] == "--") {
+            ChooseDataFolder();
+            return PrintCompletions(words[2]);
+        }
+        if (words == std::vector<std::string>{"help", "--man"}) return PrintManual(std::cout);
+        if (!words.empty() && words[0] == "help") {
+            HostOptions help;
+            help.words = words;
+            Host host(help);
+            status = RunOneCommand(host);
+            return;
+        }
+        const std::optional<HostOptions> options = ParseOptions(words);
         if (!options) return;
         ChooseDataFolder();
         if (!options->tool.empty()) {

@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
-#include <map>
 #include <utility>
 
 #include "cli/data_folder.h"
@@ -19,16 +18,14 @@ const std::string kFooter =
     "`tavolin check FILE` says whether a database file is damaged, and where; `tavolin salvage\n"
     "FILE NEW` makes a new database of what can still be read of one. For a database that is\n"
     "named so itself write ./check.\n"
-    "Without COMMAND, commands are read from the input: `tavolin FILE help` lists them.\n"
+    "Without COMMAND, commands are read from the input. `tavolin help` lists the commands,\n"
+    "`tavolin help COMMAND` explains one; for a database of that name write ./help.\n"
     "The password is that of --password-file or TAVOLIN_PASSWORD; on a terminal it is asked\n"
     "for when it is needed.\n"
     "The registry of owners stands in the folder TAVOLIN_FOLDER, else beside the program, or in\n" +
     std::string(kUsersFolder) +
     " when you may not write there.\n"
     "Exit status: 0, 1 for a refused or failed command, 2 for words that make no sense.";
-
-const std::map<std::string, Format> kFormats = {
-    {"table", Format::kTable}, {"csv", Format::kCsv}, {"lines", Format::kLines}};
 
 std::string UserName(const std::string& given) {
     if (!given.empty()) return given;
@@ -50,6 +47,7 @@ std::optional<HostOptions> ParseOptions(std::vector<std::string> words) {
     std::string password_file;
     std::string format = "table";
     bool no_header = false;
+    bool no_pager = false;
     CLI::App app("Work on a Tavolin database file: tavolin [OPTIONS] FILE [COMMAND WORDS...]",
                  "tavolin");
     app.footer(kFooter);
@@ -58,9 +56,12 @@ std::optional<HostOptions> ParseOptions(std::vector<std::string> words) {
     app.add_option("--user", options.user,
                    "Who you are; else TAVOLIN_USER, else the system's name");
     app.add_option("--password-file", password_file, "A file whose first line is your password");
-    app.add_option("--format", format, "How results are shown")->check(CLI::IsMember(kFormats));
+    app.add_option("--format", format, "How results are shown: table, csv, json or lines")
+        ->check(CLI::IsMember(SettingValues("format")));
     app.add_flag("--no-header", no_header, "No headers in results");
-    app.add_flag("-q,--quiet", options.quiet, "Nothing but results and errors");
+    app.add_flag("--no-pager", no_pager, "Results longer than the screen are not paged");
+    app.add_flag("--timing", options.output.timing, "Show how long each command took");
+    app.add_flag("-q,--quiet", options.output.quiet, "Nothing but results and errors");
     app.add_flag("--keep-going", options.keep_going, "Go on after a failed command of a pipe");
     app.prefix_command();  // the command's own words are not looked at here
     try {
@@ -78,12 +79,14 @@ std::optional<HostOptions> ParseOptions(std::vector<std::string> words) {
     if (!options.words.empty() && options.words[0].starts_with('-')) {
         throw UsageError("there is no option " + options.words[0]);
     }
-    if (options.file.empty()) throw UsageError("FILE is missing; try --help");
+    if (options.file.empty())
+        throw UsageError("FILE is missing; try `tavolin --help` or `tavolin help`");
     if (IsTool(options.file)) options.tool = std::exchange(options.file, {});
     options.user = UserName(options.user);
     options.password = Password(password_file);
-    options.format = kFormats.at(format);
-    options.header = !no_header;
+    ChangeSetting(options.output, "format", format);
+    options.output.header = !no_header;
+    options.output.pager = !no_pager;
     return options;
 }
 

@@ -15,7 +15,8 @@ class Progress {
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    // Redraws the bar, ten times a second at most. `count` stands beside it.
+    // Redraws the bar, ten times a second at most and not before it has taken a moment. `count`
+    // stands beside it.
     void Show(std::uint64_t done, std::uint64_t count);
     // Takes the bar away.
     void Clear();
@@ -27,7 +28,7 @@ class Progress {
     std::size_t drawn_ = 0;  // columns
     std::uint64_t total_;
     const char* unit_;
-    Clock::time_point next_ = Clock::now();
+    Clock::time_point next_ = Clock::now() + std::chrono::milliseconds(500);
 };
 
 }  // namespace tavolin::cli

@@ -1,22 +1,16 @@
-// Runs commands on a host: one of them, or a session's.
+// A session: commands from a terminal or from elsewhere, one after another.
 #pragma once
-
-#include <span>
-#include <string>
 
 #include "cli/host.h"
 
 namespace tavolin::cli {
 
-// Runs the command of the host's options, saves what it changed, and returns the exit status.
-int RunOneCommand(Host& host);
-
 // Reads and runs commands until the end of input or `quit` and returns the exit status. On a
 // terminal a failure is shown and the session goes on. From elsewhere the first failing command
 // ends it with that command's status; with keep_going it goes on and the highest status is
 // returned. Changes that are not saved at the end are asked about on a terminal. Elsewhere, or when
-// the terminal gives no answer, they are lost, which is a failure unless `quit --discard` or `quit!`
-// says that it is meant.
+// the terminal gives no answer, they are lost, which is a failure unless `quit --discard` or
+// `quit!` says that it is meant.
 int RunSession(Host& host);
 
 }  // namespace tavolin::cli

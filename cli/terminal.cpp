@@ -10,12 +10,25 @@ namespace {
 
 // Set by a signal's handler, or on a thread of the system's.
 std::atomic<bool> interrupted = false;
+std::atomic<bool> busy = false;
+std::atomic<bool> ends_at_once = false;
 static_assert(std::atomic<bool>::is_always_lock_free);
 
 }  // namespace
 
 bool Interrupted() { return interrupted; }
-void RememberInterrupt() { interrupted = true; }
+bool RememberInterrupt() {
+    const bool again = interrupted.exchange(true);
+    return ends_at_once || (again && busy);
+}
+bool EndsAtOnce(bool ends) { return ends_at_once.exchange(ends); }
+
+BusyScope::BusyScope() {
+    ForgetInterrupt();
+    busy = true;
+}
+BusyScope::~BusyScope() { busy = false; }
+
 void ForgetInterrupt() { interrupted = false; }
 
 std::optional<std::string> ReadSecret(const std::string& prompt) {

@@ -35,6 +35,8 @@ class Utf8Streams {
 
 // The columns of the terminal that output goes to; 0 when it goes elsewhere.
 std::size_t TerminalWidth();
+// Its lines, likewise.
+std::size_t TerminalHeight();
 
 // The next line without its line break; nothing at the end of input or after Ctrl-C. Input must be
 // a terminal. Without echo, what was typed before the prompt shows is dropped.
@@ -48,10 +50,26 @@ std::optional<std::string> ReadSecret(const std::string& prompt);
 enum class Answer { kYes, kNo, kInterrupted, kEndOfInput };
 Answer Ask(const std::string& question);
 
+#ifndef _WIN32
+// While one lives, writing to a pipe that nobody reads fails, and does not end the program.
+class QuietPipes {
+  public:
+    QuietPipes();
+    ~QuietPipes();
+    QuietPipes(const QuietPipes&) = delete;
+    QuietPipes& operator=(const QuietPipes&) = delete;
+
+  private:
+    void (*previous_)(int);
+};
+#endif
+
 // While one lives, Ctrl-C does not end the program but is remembered, and ends a wait for input.
 class InterruptCatcher {
   public:
-    InterruptCatcher();
+    // kOnce: the program has nothing to lose, and is ended by the first one with status 130.
+    enum class At { kLeisure, kOnce };
+    explicit InterruptCatcher(At at = At::kLeisure);
     ~InterruptCatcher();
     InterruptCatcher(const InterruptCatcher&) = delete;
     InterruptCatcher& operator=(const InterruptCatcher&) = delete;
@@ -59,9 +77,23 @@ class InterruptCatcher {
   private:
     using Handler = void (*)(int);
     Handler previous_ = nullptr;
+    bool was_at_once_ = false;
 };
 bool Interrupted();
-void RememberInterrupt();
 void ForgetInterrupt();
+
+// While one lives, a command runs, and a second Ctrl-C that was not asked for meanwhile ends the
+// program at once.
+class BusyScope {
+  public:
+    BusyScope();
+    ~BusyScope();
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+};
+
+// For the machine's part of the above: remembers a Ctrl-C, and says whether the program ends.
+bool RememberInterrupt();
+bool EndsAtOnce(bool ends);  // returns what was set before
 
 }  // namespace tavolin::cli

@@ -46,11 +46,17 @@ bool ErrorIsTerminal() { return isatty(STDERR_FILENO) != 0; }
 Utf8Streams::Utf8Streams() = default;
 Utf8Streams::~Utf8Streams() = default;
 
-std::size_t TerminalWidth() {
+static winsize TerminalSize() {
     winsize size{};
-    if (!OutputIsTerminal() || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
-    return size.ws_col;
+    if (!OutputIsTerminal() || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return {};
+    return size;
 }
+
+std::size_t TerminalWidth() { return TerminalSize().ws_col; }
+std::size_t TerminalHeight() { return TerminalSize().ws_row; }
+
+QuietPipes::QuietPipes() : previous_(std::signal(SIGPIPE, SIG_IGN)) {}
+QuietPipes::~QuietPipes() { std::signal(SIGPIPE, previous_); }
 
 std::optional<std::string> ReadTypedLine(const std::string& prompt, Echo echo) {
     std::optional<EchoOff> silence;
@@ -65,16 +71,23 @@ std::optional<std::string> ReadTypedLine(const std::string& prompt, Echo echo) {
 }
 
 extern "C" {
-static void HandleInterrupt(int) { RememberInterrupt(); }
+static void HandleInterrupt(int) {
+    if (RememberInterrupt()) _exit(130);
+}
 }
 
-InterruptCatcher::InterruptCatcher() {
+InterruptCatcher::InterruptCatcher(At at) : was_at_once_(EndsAtOnce(at == At::kOnce)) {
     struct sigaction previous {};
     Handle(HandleInterrupt, &previous);
+    // Whoever runs it beside others wants it to go on.
+    if (previous.sa_handler == SIG_IGN) Handle(SIG_IGN, nullptr);
     previous_ = previous.sa_handler;
 }
 
-InterruptCatcher::~InterruptCatcher() { Handle(previous_, nullptr); }
+InterruptCatcher::~InterruptCatcher() {
+    Handle(previous_, nullptr);
+    EndsAtOnce(was_at_once_);
+}
 
 }  // namespace tavolin::cli
 

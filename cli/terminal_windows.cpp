@@ -48,7 +48,7 @@ class LineMode {
 // The handler runs on a thread of its own.
 BOOL WINAPI HandleInterrupt(DWORD event) {
     if (event != CTRL_C_EVENT) return FALSE;
-    RememberInterrupt();
+    if (RememberInterrupt()) ::ExitProcess(130);
     return TRUE;
 }
 
@@ -122,6 +122,12 @@ std::size_t TerminalWidth() {
     return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left);
 }
 
+std::size_t TerminalHeight() {
+    CONSOLE_SCREEN_BUFFER_INFO info;
+    if (!::GetConsoleScreenBufferInfo(::GetStdHandle(STD_OUTPUT_HANDLE), &info)) return 0;
+    return static_cast<std::size_t>(info.srWindow.Bottom - info.srWindow.Top) + 1;
+}
+
 // Not by way of the C library, which gives nothing beyond ASCII of what is typed.
 std::optional<std::string> ReadTypedLine(const std::string& prompt, Echo echo) {
     const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
@@ -143,8 +149,14 @@ std::optional<std::string> ReadTypedLine(const std::string& prompt, Echo echo) {
     return FromUtf16(line);
 }
 
-InterruptCatcher::InterruptCatcher() { ::SetConsoleCtrlHandler(HandleInterrupt, TRUE); }
-InterruptCatcher::~InterruptCatcher() { ::SetConsoleCtrlHandler(HandleInterrupt, FALSE); }
+InterruptCatcher::InterruptCatcher(At at) : was_at_once_(EndsAtOnce(at == At::kOnce)) {
+    ::SetConsoleCtrlHandler(HandleInterrupt, TRUE);
+}
+
+InterruptCatcher::~InterruptCatcher() {
+    ::SetConsoleCtrlHandler(HandleInterrupt, FALSE);
+    EndsAtOnce(was_at_once_);
+}
 
 }  // namespace tavolin::cli
 

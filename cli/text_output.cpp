@@ -64,7 +64,7 @@ TextOutput::~TextOutput() {
 }
 
 void TextOutput::Write() {
-    if (Interrupted()) throw CommandFailure("interrupted; " + MachinePath(path_) + " is not made");
+    if (Interrupted()) throw Cancelled(MachinePath(path_) + " is not made");
     if (!file_) {
         if (!std::cout.write(text_.data(), static_cast<std::streamsize>(text_.size()))) {
             throw CommandFailure("the output cannot be written");

@@ -4,11 +4,14 @@
 #include <string>
 
 #include "cli/arguments.h"
+#include "cli/commands.h"
+#include "cli/counted_files.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/paths.h"
 #include "cli/results.h"
 #include "cli/terminal.h"
+#include "cli/waiting.h"
 #include "tavolin/persist/database_file.h"
 #include "tavolin/persist/paths.h"
 #include "tavolin/salvage/salvage.h"
@@ -32,7 +35,7 @@ const char* Word(Finding::Kind kind) {
 
 void Show(const HostOptions& options, const Findings& findings) {
     if (findings.empty()) return;
-    Results results(std::cout, {options.format, options.header, false, 0},
+    Results results(std::cout, {options.output.format, options.output.header, false, 0},
                     {"", "Byte", "Where", "What"});
     for (const Finding& finding : findings) {
         results.Add(
@@ -71,30 +74,40 @@ void AskReadable(const SalvagedFile& file, const std::string& path) {
     }
 }
 
-Arguments Words(const HostOptions& options, const std::string& pattern) {
+Arguments Words(HostOptions& options, const std::string& pattern) {
     try {
-        return Arguments(pattern, options.words);
+        Arguments words(pattern + " " + std::string(kOutputPattern), options.words);
+        options.output = OutputOf(options.output, words);
+        return words;
     } catch (const UsageError& error) {
         throw UsageError(error.what() + ("\nusage: " + options.tool) + " " + pattern);
     }
 }
 
-int Check(HostOptions& options) {
-    const Arguments words = Words(options, "FILE");
-    const std::string path = DatabasePath(words["FILE"]);
-    const SalvagedFile file(LibraryPath(path));
+SalvagedFile ReadFile(const std::string& path) {
+    const Waiting waiting("reading " + Printable(path));
+    return SalvagedFile(LibraryPath(path));
+}
+
+int CheckFile(HostOptions& options, const std::string& path) {
+    const SalvagedFile file = ReadFile(path);
     AskReadable(file, path);
     const bool database = file.kind() == SalvagedFile::Kind::kDatabase;
     if (database && AccessOf(file, options) == SalvagedFile::Access::kRefused) {
         RaiseRefused(options);
     }
     Show(options, file.findings());
-    if (!options.quiet) {
+    if (!options.output.quiet) {
         std::cout << Printable(path) << ": " << (file.whole() ? "whole" : "damaged")
                   << (database ? "; " + Contents(file) : std::string(", a registry of owners"))
                   << '\n';
     }
     return file.whole() ? kWhole : kDamaged;
+}
+
+int Check(HostOptions& options) {
+    const Arguments words = Words(options, "FILE");
+    return CheckFile(options, DatabasePath(words["FILE"]));
 }
 
 int Salvage(HostOptions& options) {
@@ -109,7 +122,7 @@ int Salvage(HostOptions& options) {
         throw CommandFailure(target + " is there already; --replace writes over it");
     };
     ask_free();
-    SalvagedFile file(LibraryPath(path));
+    SalvagedFile file = ReadFile(path);
     AskReadable(file, path);
     if (file.kind() == SalvagedFile::Kind::kRegistry) {
         throw CommandFailure(path +
@@ -129,9 +142,10 @@ int Salvage(HostOptions& options) {
         owner = {options.user, options.password.value_or("")};
     }
     const ByteBuffer state = file.State(owner);
-    WriteDatabaseFile(LibraryPath(target), state.bytes(), true, ask_free);
+    WritingFiles("nothing was written",
+                 [&] { WriteDatabaseFile(LibraryPath(target), state.bytes(), true, ask_free); });
     Show(options, file.findings());
-    if (!options.quiet) {
+    if (!options.output.quiet) {
         std::cout << "written to " << Printable(target) << ": " << Contents(file) << '\n';
     }
     return file.whole() ? kWhole : kDamaged;
@@ -142,11 +156,19 @@ int Salvage(HostOptions& options) {
 bool IsTool(std::string_view word) { return word == "check" || word == "salvage"; }
 
 int RunTool(const HostOptions& given) {
+    const InterruptCatcher catcher(InterruptCatcher::At::kOnce);
     HostOptions options = given;
     int status = kNotRead;
     const int failure = ReportFailures(
         [&] { status = options.tool == "check" ? Check(options) : Salvage(options); });
+    if (failure == kInterruptedStatus) return failure;
     return failure != kSuccess ? kNotRead : status;
+}
+
+// The file may have been replaced since: its users and passwords decide anew.
+void CheckCommand(Host& host, const Arguments&) {
+    HostOptions options = host.options();
+    if (CheckFile(options, host.Path()) != kWhole) throw CommandFailure("the file is damaged");
 }
 
 }  // namespace tavolin::cli

@@ -15,7 +15,11 @@ class Splitter {
     explicit Splitter(std::string_view line) : line_(line) {}
 
     WordSplit Split() {
-        while (SkipBlanks()) result_.words.push_back(Word());
+        while (SkipBlanks()) {
+            result_.begins.push_back(at_);
+            result_.words.push_back(Word());
+            result_.ended = !result_.open_quote && at_ < line_.size();
+        }
         return std::move(result_);
     }
 

@@ -11,7 +11,9 @@ namespace tavolin::cli {
 
 struct WordSplit {
     std::vector<std::string> words;
-    bool open_quote = false;  // the line ends inside a quotation
+    std::vector<std::size_t> begins;  // where they stand in the line
+    bool open_quote = false;          // the line ends inside a quotation
+    bool ended = true;                // the last one cannot go on: a blank stands behind it
 };
 
 // Words stand between blanks. Single quotes keep everything as it is; double quotes keep everything

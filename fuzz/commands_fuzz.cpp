@@ -8,10 +8,9 @@
 #include <iostream>
 #include <sstream>
 
-#include "cli/command.h"
+#include "cli/completion.h"
 #include "cli/failure.h"
 #include "cli/shell.h"
-#include "cli/words.h"
 #include "fuzz/walk.h"
 #include "tavolin/base/clock.h"
 
@@ -110,7 +109,7 @@ int RunCommands(const std::string& commands, cli::Format format, std::string& ou
     options.file = "shop";
     options.user = "ann";
     options.password = kPassword;
-    options.format = format;
+    options.output.format = format;
     options.keep_going = true;
     cli::Host host(options);
     const int status = cli::RunSession(host);
@@ -180,15 +179,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const auto& [name, bytes] : files) FileSystem::Current().Write(name, bytes);
 
     std::string output;
-    const int status = RunCommands(commands, static_cast<cli::Format>(data[0] % 3), output);
+    const int status = RunCommands(commands, static_cast<cli::Format>(data[0] % 4), output);
     Require(status >= cli::kSuccess && status <= cli::kUsage, "a session has an exit status");
     Require(output.find(kPassword) == std::string::npos, "no password is shown");
     LoadAgain();
     TheBox().Leave();
     TheBox().Empty();
 
-    const auto words = cli::SplitWords(commands).words;
-    const std::span<const std::string> before(words);
-    cli::Completions(before, words.empty() ? std::string_view() : words.back(), {"People"});
+    const cli::LineCompletion completion =
+        cli::CompleteLine(commands, {{{"People", {"ID", "Full name"}}}, {"ann"}});
+    Require(completion.begin <= commands.size(), "a word that is completed stands in the line");
     return 0;
 }

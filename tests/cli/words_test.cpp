@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/arguments.h"
-#include "cli/command.h"
+#include "cli/completion.h"
 #include "cli/failure.h"
 
 namespace tavolin::cli {
@@ -69,24 +69,48 @@ TEST(ArgumentsTest, RefusesWhatDoesNotFit) {
                  UsageError);
 }
 
-// The examples of the help must be commands that the program understands.
-TEST(CommandTest, EveryExampleFitsItsCommand) {
-    for (const Command& command : Commands()) {
-        const WordSplit split = SplitWords(command.example);
-        std::span<const std::string> words = split.words;
-        EXPECT_EQ(&command, TakeCommand(words)) << command.name;
-        EXPECT_NO_THROW(Arguments(command.pattern, words)) << command.example;
+TEST(CompletionTest, OffersWhatFitsThePlace) {
+    const Names names = {{{"Cities", {"City", "Country"}}, {"People", {"ID", "Full name"}}},
+                         {"ann", "bob"}};
+    const std::pair<const char*, Words> cases[] = {
+        {"", {}},  // all commands, see below
+        {"up", {"update"}},
+        {"export ", {"csv", "html", "mdb", "sql", "text"}},
+        {"note s", {"set"}},
+        {"log ", {"file", "off", "on", "report"}},
+        {"log on rec", {"record-add", "record-update", "record-delete"}},
+        {"list c", {"Cities"}},
+        {"list --from 2 ", {"Cities", "People"}},
+        {"list Cities --c", {"--count"}},
+        {"attach T 1 p --kind so", {"sound"}},
+        {"count Cities ", {"--format", "--no-header", "--no-pager", "--timing", "--quiet"}},
+        {"count Cities --format j", {"json"}},
+        {"find x --in People --field f", {"'Full name'"}},
+        {"label People 'Full n", {"'Full name'"}},
+        {"label People \"Full n", {"\"Full name\""}},
+        {"add People f", {"'Full name="}},
+        {"update cities 7 C", {"City=", "Country="}},
+        {"link People ID C", {"Cities"}},
+        {"set-user ", {"ann", "bob"}},
+        {"notes b", {"bob"}},
+        {"set for", {"format"}},
+        {"set format c", {"csv"}},
+        {"help exp", {"export"}},
+        {"help export h", {"html"}},
+        {"delete x y --",
+         {"--no-cascade", "--format", "--no-header", "--no-pager", "--timing", "--quiet"}},
+        {"list Cities -- -", {}},
+        {"nonsense ", {}},
+    };
+    for (const auto& [line, expected] : cases) {
+        const LineCompletion completion = CompleteLine(line, names);
+        if (*line == '\0') {
+            EXPECT_GT(completion.words.size(), 40u);
+        } else {
+            EXPECT_EQ(expected, completion.words) << line;
+        }
     }
-}
-
-TEST(CommandTest, Completes) {
-    EXPECT_EQ((Words{"update"}), Completions({}, "up", {}));
-    const Words attach = {"attach"};
-    EXPECT_EQ((Words{"--kind"}), Completions(attach, "--k", {}));
-    const Words kind = {"attach", "T", "1", "p", "--kind"};
-    EXPECT_EQ((Words{"sound"}), Completions(kind, "so", {}));
-    const Words list = {"list"};
-    EXPECT_EQ((Words{"Cities"}), Completions(list, "C", {"Cities", "People"}));
+    EXPECT_EQ(13u, CompleteLine("label People 'Full n", names).begin);
 }
 
 }  // namespace

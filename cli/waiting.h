@@ -1,0 +1,33 @@
+// Shows on a terminal that something takes its time: "sorting, 3 s", from the first second on.
+//
+//     const Waiting waiting("sorting");
+//     table->Sort(field);
+//
+// Nothing else may be written to the error stream meanwhile.
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace tavolin::cli {
+
+class Waiting {
+  public:
+    explicit Waiting(std::string what);
+    ~Waiting();
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+
+  private:
+    void ShowUntilOver();
+
+    std::string what_;
+    std::mutex mutex_;
+    std::condition_variable over_changed_;
+    bool over_ = false;
+    std::thread thread_;  // none without a terminal
+};
+
+}  // namespace tavolin::cli
