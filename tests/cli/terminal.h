@@ -53,7 +53,7 @@ class Terminal {
     int Status(const std::string& key = {}) {
         for (int i = 0; i < 100 && !key.empty() && !ended_; ++i) {
             if (::write(terminal_, key.data(), key.size()) < 0) break;
-            Read(100);
+            while (Read(100)) continue;  // or what is pressed twice may be heard once
         }
         while (Read()) continue;
         if (!ended_) ::kill(process_, SIGKILL);
