@@ -28,7 +28,7 @@ std::optional<std::string> ReadPlain() {
 LineEditor::Completer active_completer;
 std::vector<std::string> matches;
 
-char kBlanks[] = " \t\n";
+char kWordBreaks[] = " \t\n";
 
 char* NextMatch(const char*, int state) {
     const auto index = static_cast<std::size_t>(state);
@@ -116,8 +116,8 @@ LineEditor::LineEditor(bool on_terminal, Completer completer)
     rl_initialize();
     using_history();
     for (const std::string& line : history_.Lines()) add_history(line.c_str());
-    rl_basic_word_break_characters = kBlanks;
-    rl_completer_word_break_characters = kBlanks;
+    rl_basic_word_break_characters = kWordBreaks;
+    rl_completer_word_break_characters = kWordBreaks;
     rl_completer_quote_characters = nullptr;
     rl_attempted_completion_function = CompleteWord;
 }

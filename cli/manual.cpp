@@ -32,8 +32,8 @@ std::string Roff(std::string_view text) {
 
 // In short lines, as the language wants it.
 void Text(std::ostream& out, std::string_view text) {
-    constexpr std::size_t kColumns = 66;
-    for (const std::string& line : Wrapped(text, kColumns)) out << Roff(line) << '\n';
+    constexpr std::size_t kPageColumns = 66;
+    for (const std::string& line : Wrapped(text, kPageColumns)) out << Roff(line) << '\n';
 }
 
 void Entry(std::ostream& out, std::string_view name, std::string_view text) {

@@ -74,7 +74,7 @@ void AskReadable(const SalvagedFile& file, const std::string& path) {
     }
 }
 
-Arguments Words(HostOptions& options, const std::string& pattern) {
+Arguments ToolWords(HostOptions& options, const std::string& pattern) {
     try {
         Arguments words(pattern + " " + std::string(kOutputPattern), options.words);
         options.output = OutputOf(options.output, words);
@@ -106,12 +106,12 @@ int CheckFile(HostOptions& options, const std::string& path) {
 }
 
 int Check(HostOptions& options) {
-    const Arguments words = Words(options, "FILE");
+    const Arguments words = ToolWords(options, "FILE");
     return CheckFile(options, DatabasePath(words["FILE"]));
 }
 
 int Salvage(HostOptions& options) {
-    const Arguments words = Words(options, "FILE NEW [--replace] [--take-ownership]");
+    const Arguments words = ToolWords(options, "FILE NEW [--replace] [--take-ownership]");
     const std::string path = DatabasePath(words["FILE"]);
     const std::string target = DatabasePath(words["NEW"]);
     if (IsOneFile(LibraryPath(path), LibraryPath(target))) {

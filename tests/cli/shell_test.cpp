@@ -72,7 +72,7 @@ TEST_F(HostTest, CtrlCTakesACommandBack) {
             if (session) terminal.Answer("> ", "import People stuck.csv\n");
             stuck->WaitUntilRead();
             terminal.Answer("", "\x03");
-            terminal.Answer("^C", twice ? "\x03" : "");
+            terminal.Answer("^C", "");
             if (!twice) {
                 stuck.reset();
                 terminal.Answer("nothing was imported", "");
@@ -84,7 +84,7 @@ TEST_F(HostTest, CtrlCTakesACommandBack) {
                     terminal.Answer("> ", "quit\n");
                 }
             }
-            EXPECT_EQ(session && !twice ? 0 : 130, terminal.Status());
+            EXPECT_EQ(session && !twice ? 0 : 130, terminal.Status(twice ? "\x03" : ""));
             if (session && !twice) {
                 EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n9,,\n", Csv("People"));
                 Write("shop.cdb", shop);

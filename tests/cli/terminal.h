@@ -49,8 +49,12 @@ class Terminal {
         while (Read()) continue;
         return shown_;
     }
-    // One that does not end by itself is killed.
-    int Status() {
+    // One that does not end by itself is killed. `key` is pressed until it has ended.
+    int Status(const std::string& key = {}) {
+        for (int i = 0; i < 100 && !key.empty() && !ended_; ++i) {
+            if (::write(terminal_, key.data(), key.size()) < 0) break;
+            while (Read(100)) continue;  // or what is pressed twice may be heard once
+        }
         while (Read()) continue;
         if (!ended_) ::kill(process_, SIGKILL);
         int status = 0;
@@ -61,10 +65,10 @@ class Terminal {
 
   private:
     // False at the end, and when nothing comes for very long.
-    bool Read() {
+    bool Read(int patience = 10'000) {
         pollfd ready{terminal_, POLLIN, 0};
         char bytes[4096];
-        if (::poll(&ready, 1, 10'000) <= 0) return false;
+        if (::poll(&ready, 1, patience) <= 0) return false;
         const ssize_t count = ::read(terminal_, bytes, sizeof bytes);
         if (count > 0) shown_.append(bytes, static_cast<std::size_t>(count));
         ended_ = count <= 0;
