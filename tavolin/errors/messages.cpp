@@ -10,13 +10,13 @@
 namespace tavolin {
 namespace {
 
-struct Row {
+struct MessageRow {
     std::int32_t number;
     std::string_view text;
 };
 
 // In the order of the numbers. 483 has no text.
-constexpr Row kRows[] = {
+constexpr MessageRow kMessages[] = {
     {6,
      "An overflow occured as a result of an assignment\r\n"
      "that exceeds the limitations of the application"},
@@ -110,9 +110,9 @@ constexpr Row kRows[] = {
 
 std::string_view GetErrorMessage(std::int32_t number) {
     const auto* row = std::lower_bound(
-        std::begin(kRows), std::end(kRows), number,
-        [](const Row& candidate, std::int32_t wanted) { return candidate.number < wanted; });
-    return row != std::end(kRows) && row->number == number ? row->text : "ERROR";
+        std::begin(kMessages), std::end(kMessages), number,
+        [](const MessageRow& candidate, std::int32_t wanted) { return candidate.number < wanted; });
+    return row != std::end(kMessages) && row->number == number ? row->text : "ERROR";
 }
 
 }  // namespace tavolin

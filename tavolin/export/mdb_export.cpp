@@ -14,9 +14,9 @@
 namespace tavolin {
 namespace {
 
-constexpr const char* kRecordSetSource = "CVLRecordSet:MakeItMDB Method";
-constexpr const char* kTableSource = "CVLTable:MakeItMDB Method";
-constexpr const char* kTableSetSource = "CVLTableSet:MakeItMDB Method";
+constexpr const char* kMdbOfRecordSet = "CVLRecordSet:MakeItMDB Method";
+constexpr const char* kMdbOfTable = "CVLTable:MakeItMDB Method";
+constexpr const char* kMdbOfTableSet = "CVLTableSet:MakeItMDB Method";
 
 // One table on its way into a file.
 class TableExport {
@@ -24,7 +24,7 @@ class TableExport {
     // The right to read is asked for here.
     TableExport(const CVLRecordSet& records, std::string_view name, const FieldTexts& labels)
         : records_(*records.Collection()), name_(name), fields_(Labelled(labels)) {
-        AskRead(*records_.arena().session(), kRecordSetSource);
+        AskRead(*records_.arena().session(), kMdbOfRecordSet);
     }
 
     void CreateIn(mdb::Writer& file) {
@@ -66,20 +66,20 @@ void Export(std::vector<TableExport> tables, std::string_view dir, std::string_v
 
 void CVLRecordSet::MakeItMDB(std::string_view DirPath, std::string_view DBShortName,
                              std::string_view TableName, const FieldTexts& FieldLbls) const {
-    Trap(kRecordSetSource, [&] {
+    Trap(kMdbOfRecordSet, [&] {
         Export({{*this, TableName, FieldLbls}}, DirPath, DBShortName, session());
     });
 }
 
 void CVLTable::MakeItMDB(std::string_view DirPath, std::string_view DBShortName) const {
-    Trap(kTableSource, [&] { records_->MakeItMDB(DirPath, DBShortName, key_, labels_); });
+    Trap(kMdbOfTable, [&] { records_->MakeItMDB(DirPath, DBShortName, key_, labels_); });
 }
 
 void CVLTableSet::MakeItMDB(std::string_view DirPath, std::string_view DBShortName) const {
-    Trap(kTableSetSource, [&] {
+    Trap(kMdbOfTableSet, [&] {
         std::vector<TableExport> exports;
         for (const auto& table : NewEnum()) {
-            Trap(kTableSource, [&] {
+            Trap(kMdbOfTable, [&] {
                 exports.emplace_back(*table->CVLRecordSet(), table->Key(), LabelsOf(*table));
             });
         }

@@ -10,16 +10,16 @@
 namespace tavolin {
 namespace {
 
-constexpr const char* kRecordSetSource = "CVLRecordSet:MakeItText Method";
-constexpr const char* kTableSource = "CVLTable:MakeItText Method";
-constexpr const char* kTableSetSource = "CVLTableSet:MakeItText Method";
+constexpr const char* kTextOfRecordSet = "CVLRecordSet:MakeItText Method";
+constexpr const char* kTextOfTable = "CVLTable:MakeItText Method";
+constexpr const char* kTextOfTableSet = "CVLTableSet:MakeItText Method";
 
 const Session& SessionOf(const CVLRecordSet& records) {
     return *records.Collection()->arena().session();
 }
 
-void WriteRecords(const CVLRecordSet& records, const FieldTexts& labels, TextSink& sink) {
-    AskRead(SessionOf(records), kRecordSetSource);
+void WriteTextRecords(const CVLRecordSet& records, const FieldTexts& labels, TextSink& sink) {
+    AskRead(SessionOf(records), kTextOfRecordSet);
     const RecordArena& arena = records.Collection()->arena();
     const auto fields = Labelled(labels);
     std::int32_t number = 0;
@@ -56,11 +56,11 @@ bool RecordsFitAnsi(const CVLRecordSet& records, const FieldTexts& labels) {
 }  // namespace
 
 TextEncoding EncodingForText(const CVLTableSet& tables) {
-    return Trap(kTableSetSource, [&] {
+    return Trap(kTextOfTableSet, [&] {
         bool fits = true;
         for (const auto& table : tables.NewEnum()) {
-            Trap(kTableSource,
-                 [&] { AskRead(SessionOf(*table->CVLRecordSet()), kRecordSetSource); });
+            Trap(kTextOfTable,
+                 [&] { AskRead(SessionOf(*table->CVLRecordSet()), kTextOfRecordSet); });
             fits = fits && FitsAnsi(table->Key()) &&
                    RecordsFitAnsi(*table->CVLRecordSet(), LabelsOf(*table));
         }
@@ -72,25 +72,26 @@ void WriteText(const CVLTableSet& tables, TextSink& sink) {
     sink.Put(" ");
     for (const auto& table : tables.NewEnum()) {
         sink.Put(table->Key(), kLineBreak);
-        Trap(kTableSource, [&] { WriteRecords(*table->CVLRecordSet(), LabelsOf(*table), sink); });
+        Trap(kTextOfTable,
+             [&] { WriteTextRecords(*table->CVLRecordSet(), LabelsOf(*table), sink); });
         sink.Put(kLineBreak, kLineBreak);
     }
 }
 
 std::string CVLRecordSet::MakeItText(const FieldTexts& FieldLbls) const {
-    return Trap(kRecordSetSource, [&] {
+    return Trap(kTextOfRecordSet, [&] {
         TextSink sink;
-        WriteRecords(*this, FieldLbls, sink);
+        WriteTextRecords(*this, FieldLbls, sink);
         return std::move(sink.text);
     });
 }
 
 std::string CVLTable::MakeItText() const {
-    return Trap(kTableSource, [&] { return records_->MakeItText(labels_); });
+    return Trap(kTextOfTable, [&] { return records_->MakeItText(labels_); });
 }
 
 std::string CVLTableSet::MakeItText() const {
-    return Trap(kTableSetSource, [&] {
+    return Trap(kTextOfTableSet, [&] {
         TextSink sink;
         WriteText(*this, sink);
         return std::move(sink.text);

@@ -10,14 +10,14 @@
 namespace tavolin {
 namespace {
 
-constexpr NavigationTexts kNavigation = {"CVLAttachmentSet",
-                                         "Attachment Not Found Error ",
-                                         CVLErrorNum::GetFirstAttachmentError(),
-                                         CVLErrorNum::GetLastAttachmentError(),
-                                         CVLErrorNum::GetPreviousAttachmentError(),
-                                         CVLErrorNum::GetNextAttachmentError()};
+constexpr NavigationTexts kAttachmentNavigation = {"CVLAttachmentSet",
+                                                   "Attachment Not Found Error ",
+                                                   CVLErrorNum::GetFirstAttachmentError(),
+                                                   CVLErrorNum::GetLastAttachmentError(),
+                                                   CVLErrorNum::GetPreviousAttachmentError(),
+                                                   CVLErrorNum::GetNextAttachmentError()};
 
-[[noreturn]] void RaiseNotFound(const char* source) {
+[[noreturn]] void RaiseAttachmentNotFound(const char* source) {
     Raise(CVLErrorNum::GetAttachmentNotFoundError(), source,
           Message("Record's Attachment Not Found!"));
 }
@@ -77,7 +77,7 @@ std::shared_ptr<CVLAttachment> CVLAttachmentSet::Item(IndexKey vntIndexKey) cons
     return Trap(kSource, [&] {
         AskRead(*session_, "CVLAttachmentSet:Remove Method");
         auto attachment = attachments_->Find(vntIndexKey);
-        if (!attachment) RaiseNotFound(kSource);
+        if (!attachment) RaiseAttachmentNotFound(kSource);
         return attachment;
     });
 }
@@ -86,7 +86,7 @@ void CVLAttachmentSet::Remove(IndexKey vntIndexKey) {
     static constexpr const char* kSource = "CVLAttachmentSet:Remove Method";
     Trap(kSource, [&] {
         AskDelete(*session_, kSource);
-        if (!attachments_->Find(vntIndexKey)) RaiseNotFound(kSource);
+        if (!attachments_->Find(vntIndexKey)) RaiseAttachmentNotFound(kSource);
         OnAttachmentRemove.Fire(attachments_->Remove(vntIndexKey));
     });
 }
@@ -123,31 +123,31 @@ std::shared_ptr<CVLAttachmentSet::Attachments> CVLAttachmentSet::Read(PropertyBa
 }
 
 std::shared_ptr<CVLAttachment> CVLAttachmentSet::LastAttachment() const {
-    return Navigation(*this, kNavigation).Last();
+    return Navigation(*this, kAttachmentNavigation).Last();
 }
 
 std::shared_ptr<CVLAttachment> CVLAttachmentSet::FirstAttachment() const {
-    return Navigation(*this, kNavigation).First();
+    return Navigation(*this, kAttachmentNavigation).First();
 }
 
 std::shared_ptr<CVLAttachment> CVLAttachmentSet::PreviousAttachment(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Previous(nKey);
+    return Navigation(*this, kAttachmentNavigation).Previous(nKey);
 }
 
 std::shared_ptr<CVLAttachment> CVLAttachmentSet::NextAttachment(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Next(nKey);
+    return Navigation(*this, kAttachmentNavigation).Next(nKey);
 }
 
 bool CVLAttachmentSet::PreviousAttachmentIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).PreviousIsAvailable(nKey);
+    return Navigation(*this, kAttachmentNavigation).PreviousIsAvailable(nKey);
 }
 
 bool CVLAttachmentSet::NextAttachmentIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).NextIsAvailable(nKey);
+    return Navigation(*this, kAttachmentNavigation).NextIsAvailable(nKey);
 }
 
 bool CVLAttachmentSet::FirstAttachmentIsAvailable() const {
-    return Navigation(*this, kNavigation).FirstIsAvailable();
+    return Navigation(*this, kAttachmentNavigation).FirstIsAvailable();
 }
 
 }  // namespace tavolin

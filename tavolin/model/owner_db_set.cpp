@@ -8,7 +8,7 @@
 namespace tavolin {
 namespace {
 
-[[noreturn]] void RaiseNotFound(const char* source) {
+[[noreturn]] void RaiseOwnerDBNotFound(const char* source) {
     Raise(CVLErrorNum::GetDBNotFoundError(), source, Message("DataBase Not Found!"));
 }
 
@@ -39,7 +39,7 @@ std::shared_ptr<CVLOwnerDB> CVLOwnerDBSet::Item(IndexKey vntIndexKey) const {
     static constexpr const char* kSource = "CVLOwnerDBSet:Item Get Property";
     return Trap(kSource, [&] {
         auto database = databases_->Find(vntIndexKey);
-        if (!database) RaiseNotFound(kSource);
+        if (!database) RaiseOwnerDBNotFound(kSource);
         return database;
     });
 }
@@ -47,7 +47,7 @@ std::shared_ptr<CVLOwnerDB> CVLOwnerDBSet::Item(IndexKey vntIndexKey) const {
 void CVLOwnerDBSet::Remove(IndexKey vntIndexKey) {
     static constexpr const char* kSource = "CVLOwnerDBSet:Remove Method";
     Trap(kSource, [&] {
-        if (!databases_->Find(vntIndexKey)) RaiseNotFound(kSource);
+        if (!databases_->Find(vntIndexKey)) RaiseOwnerDBNotFound(kSource);
         OnDBRemove.Fire(databases_->Remove(vntIndexKey));
     });
 }

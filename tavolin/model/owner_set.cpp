@@ -21,7 +21,7 @@ void KeepAside(const std::string& path) {
     files.Rename(path, aside);
 }
 
-[[noreturn]] void RaiseNotFound(const char* source) {
+[[noreturn]] void RaiseOwnerNotFound(const char* source) {
     Raise(CVLErrorNum::GetDBOwnerNotFoundError(), source, Message("Owner Not Found!"));
 }
 
@@ -50,7 +50,7 @@ std::shared_ptr<CVLDBOwner> CVLDBOwnerSet::Item(IndexKey vntIndexKey) const {
     static constexpr const char* kSource = "CVLDBOwnerSet:Item Get Property";
     return Trap(kSource, [&] {
         auto owner = owners_->Find(vntIndexKey);
-        if (!owner) RaiseNotFound(kSource);
+        if (!owner) RaiseOwnerNotFound(kSource);
         return owner;
     });
 }
@@ -58,7 +58,7 @@ std::shared_ptr<CVLDBOwner> CVLDBOwnerSet::Item(IndexKey vntIndexKey) const {
 void CVLDBOwnerSet::Remove(IndexKey vntIndexKey) {
     static constexpr const char* kSource = "CVLDBOwnerSet:Remove Method";
     Trap(kSource, [&] {
-        if (!owners_->Find(vntIndexKey)) RaiseNotFound(kSource);
+        if (!owners_->Find(vntIndexKey)) RaiseOwnerNotFound(kSource);
         OnDBOwnerRemove.Fire(owners_->Remove(vntIndexKey));
     });
 }

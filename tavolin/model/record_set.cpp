@@ -13,12 +13,12 @@
 namespace tavolin {
 namespace {
 
-constexpr NavigationTexts kNavigation = {"CVLRecordSet",
-                                         "Record Not Found Error ",
-                                         CVLErrorNum::GetFirstRecordError(),
-                                         CVLErrorNum::GetLastRecordError(),
-                                         CVLErrorNum::GetPreviousRecordError(),
-                                         CVLErrorNum::GetNextRecordError()};
+constexpr NavigationTexts kRecordNavigation = {"CVLRecordSet",
+                                               "Record Not Found Error ",
+                                               CVLErrorNum::GetFirstRecordError(),
+                                               CVLErrorNum::GetLastRecordError(),
+                                               CVLErrorNum::GetPreviousRecordError(),
+                                               CVLErrorNum::GetNextRecordError()};
 
 void CheckParts(const PrimaryKeyType& key, const char* source) {
     for (const std::uint8_t part : key.Parts()) {
@@ -187,31 +187,31 @@ void CVLRecordSet::Retire() {
 }
 
 std::shared_ptr<CVLRecord> CVLRecordSet::LastRecord() const {
-    return Navigation(*this, kNavigation).Last();
+    return Navigation(*this, kRecordNavigation).Last();
 }
 
 std::shared_ptr<CVLRecord> CVLRecordSet::FirstRecord() const {
-    return Navigation(*this, kNavigation).First();
+    return Navigation(*this, kRecordNavigation).First();
 }
 
 std::shared_ptr<CVLRecord> CVLRecordSet::PreviousRecord(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Previous(nKey);
+    return Navigation(*this, kRecordNavigation).Previous(nKey);
 }
 
 std::shared_ptr<CVLRecord> CVLRecordSet::NextRecord(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Next(nKey);
+    return Navigation(*this, kRecordNavigation).Next(nKey);
 }
 
 bool CVLRecordSet::PreviousRecordIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).PreviousIsAvailable(nKey);
+    return Navigation(*this, kRecordNavigation).PreviousIsAvailable(nKey);
 }
 
 bool CVLRecordSet::NextRecordIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).NextIsAvailable(nKey);
+    return Navigation(*this, kRecordNavigation).NextIsAvailable(nKey);
 }
 
 bool CVLRecordSet::FirstRecordIsAvailable() const {
-    return Navigation(*this, kNavigation).FirstIsAvailable();
+    return Navigation(*this, kRecordNavigation).FirstIsAvailable();
 }
 
 }  // namespace tavolin

@@ -11,18 +11,18 @@
 namespace tavolin {
 namespace {
 
-constexpr NavigationTexts kNavigation = {"CVLTableSet",
-                                         "Table Not Found Error ",
-                                         CVLErrorNum::GetFirstTableError(),
-                                         CVLErrorNum::GetLastTableError(),
-                                         CVLErrorNum::GetPreviousTableError(),
-                                         CVLErrorNum::GetNextTableError()};
+constexpr NavigationTexts kTableNavigation = {"CVLTableSet",
+                                              "Table Not Found Error ",
+                                              CVLErrorNum::GetFirstTableError(),
+                                              CVLErrorNum::GetLastTableError(),
+                                              CVLErrorNum::GetPreviousTableError(),
+                                              CVLErrorNum::GetNextTableError()};
 
-[[noreturn]] void RaiseNotFound(const char* source) {
+[[noreturn]] void RaiseTableNotFound(const char* source) {
     Raise(CVLErrorNum::GetTableNotFoundError(), source, Message("Table Not Found!"));
 }
 
-[[noreturn]] void RaiseTaken(const char* source) {
+[[noreturn]] void RaiseTableTaken(const char* source) {
     Raise(CVLErrorNum::GetTableAddError(), source,
           Message("The Table That Is Being Added Already Exists In DataBase!"));
 }
@@ -54,7 +54,7 @@ std::shared_ptr<CVLTable> CVLTableSet::Add(std::string_view Key, TableEnum Table
         AskWrite(*session_, kSource);
         CheckedByte(TableType);
         if (Key.empty()) RaiseRunTime(kInvalidCall);
-        if (tables_->Contains(Key)) RaiseTaken(kSource);
+        if (tables_->Contains(Key)) RaiseTableTaken(kSource);
         auto table = std::make_shared<CVLTable>(session_);
         table->Key(Key);
         table->SetSpecificType(TableType);
@@ -98,7 +98,7 @@ std::shared_ptr<CVLTable> CVLTableSet::Item(IndexKey vntIndexKey) const {
         const bool by_name = !vntIndexKey.is_position();
         if (by_name && last_found_ && last_found_->Key() == vntIndexKey.key()) return last_found_;
         auto table = tables_->Find(vntIndexKey);
-        if (!table) RaiseNotFound(kSource);
+        if (!table) RaiseTableNotFound(kSource);
         if (by_name) last_found_ = table;
         return table;
     });
@@ -120,7 +120,7 @@ void CVLTableSet::Remove(IndexKey vntIndexKey) {
     Trap(kSource, [&] {
         AskToRemove();
         const auto table = tables_->Find(vntIndexKey);
-        if (!table) RaiseNotFound(kSource);
+        if (!table) RaiseTableNotFound(kSource);
         table->ForEachMention([&](const std::string& name) { links_.Remove(name, *table); });
         last_found_.reset();
         tables_->Remove(vntIndexKey);
@@ -137,7 +137,7 @@ void CVLTableSet::Remove(const CVLTable& table) {
 void CVLTableSet::Rename(const CVLTable& table, std::string_view name, const char* source) {
     if (name.empty()) RaiseRunTime(kInvalidCall);
     const auto other = tables_->Find(name);
-    if (other && other.get() != &table) RaiseTaken(source);
+    if (other && other.get() != &table) RaiseTableTaken(source);
     const std::string old_name = table.Key();
     if (tables_->Find(old_name).get() == &table) tables_->Rename(old_name, name);
     for (CVLTable* const each : links_.All(old_name)) each->FollowRename(old_name, name);
@@ -169,31 +169,31 @@ void CVLTableSet::ReadProperties(PropertyBagReader& bag) {
 }
 
 std::shared_ptr<CVLTable> CVLTableSet::LastTable() const {
-    return Navigation(*this, kNavigation).Last();
+    return Navigation(*this, kTableNavigation).Last();
 }
 
 std::shared_ptr<CVLTable> CVLTableSet::FirstTable() const {
-    return Navigation(*this, kNavigation).First();
+    return Navigation(*this, kTableNavigation).First();
 }
 
 std::shared_ptr<CVLTable> CVLTableSet::PreviousTable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Previous(nKey);
+    return Navigation(*this, kTableNavigation).Previous(nKey);
 }
 
 std::shared_ptr<CVLTable> CVLTableSet::NextTable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Next(nKey);
+    return Navigation(*this, kTableNavigation).Next(nKey);
 }
 
 bool CVLTableSet::PreviousTableIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).PreviousIsAvailable(nKey);
+    return Navigation(*this, kTableNavigation).PreviousIsAvailable(nKey);
 }
 
 bool CVLTableSet::NextTableIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).NextIsAvailable(nKey);
+    return Navigation(*this, kTableNavigation).NextIsAvailable(nKey);
 }
 
 bool CVLTableSet::FirstTableIsAvailable() const {
-    return Navigation(*this, kNavigation).FirstIsAvailable();
+    return Navigation(*this, kTableNavigation).FirstIsAvailable();
 }
 
 }  // namespace tavolin

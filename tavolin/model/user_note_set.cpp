@@ -10,16 +10,16 @@
 namespace tavolin {
 namespace {
 
-constexpr NavigationTexts kNavigation = {"CVLUserNoteSet",
-                                         "Note Not Found Error!",
-                                         CVLErrorNum::GetFirstNoteError(),
-                                         CVLErrorNum::GetLastNoteError(),
-                                         CVLErrorNum::GetPreviousNoteError(),
-                                         CVLErrorNum::GetNextNoteError()};
+constexpr NavigationTexts kNoteNavigation = {"CVLUserNoteSet",
+                                             "Note Not Found Error!",
+                                             CVLErrorNum::GetFirstNoteError(),
+                                             CVLErrorNum::GetLastNoteError(),
+                                             CVLErrorNum::GetPreviousNoteError(),
+                                             CVLErrorNum::GetNextNoteError()};
 
 std::string KeyOf(Date date) {
-    const bool has_a_form = date.seconds >= MakeDate(100, 1, 1).seconds &&
-                            date.seconds < MakeDate(10000, 1, 1).seconds;
+    const bool has_a_form =
+        date.seconds >= MakeDate(100, 1, 1).seconds && date.seconds < MakeDate(10000, 1, 1).seconds;
     if (!has_a_form) RaiseRunTime(kInvalidCall);
     return GeneralDate(date);
 }
@@ -129,31 +129,31 @@ std::shared_ptr<CVLUserNoteSet::Notes> CVLUserNoteSet::Read(PropertyBagReader& b
 }
 
 std::shared_ptr<CVLUserNote> CVLUserNoteSet::LastNote() const {
-    return Navigation(*this, kNavigation).Last();
+    return Navigation(*this, kNoteNavigation).Last();
 }
 
 std::shared_ptr<CVLUserNote> CVLUserNoteSet::FirstNote() const {
-    return Navigation(*this, kNavigation).First();
+    return Navigation(*this, kNoteNavigation).First();
 }
 
 std::shared_ptr<CVLUserNote> CVLUserNoteSet::PreviousNote(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Previous(nKey);
+    return Navigation(*this, kNoteNavigation).Previous(nKey);
 }
 
 std::shared_ptr<CVLUserNote> CVLUserNoteSet::NextNote(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Next(nKey);
+    return Navigation(*this, kNoteNavigation).Next(nKey);
 }
 
 bool CVLUserNoteSet::PreviousNoteIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).PreviousIsAvailable(nKey);
+    return Navigation(*this, kNoteNavigation).PreviousIsAvailable(nKey);
 }
 
 bool CVLUserNoteSet::NextNoteIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).NextIsAvailable(nKey);
+    return Navigation(*this, kNoteNavigation).NextIsAvailable(nKey);
 }
 
 bool CVLUserNoteSet::FirstNoteIsAvailable() const {
-    return Navigation(*this, kNavigation).FirstIsAvailable();
+    return Navigation(*this, kNoteNavigation).FirstIsAvailable();
 }
 
 }  // namespace tavolin

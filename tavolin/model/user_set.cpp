@@ -11,20 +11,20 @@
 namespace tavolin {
 namespace {
 
-constexpr NavigationTexts kNavigation = {"CVLDBUserSet",
-                                         "User Not Found Error ",
-                                         CVLErrorNum::GetFirstUserError(),
-                                         CVLErrorNum::GetLastUserError(),
-                                         CVLErrorNum::GetPreviousUserError(),
-                                         CVLErrorNum::GetNextUserError(),
-                                         true};
+constexpr NavigationTexts kUserNavigation = {"CVLDBUserSet",
+                                             "User Not Found Error ",
+                                             CVLErrorNum::GetFirstUserError(),
+                                             CVLErrorNum::GetLastUserError(),
+                                             CVLErrorNum::GetPreviousUserError(),
+                                             CVLErrorNum::GetNextUserError(),
+                                             true};
 
-[[noreturn]] void RaiseTaken(const char* source) {
+[[noreturn]] void RaiseUserTaken(const char* source) {
     Raise(CVLErrorNum::GetUserAddError(), source,
           Message("The User That Is Being Added Already Exists In DataBase!"));
 }
 
-[[noreturn]] void RaiseNotFound(const char* source) {
+[[noreturn]] void RaiseUserNotFound(const char* source) {
     Raise(CVLErrorNum::GetUserNotFoundError(), source, Message("User Not Found!"));
 }
 
@@ -68,7 +68,7 @@ std::shared_ptr<CVLDBUser> CVLDBUserSet::Add(std::string_view UserName,
         user->can_read_ = CanRead;
         user->can_read_write_ = CanReadWrite;
         user->can_delete_ = CanDelete;
-        if (users_->Contains(UserName)) RaiseTaken(kSource);
+        if (users_->Contains(UserName)) RaiseUserTaken(kSource);
         users_->Add(UserName, user);
         user->set_ = this;
         if (NoteSet) user->TakeNotes(std::move(NoteSet));
@@ -80,7 +80,7 @@ std::shared_ptr<CVLDBUser> CVLDBUserSet::Add(std::string_view UserName,
 void CVLDBUserSet::AddForOwners(std::shared_ptr<CVLDBUser> user) {
     static constexpr const char* kSource = "CVLDBUserSet:AddForOwners Method";
     Trap(kSource, [&] {
-        if (users_->Contains(user->UserName())) RaiseTaken(kSource);
+        if (users_->Contains(user->UserName())) RaiseUserTaken(kSource);
         users_->Add(user->UserName(), user);
         user->key_ = user->UserName();
         user->JoinSession(session_);
@@ -111,7 +111,7 @@ std::shared_ptr<CVLDBUser> CVLDBUserSet::Item(IndexKey vntIndexKey) const {
     static constexpr const char* kSource = "CVLDBUserSet:Item Property Get";
     return Trap(kSource, [&] {
         auto user = users_->Find(vntIndexKey);
-        if (!user) RaiseNotFound(kSource);
+        if (!user) RaiseUserNotFound(kSource);
         return user;
     });
 }
@@ -120,7 +120,7 @@ void CVLDBUserSet::Remove(IndexKey vntIndexKey) {
     static constexpr const char* kSource = "CVLDBUserSet:Remove Method";
     Trap(kSource, [&] {
         AskOwnership(kSource, "Delete Users");
-        if (!users_->Find(vntIndexKey)) RaiseNotFound(kSource);
+        if (!users_->Find(vntIndexKey)) RaiseUserNotFound(kSource);
         const auto user = users_->Remove(vntIndexKey);
         if (user->set_ == this) user->set_ = nullptr;
         OnUserRemove.Fire(user);
@@ -129,7 +129,7 @@ void CVLDBUserSet::Remove(IndexKey vntIndexKey) {
 
 void CVLDBUserSet::Rename(const CVLDBUser& user, std::string_view name, const char* source) {
     const auto other = users_->Find(name);
-    if (other && other.get() != &user) RaiseTaken(source);
+    if (other && other.get() != &user) RaiseUserTaken(source);
     if (users_->Find(user.UserName()).get() == &user) users_->Rename(user.UserName(), name);
     if (EqualFold(session_->owner, user.UserName())) session_->owner = name;
 }
@@ -166,31 +166,31 @@ void CVLDBUserSet::ReadProperties(PropertyBagReader& bag) {
 }
 
 std::shared_ptr<CVLDBUser> CVLDBUserSet::LastUser() const {
-    return Navigation(*this, kNavigation).Last();
+    return Navigation(*this, kUserNavigation).Last();
 }
 
 std::shared_ptr<CVLDBUser> CVLDBUserSet::FirstUser() const {
-    return Navigation(*this, kNavigation).First();
+    return Navigation(*this, kUserNavigation).First();
 }
 
 std::shared_ptr<CVLDBUser> CVLDBUserSet::PreviousUser(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Previous(nKey);
+    return Navigation(*this, kUserNavigation).Previous(nKey);
 }
 
 std::shared_ptr<CVLDBUser> CVLDBUserSet::NextUser(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).Next(nKey);
+    return Navigation(*this, kUserNavigation).Next(nKey);
 }
 
 bool CVLDBUserSet::PreviousUserIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).PreviousIsAvailable(nKey);
+    return Navigation(*this, kUserNavigation).PreviousIsAvailable(nKey);
 }
 
 bool CVLDBUserSet::NextUserIsAvailable(std::int32_t nKey) const {
-    return Navigation(*this, kNavigation).NextIsAvailable(nKey);
+    return Navigation(*this, kUserNavigation).NextIsAvailable(nKey);
 }
 
 bool CVLDBUserSet::FirstUserIsAvailable() const {
-    return Navigation(*this, kNavigation).FirstIsAvailable();
+    return Navigation(*this, kUserNavigation).FirstIsAvailable();
 }
 
 }  // namespace tavolin

@@ -14,7 +14,7 @@ using namespace bag_layout;
 
 namespace {
 
-constexpr std::size_t kRoom = 4096;
+constexpr std::size_t kFirstRoom = 4096;
 
 std::size_t VarintSize(std::uint64_t number) {
     std::size_t size = 1;
@@ -43,7 +43,7 @@ inline std::uint8_t* PropertyBagWriter::Grow(std::size_t count) {
 }
 
 PropertyBagWriter::PropertyBagWriter(BagSeal seal) : seal_(seal) {
-    out_.Reserve(kRoom);
+    out_.Reserve(kFirstRoom);
     std::memset(Grow(kItemsAt), 0, kItemsAt);
 }
 

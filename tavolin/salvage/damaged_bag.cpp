@@ -34,7 +34,7 @@ std::optional<std::uint64_t> Varint(std::span<const std::uint8_t> bytes, std::si
     return {};
 }
 
-std::string Bytes(std::size_t count) {
+std::string BytesText(std::size_t count) {
     return std::to_string(count) + (count == 1 ? " byte" : " bytes");
 }
 
@@ -274,7 +274,7 @@ std::size_t DamagedBag::ReadObject(StoredObject& object, const Layout& layout, s
                 }
                 if (place->slot == s) {
                     Add(Finding::Kind::kDamage, at, Where(slot.words),
-                        Bytes(place->at - at) + " in front of it make no sense");
+                        BytesText(place->at - at) + " in front of it make no sense");
                 }
             }
             s = place->slot;
@@ -370,7 +370,8 @@ std::size_t DamagedBag::ReadSeries(StoredItem& item, const Layout& layout, std::
             if (!begins) {
                 while (at < end && !ElementAt(layout, at, end, true)) ++at;
                 Add(Finding::Kind::kLoss, start, where(),
-                    "at least one is lost: " + Bytes(std::min(at, end) - start) + " make no sense");
+                    "at least one is lost: " + BytesText(std::min(at, end) - start) +
+                        " make no sense");
                 if (at >= end) return end;
                 continue;
             }
@@ -501,7 +502,7 @@ std::vector<DamagedBag::Record> DamagedBag::Records(const StoredObject& set,
     for (const Gap& gap : gaps) {
         std::string what = "the records that stood here are lost";
         if (count_good && gaps.size() == 1) what = ::tavolin::Records(wanted - there) + " lost";
-        what += ": " + Bytes(gap.size) + " make no sense";
+        what += ": " + BytesText(gap.size) + " make no sense";
         if (gap.behind > 0) what += ", behind " + name(gap.behind - 1);
         if (gap.behind < records.size()) what += ", in front of " + name(gap.behind);
         Add(Finding::Kind::kLoss, gap.at, title, what);

@@ -9,14 +9,14 @@
 namespace tavolin {
 namespace {
 
-constexpr std::size_t kUnit = 8;
+constexpr std::size_t kImageUnit = 8;
 constexpr std::size_t kHeader = 20;
-constexpr std::uint8_t kWidthMask = 3;
-constexpr std::uint8_t kNotAscii = 4;
+constexpr std::uint8_t kImageWidthMask = 3;
+constexpr std::uint8_t kImageNotAscii = 4;
 
-std::size_t Units(std::size_t bytes) { return (bytes + kUnit - 1) / kUnit; }
+std::size_t Units(std::size_t bytes) { return (bytes + kImageUnit - 1) / kImageUnit; }
 
-std::size_t WidthFor(std::size_t text) { return text <= 0xFF ? 0 : text <= 0xFFFF ? 1 : 2; }
+std::size_t OffsetWidth(std::size_t text) { return text <= 0xFF ? 0 : text <= 0xFFFF ? 1 : 2; }
 
 std::uint32_t End(const std::uint8_t* ends, std::size_t width, int field) {
     const auto at = static_cast<std::size_t>(field);
@@ -38,7 +38,7 @@ std::optional<std::size_t> ReadFields(std::span<const std::uint8_t> bytes, std::
         image.fields[i] = {text + begin, end - begin};
         begin = end;
     }
-    if (WidthFor(begin) != width) return {};
+    if (OffsetWidth(begin) != width) return {};
     return text_at + begin;
 }
 
@@ -54,7 +54,7 @@ std::string RecordImage::Key() const {
 }
 
 std::optional<RecordImage> RecordImage::Read(std::span<const std::uint8_t> bytes) {
-    if (bytes.size() < 4 * kUnit) return {};
+    if (bytes.size() < 4 * kImageUnit) return {};
     const std::uint8_t* at = bytes.data();
     RecordImage image;
     int doubts = 0;
@@ -65,16 +65,16 @@ std::optional<RecordImage> RecordImage::Read(std::span<const std::uint8_t> bytes
     };
     const auto units = LoadLittle<std::uint16_t>(at + 14);
     const std::uint8_t flags = at[18];
-    const std::size_t width = flags & kWidthMask;
+    const std::size_t width = flags & kImageWidthMask;
     const std::size_t prefix = units == 0 ? 4 : 0;
     auto end = ReadFields(bytes, kHeader + prefix, width, image);
     if (!end && prefix != 0) end = ReadFields(bytes, kHeader, width, image);
     if (!end) return {};
-    const std::size_t size = Units(*end) * kUnit;
+    const std::size_t size = Units(*end) * kImageUnit;
     if (size > bytes.size()) return {};
-    image.size = std::max(size, 4 * kUnit);
+    image.size = std::max(size, 4 * kImageUnit);
     const std::size_t stated = units == 0 ? LoadLittle<std::uint32_t>(at + kHeader) : units;
-    image.stated_size = stated * kUnit;
+    image.stated_size = stated * kImageUnit;
     expect(image.stated_size == image.size, "its size is damaged");
     expect(LoadLittle<std::uint32_t>(at) == 0 && at[19] == 0, "a zero in its header is damaged");
     expect(LoadLittle<std::uint16_t>(at + 12) == 1, "the mark in its header is damaged");
@@ -88,7 +88,7 @@ std::optional<RecordImage> RecordImage::Read(std::span<const std::uint8_t> bytes
     expect(parts_known, "which fields are its key is damaged");
     bool ascii = true;
     for (const std::string_view field : image.fields) ascii = ascii && IsAscii(field);
-    expect((flags & ~kWidthMask) == (ascii ? 0 : kNotAscii),
+    expect((flags & ~kImageWidthMask) == (ascii ? 0 : kImageNotAscii),
            "a character or a flag in it is damaged");
     expect(std::all_of(at + *end, at + image.size, [](std::uint8_t byte) { return byte == 0; }),
            "the zeros behind it are damaged");
@@ -104,20 +104,20 @@ void RecordImage::AppendTo(std::vector<std::uint8_t>& images) const {
         text += field.size();
         ascii = ascii && IsAscii(field);
     }
-    const std::size_t width = WidthFor(text);
+    const std::size_t width = OffsetWidth(text);
     const std::size_t payload = (std::size_t{kFieldCount} << width) + text;
     std::size_t units = Units(kHeader + payload);
     const std::size_t prefix = units > 0xFFFF ? 4 : 0;
     units = std::max<std::size_t>(Units(kHeader + prefix + payload), 4);
     const std::size_t start = images.size();
-    images.resize(start + units * kUnit);
+    images.resize(start + units * kImageUnit);
     std::uint8_t* at = images.data() + start;
     StoreLittle(at + 4, HashFold(Key()));
     StoreLittle(at + 8, static_cast<std::uint32_t>(number_key));
     StoreLittle(at + 12, std::uint16_t{1});
     StoreLittle(at + 14, static_cast<std::uint16_t>(prefix != 0 ? 0 : units));
     StoreLittle(at + 16, parts);
-    at[18] = static_cast<std::uint8_t>(width | (ascii ? 0 : kNotAscii));
+    at[18] = static_cast<std::uint8_t>(width | (ascii ? 0 : kImageNotAscii));
     if (prefix != 0) StoreLittle(at + kHeader, static_cast<std::uint32_t>(units));
     std::uint8_t* ends = at + kHeader + prefix;
     std::uint8_t* to = ends + (std::size_t{kFieldCount} << width);

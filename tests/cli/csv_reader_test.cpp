@@ -26,12 +26,12 @@ std::string Read(std::string_view text, std::size_t step, std::size_t buffer) {
     return result;
 }
 
-struct Case {
+struct CsvCase {
     const char* text;
     const char* expected;
 };
 
-constexpr Case kCases[] = {
+constexpr CsvCase kCases[] = {
     {"", ""},
     {"a,b\nc,d\n", "1:a|b;2:c|d;"},
     {"a,b\r\nc,d", "1:a|b;2:c|d;"},
@@ -52,7 +52,7 @@ constexpr Case kCases[] = {
 
 // A buffer of four bytes makes every record cross its end somewhere.
 TEST(CsvReaderTest, ReadsTheSameWhateverTheBuffer) {
-    for (const Case& c : kCases) {
+    for (const CsvCase& c : kCases) {
         EXPECT_EQ(c.expected, Read(c.text, SIZE_MAX, 1 << 16)) << c.text;
         EXPECT_EQ(c.expected, Read(c.text, 1, 4)) << c.text;
         EXPECT_EQ(c.expected, Read(c.text, 3, 5)) << c.text;

@@ -16,14 +16,14 @@ namespace {
 constexpr std::size_t kTables = 3;
 using Fields = std::array<std::string, kFieldCount>;
 
-struct Row {
+struct CascadeRow {
     std::size_t table;
     Fields fields;
 };
 
 class Model {
   public:
-    std::map<int, Row> rows;
+    std::map<int, CascadeRow> rows;
     std::array<std::array<int, kFieldCount>, kTables> links{};  // the table's number, from 1 on
 
     int Find(std::size_t table, const std::string& key) const {
@@ -64,7 +64,7 @@ class Model {
     }
     // Appends the keys of what goes.
     void Delete(int id, bool cascade, std::string& removed) {
-        const Row row = rows[id];
+        const CascadeRow row = rows[id];
         in_deletion_.insert(id);
         for (std::size_t f = 0; cascade && f < row.fields.size(); ++f) {
             const int target = links[row.table][f];

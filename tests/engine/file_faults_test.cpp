@@ -17,7 +17,7 @@ using Folder = std::map<std::string, std::string>;  // names and contents
 
 // What a call does to a folder in which shop.cdb, its log and other.cdb are, all ann's. shop.cdb is
 // open, with a change that is not saved.
-struct Operation {
+struct FileOperation {
     const char* source;
     std::function<void(CVLDBEngine&, const std::string& folder)> act;
     const char* writes;  // the file that it replaces, or ""
@@ -28,7 +28,7 @@ struct Operation {
     bool once = false;      // it cannot be done a second time
 };
 
-const Operation kOperations[] = {
+const FileOperation kFileOperations[] = {
     {"CVLDBEngine:SaveDB Method", [](auto& engine, auto&) { engine.SaveDB(); }, "shop.cdb"},
     {"CVLDBEngine:SaveDB Method",
      [](auto& engine, auto&) { engine.SaveDB({}, "second", "pass", true); }, "second.cdb"},
@@ -144,7 +144,7 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
         bool failed;
     };
     // One try with that call failing, or none for 0; the second try.
-    Outcome Try(const Operation& operation, std::size_t nth, int code, bool short_writes) {
+    Outcome Try(const FileOperation& operation, std::size_t nth, int code, bool short_writes) {
         PutBack();
         CVLDBEngine engine;
         engine.LogOn("ann", "secret");
@@ -188,7 +188,7 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
         EXPECT_TRUE(now == done_) << Difference(now, done_);
         return outcome;
     }
-    void Again(const Operation& operation, CVLDBEngine& engine) const {
+    void Again(const FileOperation& operation, CVLDBEngine& engine) const {
         const std::string second = path_ + "\\second.cdb";
         // Whether the first try has saved it cannot be told from the error.
         if (engine.DBName() == "shop.cdb" && MachineFileSystem().Exists(second))
@@ -209,7 +209,7 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
     }
 
     // Those that were there are whole and the old or the new ones, and nothing lies about.
-    void CheckFiles(const Operation& operation) const {
+    void CheckFiles(const FileOperation& operation) const {
         const Folder now = Meaning(Now());
         for (const auto& [name, contents] : meant_before_) {
             const bool touched = name == operation.writes || name == "RDX.dat";
@@ -250,7 +250,7 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
 };
 
 TEST_F(FileFaultsTest, EachCallMayFail) {
-    for (const Operation& operation : kOperations) {
+    for (const FileOperation& operation : kFileOperations) {
         Try(operation, 0, 0, false);
         Try(operation, 0, 0, true);
         for (const Fault& fault : kFaults) {

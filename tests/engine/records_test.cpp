@@ -95,20 +95,20 @@ TEST_F(RecordsTest, ACascadeTakesWhatNothingElseRefersTo) {
 // A ring of tables: the deeper records stand in the tables of the ones further up.
 TEST_F(RecordsTest, ACascadeGoesAsDeepAsTheDataGoes) {
     constexpr int kDepth = 20'000;
-    constexpr int kTables = 50;
-    const auto name = [](int i) { return "T" + std::to_string(i % kTables); };
-    for (int i = 0; i < kTables; ++i) engine_.CreateNewPrimaryTable(name(i), {"ID", "Next"});
+    constexpr int kRing = 50;
+    const auto name = [](int i) { return "T" + std::to_string(i % kRing); };
+    for (int i = 0; i < kRing; ++i) engine_.CreateNewPrimaryTable(name(i), {"ID", "Next"});
     for (int i = 0; i < kDepth; ++i) {
         const std::string next = i + 1 < kDepth ? std::to_string(i + 1) : "";
         engine_.AddRecord(name(i), 1, {std::to_string(i), next});
     }
-    for (int i = 0; i < kTables; ++i) engine_.LinkTables(name(i), 1, name(i + 1));
+    for (int i = 0; i < kRing; ++i) engine_.LinkTables(name(i), 1, name(i + 1));
     int expected = kDepth;
     engine_.OnRecordRemove.Connect(
         [&](const auto& record) { EXPECT_EQ(record->Key(), std::to_string(--expected)); });
     engine_.DeleteRecord("T0", "0");
     EXPECT_EQ(expected, 0);
-    for (int i = 0; i < kTables; ++i) EXPECT_EQ(engine_.GetTable(name(i))->Count(), 0);
+    for (int i = 0; i < kRing; ++i) EXPECT_EQ(engine_.GetTable(name(i))->Count(), 0);
 }
 
 TEST_F(RecordsTest, FindGivesTheMatchesOfTheFirstTableThatHasAny) {

@@ -151,7 +151,7 @@ const char* const kReadDelete = "..dddrrr";
 const char* const kReadOwner = ".oooorrr";
 const char* const kLogOn = ".......n";
 
-struct Row {
+struct MemberRow {
     const char* type;
     const char* members;   // several when all of them have the same outcomes; "=" is assignment
     const char* outcomes;  // one for each column
@@ -163,10 +163,10 @@ struct Row {
 using W = World;
 const PrimaryKeyType kKey = {0, 99, 99, 99};
 const FieldTexts kLabels = {"ID"};
-const Date kDay = {1};
+const Date kThatDay = {1};
 
 // Where one refusal ends a row, each member that refuses has a row of its own.
-const Row kRows[] = {
+const MemberRow kRows[] = {
     {"CVLDBEngine", "LogedOnUser LogedOnUser=", kNone,
      [](W& w) { w.engine->LogedOnUser(w.engine->LogedOnUser()); }},
     {"CVLDBEngine", "DBName DBName=", kNone, [](W& w) { w.engine->DBName(w.engine->DBName()); }},
@@ -292,7 +292,7 @@ const Row kRows[] = {
          w.notes->NextNoteIsAvailable(1), w.notes->FirstNoteIsAvailable();
          w.notes->ObjectState(w.notes->ObjectState());
      }},
-    {"CVLUserNoteSet", "Add", ".wwwwwww", [](W& w) { w.notes->Add(kDay, 1, "x"); }},
+    {"CVLUserNoteSet", "Add", ".wwwwwww", [](W& w) { w.notes->Add(kThatDay, 1, "x"); }},
     {"CVLUserNoteSet", "Update", ".wwwwwww", [](W& w) { w.notes->Update(1, "x"); }},
     {"CVLUserNoteSet", "Item", ".rrrrrrr", [](W& w) { w.notes->Item(1); }},
     {"CVLUserNoteSet", "Remove", ".ddddddd", [](W& w) { w.notes->Remove(1); }},
@@ -477,7 +477,7 @@ const std::map<std::string, const char*> kSources = {
     {"CVLAttachmentSet.Item", "Remove Method"},
 };
 
-std::string SourceOf(const Row& row) {
+std::string SourceOf(const MemberRow& row) {
     std::string member = row.members;
     const auto known = kSources.find(std::string(row.type) + "." + member);
     if (known != kSources.end()) {
@@ -535,7 +535,7 @@ const std::map<std::string, const char*> kOwnersRights = {
     {"", "!\r\nThus Does Not Have The Right To Unlink A Field From A Table!"},
 };
 
-std::string TextOf(const Row& row, char outcome, const std::string& user) {
+std::string TextOf(const MemberRow& row, char outcome, const std::string& user) {
     const std::string type = row.type, member = type + "." + row.members;
     const std::string letter(1, outcome);
     std::string text;
@@ -596,7 +596,8 @@ class RightsTest : public testing::Test {
     }
 
     // One outcome, how a refusal reads, and that it has changed nothing.
-    static void Expect(char expected, const Row& row, World& world, const std::string& where) {
+    static void Expect(char expected, const MemberRow& row, World& world,
+                       const std::string& where) {
         SCOPED_TRACE(std::string(row.type) + "." + row.members + ", " + where);
         const std::string before = expected == '.' ? std::string() : world.Everything();
         const auto user = world.engine ? world.engine->LogedOnUser() : nullptr;
@@ -620,7 +621,7 @@ class RightsTest : public testing::Test {
 };
 
 TEST_F(RightsTest, EveryMemberForEveryKindOfUser) {
-    for (const Row& row : kRows) {
+    for (const MemberRow& row : kRows) {
         for (const char column : kColumns) {
             World world = MakeWorld();
             world.Act(column);
@@ -684,7 +685,7 @@ const Turn kTurns[] = {
 
 TEST_F(RightsTest, EveryMemberAfterEveryTurn) {
     for (const Turn& turn : kTurns) {
-        for (const Row& row : kRows) {
+        for (const MemberRow& row : kRows) {
             World world = MakeWorld();
             world.Act('O');
             world.for_person = row.by_person;
@@ -717,7 +718,7 @@ TEST(RightsTableTest, HasARowForEveryMember) {
     }
     ASSERT_GT(missing.size(), 200u);
     const std::set<std::string> members = missing;
-    for (const Row& row : kRows) {
+    for (const MemberRow& row : kRows) {
         ASSERT_EQ(std::string_view(row.outcomes).size(), kColumns.size()) << row.members;
         std::istringstream words(row.members);
         while (words >> name) {

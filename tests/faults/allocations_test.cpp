@@ -228,9 +228,9 @@ class AllocationsTest : public testing::TestWithParam<int> {
             SCOPED_TRACE(operation.source + (" with allocation " + std::to_string(nth)) +
                          (for_good ? " and all later ones" : "") + " failing, " +
                          std::to_string(orders) + " orders");
-            const std::size_t living = LivingAllocations();
+            const std::size_t before = LivingAllocations();
             const bool reached = Try(operation, orders, nth, for_good);
-            EXPECT_EQ(LivingAllocations(), living);
+            EXPECT_EQ(LivingAllocations(), before);
             if (reached) continue;
             EXPECT_GT(nth, 5u);
             return;

@@ -12,7 +12,6 @@ namespace tavolin {
 namespace {
 
 using N = CVLErrorNum;
-constexpr PrimaryKeyType kFirst{0, 99, 99, 99};
 
 class RecordSetTest : public EngineTest {
   protected:
@@ -167,7 +166,7 @@ TEST_F(RecordSetTest, RefusesDamagedState) {
 }
 
 // The same set in the plainest way.
-struct Row {
+struct ModelRow {
     std::optional<std::string> filed;  // what it is found under
     std::string key;
     bool own_key = false;  // the host has had a hand in it
@@ -177,19 +176,19 @@ struct Row {
 
 class RecordSetModel {
   public:
-    const Row* Find(std::string_view key) const {
-        for (const Row& row : rows) {
+    const ModelRow* Find(std::string_view key) const {
+        for (const ModelRow& row : rows) {
             if (row.filed && EqualFold(*row.filed, key)) return &row;
         }
         return nullptr;
     }
     void Load() {
-        for (Row& row : rows) row.filed = row.own_key ? std::nullopt : std::optional(row.key);
-        for (Row& row : rows) {
+        for (ModelRow& row : rows) row.filed = row.own_key ? std::nullopt : std::optional(row.key);
+        for (ModelRow& row : rows) {
             if (row.own_key && !Find(row.key)) row.filed = row.key;
         }
     }
-    std::vector<Row> rows;
+    std::vector<ModelRow> rows;
 };
 
 class RandomRecords {
@@ -228,7 +227,7 @@ class RandomRecords {
         ASSERT_EQ(static_cast<std::size_t>(set_.Count()), model_.rows.size());
         auto walk = set_.NewEnum();
         for (std::size_t i = 0; i < model_.rows.size(); ++i) {
-            const Row& row = model_.rows[i];
+            const ModelRow& row = model_.rows[i];
             const auto record = walk.Next();
             ASSERT_EQ(record, set_.Item(i + 1));
             ASSERT_EQ(record->Key(), row.key);
@@ -255,7 +254,7 @@ class RandomRecords {
                            static_cast<char>('a' + Below(26)));
     }
     void Add(std::size_t at) {
-        Row row;
+        ModelRow row;
         row.n_key = static_cast<std::int32_t>(random_());
         row.fields = {Key(), Text(), Key()};
         row.key = row.fields[2] + row.fields[0];
@@ -278,7 +277,7 @@ class RandomRecords {
         }
     }
     void Update(std::size_t at) {
-        Row& row = model_.rows[at];
+        ModelRow& row = model_.rows[at];
         auto fields = row.fields;
         for (std::size_t f = 3 + Below(7); f < fields.size(); f += 2) fields[f] = Text();
         set_.Update({2, 0, 99, 99}, set_.Item(at + 1), fields);
@@ -308,7 +307,7 @@ class RandomRecords {
         EXPECT_EQ(result.WithKey(key), expected) << key;
     }
     void Lookup(const std::string& key) {
-        const Row* row = model_.Find(key);
+        const ModelRow* row = model_.Find(key);
         if (!row) {
             EXPECT_EQ(ErrorNumber([&] { set_.Item(key); }), N::GetDBNotSetError()) << key;
         } else {

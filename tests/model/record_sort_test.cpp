@@ -12,7 +12,6 @@ namespace {
 
 using N = CVLErrorNum;
 using namespace std::string_literals;
-constexpr PrimaryKeyType kFirst{0, 99, 99, 99};
 
 class RecordSortTest : public EngineTest {
   protected:

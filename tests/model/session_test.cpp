@@ -11,7 +11,6 @@ namespace tavolin {
 namespace {
 
 using N = CVLErrorNum;
-constexpr PrimaryKeyType kFirst{0, 99, 99, 99};
 
 class SessionTest : public EngineTest {
   protected:

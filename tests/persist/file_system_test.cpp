@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-ByteView Bytes(std::string_view text) {
+ByteView BytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
@@ -49,9 +49,9 @@ class FileSystemTest : public testing::Test {
 
 TEST_F(FileSystemTest, WritesAppendsReadsAndDeletes) {
     const std::string path = folder_ / "caf\xC3\xA9.txt";
-    files_.Write(path, Bytes("a longer text"));
-    files_.Write(path, Bytes("short"));
-    files_.Append(path, Bytes(" and more"));
+    files_.Write(path, BytesOf("a longer text"));
+    files_.Write(path, BytesOf("short"));
+    files_.Append(path, BytesOf(" and more"));
     EXPECT_EQ(Contents(folder_.path() / fs::path(u8"caf\u00E9.txt")), "short and more");
     EXPECT_EQ(Text(files_.ReadFile(path)), "short and more");
     EXPECT_EQ(Text(files_.ReadFile(path, 5)), "short");
@@ -63,14 +63,14 @@ TEST_F(FileSystemTest, WritesAppendsReadsAndDeletes) {
     file.reset();  // some machines keep the name as long as the file is open
     files_.Delete(path);
     EXPECT_FALSE(files_.Exists(path));
-    files_.Append(path, Bytes("new"));
+    files_.Append(path, BytesOf("new"));
     EXPECT_EQ(Text(files_.ReadFile(path)), "new");
 }
 
 TEST_F(FileSystemTest, BothSeparatorsLeadToTheSameFile) {
     files_.CreateFolder(folder_ / "sub");
     files_.CreateFolder(folder_ / "sub\\");
-    files_.Write(folder_ / "sub\\x", Bytes("x"));
+    files_.Write(folder_ / "sub\\x", BytesOf("x"));
     EXPECT_TRUE(fs::exists(folder_.path() / "sub" / "x"));
     EXPECT_TRUE(files_.IsSameFile(folder_ / "sub\\x", folder_ / "sub/..\\sub/x"));
     EXPECT_FALSE(files_.IsSameFile(folder_ / "sub\\x", folder_ / "sub\\y"));
@@ -112,9 +112,9 @@ TEST_F(FileSystemTest, ReplaceKeepsTheTailItIsToldTo) {
     };
     for (const Case& test : cases) {
         fs::remove(folder_.path() / "x");
-        if (test.old != nullptr) files_.Write(folder_ / "x", Bytes(test.old));
+        if (test.old != nullptr) files_.Write(folder_ / "x", BytesOf(test.old));
         std::vector<ByteView> chunks;
-        for (const char* chunk : test.chunks) chunks.push_back(Bytes(chunk));
+        for (const char* chunk : test.chunks) chunks.push_back(BytesOf(chunk));
         files_.Replace(folder_ / "x", chunks, test.tail);
         EXPECT_EQ(Contents(folder_.path() / "x"), test.expected);
         EXPECT_EQ(FilesInFolder(), 1u);
@@ -124,10 +124,10 @@ TEST_F(FileSystemTest, ReplaceKeepsTheTailItIsToldTo) {
 TEST_F(FileSystemTest, ReplaceCopiesALongTailAndSurvivesShortWrites) {
     std::string old(2'500'000, '\0');
     for (std::size_t i = 0; i < old.size(); ++i) old[i] = static_cast<char>(i * 7 / 3);
-    files_.Write(folder_ / "x", Bytes(old));
+    files_.Write(folder_ / "x", BytesOf(old));
     FailingFileSystem grudging;
     grudging.LimitWrites(300'001);
-    const ByteView chunk = Bytes("head");
+    const ByteView chunk = BytesOf("head");
     grudging.Replace(folder_ / "x", {&chunk, 1}, 4);
     EXPECT_TRUE(Contents(folder_.path() / "x") == "head" + old.substr(4));
 }
@@ -135,10 +135,10 @@ TEST_F(FileSystemTest, ReplaceCopiesALongTailAndSurvivesShortWrites) {
 // Whatever goes wrong, the file holds its old contents or its new ones, and nothing lies about.
 TEST_F(FileSystemTest, ReplaceIsAllOrNothing) {
     const std::string path = folder_ / "x";
-    const ByteView chunks[] = {Bytes("new "), Bytes("text")};
+    const ByteView chunks[] = {BytesOf("new "), BytesOf("text")};
     const std::string old_text = "the old text", new_text = "new texttext";
     for (const bool for_good : {false, true}) {
-        files_.Write(path, Bytes(old_text));
+        files_.Write(path, BytesOf(old_text));
         const std::size_t calls = FailEachCall(
             [&] { FileSystem::Current().Replace(path, chunks, 8); },
             [&](const std::string& call, bool threw) {
@@ -158,9 +158,9 @@ TEST_F(FileSystemTest, ReplaceIsAllOrNothing) {
 
 #ifndef _WIN32
 TEST_F(FileSystemTest, ReplaceKeepsRightsAndLinks) {
-    const ByteView chunk = Bytes("new");
+    const ByteView chunk = BytesOf("new");
     fs::create_directory(folder_.path() / "sub");
-    files_.Write(folder_ / "sub\\target", Bytes("old"));
+    files_.Write(folder_ / "sub\\target", BytesOf("old"));
     fs::permissions(folder_.path() / "sub" / "target", fs::perms(0640));
     fs::create_symlink("sub/target", folder_.path() / "near");
     fs::create_symlink(folder_.path() / "near", folder_.path() / "far");

@@ -21,6 +21,9 @@
 
 namespace tavolin {
 
+// The first field alone is the key.
+inline constexpr PrimaryKeyType kFirst{0, 99, 99, 99};
+
 template <class Body>
 void ExpectError(std::int32_t number, std::string_view source, std::string_view description,
                  Body&& body) {

@@ -14,7 +14,7 @@ constexpr std::uint16_t kGeneralOrder = 0x0409;
 constexpr std::uint16_t kNoColumn = 0xFFFF;
 constexpr std::uint8_t kAscending = 1;
 constexpr std::size_t kIndexSlots = 10;
-constexpr std::size_t kFreeOffset = 2;
+constexpr std::size_t kFreeBytesAt = 2;
 constexpr std::size_t kLengthOffset = 8;
 constexpr std::size_t kPageHeader = 8;
 
@@ -125,7 +125,7 @@ Page DefinitionPage(const Definition& table) {
     if (bytes.size() > kPageSize - kPageHeader) RaiseRunTime(kInternalError);
     Page page;
     std::memcpy(page.data(), bytes.data(), bytes.size());
-    page.Put(kFreeOffset, static_cast<std::uint16_t>(kPageSize - kPageHeader - bytes.size()));
+    page.Put(kFreeBytesAt, static_cast<std::uint16_t>(kPageSize - kPageHeader - bytes.size()));
     page.Put(kLengthOffset, static_cast<std::uint32_t>(bytes.size()));
     return page;
 }

@@ -9,7 +9,7 @@
 namespace tavolin::mdb {
 namespace {
 
-constexpr std::size_t kFreeOffset = 2;
+constexpr std::size_t kNodeFreeOffset = 2;
 constexpr std::size_t kTableOffset = 4;
 constexpr std::size_t kPreviousOffset = 12;
 constexpr std::size_t kNextOffset = 16;
@@ -17,7 +17,7 @@ constexpr std::size_t kTailOffset = 20;
 constexpr std::size_t kLevelOffset = 26;
 constexpr std::size_t kMaskOffset = 27;  // a bit for each place where an entry ends
 constexpr std::size_t kEntriesOffset = 480;
-constexpr std::size_t kRoom = kPageSize - kEntriesOffset;
+constexpr std::size_t kNodeRoom = kPageSize - kEntriesOffset;
 constexpr std::size_t kChildSize = 4;
 constexpr std::uint8_t kValueFollows = 0x7F;
 
@@ -64,7 +64,7 @@ class Level {
     void TakeGroup() {
         const std::size_t first = taken_;
         std::size_t used = 0;
-        while (taken_ < items_.size() && used + SizeOf(items_[taken_]) <= kRoom) {
+        while (taken_ < items_.size() && used + SizeOf(items_[taken_]) <= kNodeRoom) {
             used += SizeOf(items_[taken_++]);
         }
         if (!IsLeaf() && taken_ < items_.size()) ++taken_;
@@ -93,7 +93,7 @@ class Level {
             mask = static_cast<std::uint8_t>(mask | 1u << used % 8);
         }
         if (!IsLeaf()) page.Put(kTailOffset, group.back().child);
-        page.Put(kFreeOffset, static_cast<std::uint16_t>(kRoom - used));
+        page.Put(kNodeFreeOffset, static_cast<std::uint16_t>(kNodeRoom - used));
         return page;
     }
 

@@ -17,9 +17,9 @@ constexpr std::size_t kBufferSize = 256 * kPageSize;
 
 // The seal. The mark and the layout are part of the file format: do not change.
 constexpr std::size_t kSealOffset = 1024;
-constexpr std::array<std::uint8_t, 16> kMark = {'T', 'a', 'v', 'o', 'l', 'i', 'n', ' ',
-                                                'e', 'x', 'p', 'o', 'r', 't', '1', 0};
-constexpr std::size_t kCountOffset = kSealOffset + kMark.size();
+constexpr std::array<std::uint8_t, 16> kFileMark = {'T', 'a', 'v', 'o', 'l', 'i', 'n', ' ',
+                                                    'e', 'x', 'p', 'o', 'r', 't', '1', 0};
+constexpr std::size_t kCountOffset = kSealOffset + kFileMark.size();
 constexpr std::size_t kSumOffset = kCountOffset + 8;
 constexpr std::size_t kSealEnd = kSumOffset + 8;
 
@@ -65,7 +65,7 @@ void PageFile::CheckSeal() {
     if (!fits) throw Error(kFileExists, path_ + ": not of the size of a file of this library's");
     old_count_ = count_ = static_cast<PageNumber>(size / kPageSize);
     const Page map = Read(kPageMapPage);
-    if (std::memcmp(&map.bytes()[kSealOffset], kMark.data(), kMark.size()) != 0 ||
+    if (std::memcmp(&map.bytes()[kSealOffset], kFileMark.data(), kFileMark.size()) != 0 ||
         map.Get<std::uint64_t>(kCountOffset) != old_count_) {
         throw Error(kFileExists, path_ + ": not written by this library");
     }
@@ -181,7 +181,7 @@ void PageFile::CheckNobodyElse() {
 void PageFile::Commit(Page page_map) {
     Start();
     std::uint64_t sum = sum_ + Share(kPageMapPage, page_map.bytes());
-    std::memcpy(page_map.data() + kSealOffset, kMark.data(), kMark.size());
+    std::memcpy(page_map.data() + kSealOffset, kFileMark.data(), kFileMark.size());
     page_map.Put<std::uint64_t>(kCountOffset, count_);
     page_map.Put(kSumOffset, sum);
     Write(kPageMapPage, page_map);

@@ -7,10 +7,10 @@
 namespace tavolin::mdb {
 namespace {
 
-constexpr std::size_t kFreeOffset = 2;
+constexpr std::size_t kRowFreeOffset = 2;
 constexpr std::size_t kOwnerOffset = 4;
 constexpr std::size_t kRowsOffset = 12;
-constexpr std::size_t kHeaderSize = 14;
+constexpr std::size_t kRowHeaderSize = 14;
 constexpr std::size_t kSlotSize = 2;
 constexpr std::uint16_t kMaxRows = 255;
 // A page with less is not worth another program's look.
@@ -21,10 +21,10 @@ constexpr std::size_t kWorthwhileRoom = 16;
 RowPage::RowPage(PageNumber owner) {
     page_.Put(0, kDataPage);
     page_.Put(kOwnerOffset, owner);
-    page_.Put(kFreeOffset, static_cast<std::uint16_t>(Free()));
+    page_.Put(kRowFreeOffset, static_cast<std::uint16_t>(Free()));
 }
 
-std::size_t RowPage::Free() const { return lowest_ - kHeaderSize - kSlotSize * rows_; }
+std::size_t RowPage::Free() const { return lowest_ - kRowHeaderSize - kSlotSize * rows_; }
 
 bool RowPage::Fits(std::size_t size) const {
     return rows_ < kMaxRows && size + kSlotSize <= Free();
@@ -35,10 +35,10 @@ bool RowPage::HasRoom() const { return Fits(kWorthwhileRoom - kSlotSize); }
 std::uint8_t RowPage::Append(ByteView row) {
     lowest_ -= row.size();
     std::memcpy(page_.data() + lowest_, row.data(), row.size());
-    page_.Put(kHeaderSize + kSlotSize * rows_, static_cast<std::uint16_t>(lowest_));
+    page_.Put(kRowHeaderSize + kSlotSize * rows_, static_cast<std::uint16_t>(lowest_));
     ++rows_;
     page_.Put(kRowsOffset, rows_);
-    page_.Put(kFreeOffset, static_cast<std::uint16_t>(Free()));
+    page_.Put(kRowFreeOffset, static_cast<std::uint16_t>(Free()));
     return static_cast<std::uint8_t>(rows_ - 1);
 }
 
@@ -53,7 +53,7 @@ std::size_t RowCount(const Page& page) {
 ByteView RowAt(const Page& page, std::size_t row) {
     if (row >= RowCount(page)) throw DamagedState("a row that is not there");
     const auto start = [&](std::size_t slot) -> std::size_t {
-        return page.Get<std::uint16_t>(kHeaderSize + kSlotSize * slot);
+        return page.Get<std::uint16_t>(kRowHeaderSize + kSlotSize * slot);
     };
     const std::size_t end = row == 0 ? kPageSize : start(row - 1);
     if (start(row) > end || end > kPageSize) throw DamagedState("a row outside its page");
