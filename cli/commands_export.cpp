@@ -14,7 +14,7 @@
 #include "cli/terminal.h"
 #include "cli/waiting.h"
 #include "tavolin/base/text.h"
-#include "tavolin/export/mdb/writer.h"
+#include "tavolin/export/mdb/replacing.h"
 #include "tavolin/persist/file_system.h"
 #include "tavolin/persist/paths.h"
 
@@ -57,7 +57,7 @@ std::string_view WithoutExtension(const Target& target, std::string_view end) {
 template <class Export>
 void ReplaceExport(const Target& target, std::string_view end, Export&& run) {
     const fs::path old = fs::canonical(PathOf(target.Path()));
-    { const mdb::Writer is_an_export(LibraryPath(TextOf(old))); }
+    mdb::AskToReplace(LibraryPath(TextOf(old)));
     // What an export that was killed has left there is in nobody's way.
     Target beside{old.parent_path(), {}};
     for (int i = 1; beside.name.empty() || fs::exists(PathOf(beside.Path())); ++i) {

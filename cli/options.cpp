@@ -10,6 +10,7 @@
 #include "cli/failure.h"
 #include "cli/paths.h"
 #include "cli/tools.h"
+#include "tavolin/version.h"
 
 namespace tavolin::cli {
 namespace {

@@ -3,3 +3,4 @@
 #pragma once
 
 #include "tavolin/engine/engine.h"
+#include "tavolin/version.h"

@@ -9,9 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "tavolin/base/export.h"
+
 namespace tavolin {
 
-class ByteBuffer {
+class TAVOLIN_API ByteBuffer {
   public:
     // That many bytes behind the last one may be read, whatever they hold.
     static constexpr std::size_t kPadding = 64;

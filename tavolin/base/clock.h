@@ -10,6 +10,7 @@
 #include <string>
 
 #include "tavolin/base/date.h"
+#include "tavolin/base/export.h"
 
 namespace tavolin {
 
@@ -25,22 +26,23 @@ struct CivilTime {
 
 // The local time, to the second (parts of a second are cut off), or what the clock set gives.
 // Raises what the clock set raises.
-Date Now();
+TAVOLIN_API Date Now();
 
 // Puts another clock in place for the whole process; an empty function puts the machine's back.
 // Not to be called while another thread is in Now().
-void SetClock(std::function<Date()> clock);
+TAVOLIN_API void SetClock(std::function<Date()> clock);
 
 // The date of a day and time. Parts out of range carry over: month 13 is January of the next year,
 // day 0 the last of the month before, hour -1 an hour before midnight. Years from -30000 to 30000.
-Date MakeDate(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
+TAVOLIN_API Date MakeDate(int year, int month, int day, int hour = 0, int minute = 0,
+                          int second = 0);
 
 // The reverse of MakeDate, with every part in its range.
-CivilTime ToCivil(Date date);
+TAVOLIN_API CivilTime ToCivil(Date date);
 
 // The general form "11/15/2026 1:05:00 AM": month, day, year and the twelve-hour clock; minutes and
 // seconds have two digits, nothing else is padded. At exactly midnight the day alone; of the day
 // zero, 12/30/1899, the time alone. For the years 100 to 9999.
-std::string GeneralDate(Date date);
+TAVOLIN_API std::string GeneralDate(Date date);
 
 }  // namespace tavolin

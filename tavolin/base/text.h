@@ -14,6 +14,8 @@
 #include <string>
 #include <string_view>
 
+#include "tavolin/base/export.h"
+
 namespace tavolin {
 
 // The lower case of `text`: one character becomes one character, for every character of the Basic
@@ -21,13 +23,13 @@ namespace tavolin {
 // Everything else, characters above U+FFFF included, stays. The byte length may change: the result
 // has at least a third and at most one and a half times the bytes. Folding twice changes nothing
 // more.
-std::string Fold(std::string_view text);
+TAVOLIN_API std::string Fold(std::string_view text);
 
 // Replaces the content of `out` by Fold(text), keeping its capacity. `text` must not lie in `out`.
-void FoldInto(std::string_view text, std::string& out);
+TAVOLIN_API void FoldInto(std::string_view text, std::string& out);
 
 // Exactly Fold(a) == Fold(b), without making either.
-bool EqualFold(std::string_view a, std::string_view b);
+TAVOLIN_API bool EqualFold(std::string_view a, std::string_view b);
 
 // 32 well-mixed bits of Fold(text), the same on every machine: texts that are EqualFold have the
 // same hash. DO NOT CHANGE the function: its values are stored in files. With f = Fold(text),
@@ -41,24 +43,25 @@ bool EqualFold(std::string_view a, std::string_view b);
 //     for each word w:  h = (h xor w) * 0x9E3779B97F4A7C15;  h = h xor (h >> 32)
 //     h = h * 0xD6E8FEB86659FD93;  h = h xor (h >> 29);  h = h * 0xBF58476D1CE4E5B9
 //     the hash is h >> 32
-std::uint32_t HashFold(std::string_view text);
+TAVOLIN_API std::uint32_t HashFold(std::string_view text);
 
 // Whether every byte is below 0x80; true for an empty text.
-bool IsAscii(std::string_view text);
+TAVOLIN_API bool IsAscii(std::string_view text);
 
 // `text` with every occurrence of `what`, without regard to case, replaced by `with`. Occurrences
 // are taken from left to right, do not overlap, and consist of whole characters; what is put in is
 // not searched again, and the rest keeps its bytes. An empty `what` occurs nowhere.
-std::string ReplaceFold(std::string_view text, std::string_view what, std::string_view with);
+TAVOLIN_API std::string ReplaceFold(std::string_view text, std::string_view what,
+                                    std::string_view with);
 
 // Less than, equal to or greater than 0 as ToUtf16(a) stands before, is the same as, or stands
 // behind ToUtf16(b) in the order of their code units (case counts). It differs from the order of
 // the bytes only where a character above U+FFFF meets one from U+E000 on or a lone surrogate, and
 // in that every ill-formed byte counts as U+FFFD.
-int CompareCodeUnits(std::string_view a, std::string_view b);
+TAVOLIN_API int CompareCodeUnits(std::string_view a, std::string_view b);
 
 // Appends bytes that stand for Fold(text) in that order: the bytes of two texts compare as
 // CompareCodeUnits(Fold(a), Fold(b)) does. Those of texts that are joined are theirs, joined.
-void AppendSortBytes(std::string_view text, std::string& out);
+TAVOLIN_API void AppendSortBytes(std::string_view text, std::string& out);
 
 }  // namespace tavolin

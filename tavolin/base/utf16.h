@@ -7,13 +7,15 @@
 #include <string>
 #include <string_view>
 
+#include "tavolin/base/export.h"
+
 namespace tavolin {
 
 // Each byte that belongs to no well-formed character becomes one U+FFFD. Three bytes that encode a
 // surrogate become that surrogate, so that a high and a low one side by side come out as a pair.
-std::u16string ToUtf16(std::string_view utf8);
+TAVOLIN_API std::u16string ToUtf16(std::string_view utf8);
 
 // A pair of surrogates becomes one character of four bytes, a lone surrogate its three bytes.
-std::string FromUtf16(std::u16string_view units);
+TAVOLIN_API std::string FromUtf16(std::u16string_view units);
 
 }  // namespace tavolin

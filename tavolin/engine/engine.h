@@ -37,6 +37,7 @@
 #include "tavolin/base/byte_buffer.h"
 #include "tavolin/base/date.h"
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/errors/error.h"
 #include "tavolin/errors/error_num.h"
 #include "tavolin/model/attachment_set.h"
@@ -68,7 +69,7 @@ class TextSink;
 enum class BagSeal;
 enum class TextEncoding;
 
-class CVLDBEngine {
+class TAVOLIN_API CVLDBEngine {
   public:
     // The newest living engine of a thread is the current one, which objects that the host makes
     // itself belong to.

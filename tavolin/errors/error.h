@@ -18,6 +18,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tavolin/base/export.h"
+
 namespace tavolin {
 
 inline constexpr std::string_view kLineBreak = "\r\n";
@@ -27,7 +29,7 @@ inline constexpr std::string_view kLineBreak = "\r\n";
 // name must not be able to start a line. Character literals are words, strings are names.
 //
 //     Message("User: ", user_name, " Is Not The DataBase Owner")
-class Message {
+class TAVOLIN_API Message {
   public:
     template <class... Pieces>
     explicit Message(const Pieces&... pieces) {
@@ -67,7 +69,7 @@ class Message {
 
 // Copying and raising one again takes no memory, and making one can do without: where there is none
 // for its texts, it has its number and source and the description of a lack of memory.
-class Error : public std::exception {
+class TAVOLIN_API Error : public std::exception {
   public:
     // A run-time error: a small number with the platform's text and no source yet.
     explicit Error(std::int32_t run_time_number, std::string_view detail = {});
@@ -140,7 +142,7 @@ enum RunTimeError : std::int32_t {
 
 // Stored state that cannot be believed. `what()` says what was wrong and where. It leaves the
 // library as run-time error 31037, or as 321 when a newer version wrote the state.
-class DamagedState : public std::exception {
+class TAVOLIN_API DamagedState : public std::exception {
   public:
     explicit DamagedState(std::string what, bool newer = false)
         : what_(std::move(what)), newer_(newer) {}

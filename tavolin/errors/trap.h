@@ -8,23 +8,25 @@
 #include <new>
 #include <string_view>
 
+#include "tavolin/base/export.h"
 #include "tavolin/errors/error.h"
 
 namespace tavolin {
 
 // The English text for a run-time error number, or "ERROR" when it has none.
-std::string_view GetErrorMessage(std::int32_t number);
+TAVOLIN_API std::string_view GetErrorMessage(std::int32_t number);
 
 // Turns the exception being handled into an Error: an Error as it is, anything else as the run-time
 // error that stands for it (std::bad_alloc is 7, a missing file 53, and so on).
-Error CurrentError() noexcept;
+TAVOLIN_API Error CurrentError() noexcept;
 
 // Raises again with the text of GetErrorMessage, or with the given description where it has none.
-[[noreturn]] void RaiseError(Error error, std::string_view context);
+[[noreturn]] TAVOLIN_API void RaiseError(Error error, std::string_view context);
 
 // A member's own refusal. It keeps `source` through that member's trap; the traps of the members
 // around it put their own names in its place.
-[[noreturn]] void Raise(std::int32_t number, std::string_view source, const Message& message);
+[[noreturn]] TAVOLIN_API void Raise(std::int32_t number, std::string_view source,
+                                    const Message& message);
 [[noreturn]] inline void RaiseRunTime(RunTimeError number) { throw Error(number); }
 
 template <class Body>

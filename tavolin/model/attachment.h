@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/model/types.h"
 
 namespace tavolin {
@@ -13,7 +14,7 @@ namespace tavolin {
 class PropertyBagReader;
 class PropertyBagWriter;
 
-class CVLAttachment {
+class TAVOLIN_API CVLAttachment {
   public:
     // Fired by every assignment of the path, with the new one.
     Event<std::string> OnPathChange;

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/model/attachment.h"
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/object_collection.h"
@@ -22,7 +23,7 @@ namespace tavolin {
 
 class Session;
 
-class CVLAttachmentSet {
+class TAVOLIN_API CVLAttachmentSet {
   public:
     CVLAttachmentSet();
     explicit CVLAttachmentSet(std::shared_ptr<Session> session);

@@ -23,6 +23,8 @@
 #include <utility>
 #include <vector>
 
+#include "tavolin/base/export.h"
+
 namespace tavolin {
 
 // What stands for "no element" wherever a handle is given back.
@@ -38,7 +40,7 @@ class OrderList {
     OrderList(const OrderList&) = delete;
     OrderList& operator=(const OrderList&) = delete;
     // Living cursors lose their list and are at its end from then on.
-    ~OrderList();
+    TAVOLIN_API ~OrderList();
 
     std::uint32_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
@@ -203,7 +205,7 @@ class OrderList {
 // A walk along a list that may change in any way meanwhile: the removal of an element never makes
 // it skip or repeat another; what is put in behind the cursor's place is visited, what is put in
 // before it is not. A cursor may outlive its list. A copy walks on from the same place on its own.
-class OrderCursor {
+class TAVOLIN_API OrderCursor {
   public:
     explicit OrderCursor(const OrderList& list) { Attach(&list); }
     OrderCursor(const OrderCursor& other) : passed_(other.passed_) { Attach(other.list_); }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 
 namespace tavolin {
 
@@ -13,7 +14,7 @@ class CVLOwnerDBSet;
 class PropertyBagReader;
 class PropertyBagWriter;
 
-class CVLDBOwner {
+class TAVOLIN_API CVLDBOwner {
   public:
     CVLDBOwner();
 

@@ -5,13 +5,14 @@
 #include <string_view>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 
 namespace tavolin {
 
 class PropertyBagReader;
 class PropertyBagWriter;
 
-class CVLOwnerDB {
+class TAVOLIN_API CVLOwnerDB {
   public:
     Event<std::string> OnDBDirChange;   // fired by every assignment of DBDir, with the new value
     Event<std::string> OnDBNameChange;  // fired by every assignment of DBName

@@ -8,13 +8,14 @@
 #include <string_view>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/object_collection.h"
 #include "tavolin/model/owner_db.h"
 
 namespace tavolin {
 
-class CVLOwnerDBSet {
+class TAVOLIN_API CVLOwnerDBSet {
   public:
     Event<std::shared_ptr<CVLOwnerDB>> OnDBAdd;     // after the adding
     Event<std::shared_ptr<CVLOwnerDB>> OnDBRemove;  // after the removal

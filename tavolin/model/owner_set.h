@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/object_collection.h"
 #include "tavolin/model/owner.h"
@@ -20,7 +21,7 @@
 
 namespace tavolin {
 
-class CVLDBOwnerSet {
+class TAVOLIN_API CVLDBOwnerSet {
   public:
     Event<std::shared_ptr<CVLDBOwner>> OnDBOwnerAdd;     // after the adding
     Event<std::shared_ptr<CVLDBOwner>> OnDBOwnerRemove;  // after the removal

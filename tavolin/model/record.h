@@ -15,12 +15,13 @@
 #include <string>
 #include <string_view>
 
+#include "tavolin/base/export.h"
 #include "tavolin/model/record_arena.h"
 #include "tavolin/model/types.h"
 
 namespace tavolin {
 
-class CVLRecord : public std::enable_shared_from_this<CVLRecord> {
+class TAVOLIN_API CVLRecord : public std::enable_shared_from_this<CVLRecord> {
   public:
     // A free-standing record, empty.
     CVLRecord();

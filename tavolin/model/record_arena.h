@@ -22,6 +22,7 @@
 
 #include "tavolin/base/byte_buffer.h"
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/base/prefetch.h"
 #include "tavolin/base/text.h"
 #include "tavolin/model/field_texts.h"
@@ -135,8 +136,8 @@ class RecordArena {
     bool Counted(RecordHandle record) const { return At(record)->counted; }
 
     // The object that a host holds: the same one for as long as anyone holds it.
-    static std::shared_ptr<CVLRecord> Object(const std::shared_ptr<RecordArena>& arena,
-                                             RecordHandle record);
+    TAVOLIN_API static std::shared_ptr<CVLRecord> Object(const std::shared_ptr<RecordArena>& arena,
+                                                         RecordHandle record);
     // The object is going.
     void Forget(RecordHandle record) noexcept;
 

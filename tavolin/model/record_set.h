@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/record.h"
@@ -82,7 +83,7 @@ inline RecordEnumerator::Iterator RecordEnumerator::begin() {
     return Iterator(this);
 }
 
-class CVLRecordSet {
+class TAVOLIN_API CVLRecordSet {
   public:
     CVLRecordSet();
     explicit CVLRecordSet(std::shared_ptr<Session> session);

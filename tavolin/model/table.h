@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/model/field_argument.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/index_key.h"
@@ -28,7 +29,7 @@ namespace tavolin {
 
 class CVLTableSet;
 
-class CVLTable : public std::enable_shared_from_this<CVLTable> {
+class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
   public:
     // Library-internal: tables come from CVLTableSet::Add and from Find.
     explicit CVLTable(std::shared_ptr<Session> session);

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "tavolin/base/export.h"
 #include "tavolin/model/index_key.h"
 
 namespace tavolin {
@@ -26,7 +27,7 @@ class TableArgument {
     const IndexKey& which() const { return which_; }
     // As it stands in messages and in the names of linked tables: a name, a position in decimal, or
     // the table's Key.
-    std::string Text() const;
+    TAVOLIN_API std::string Text() const;
 
   private:
     IndexKey which_;

@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/link_index.h"
@@ -23,7 +24,7 @@
 
 namespace tavolin {
 
-class CVLTableSet {
+class TAVOLIN_API CVLTableSet {
   public:
     CVLTableSet();
     explicit CVLTableSet(std::shared_ptr<Session> session);

@@ -3,10 +3,12 @@
 
 #include <string_view>
 
+#include "tavolin/base/export.h"
+
 namespace tavolin {
 
 // Both members do nothing here; override what is of use.
-class IUpdater {
+class TAVOLIN_API IUpdater {
   public:
     virtual ~IUpdater() = default;
     virtual void Update() {}

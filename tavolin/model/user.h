@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 
 namespace tavolin {
 
@@ -22,7 +23,7 @@ class PropertyBagReader;
 class PropertyBagWriter;
 class Session;
 
-class CVLDBUser {
+class TAVOLIN_API CVLDBUser {
   public:
     CVLDBUser();
     explicit CVLDBUser(std::shared_ptr<Session> session);

@@ -5,12 +5,14 @@
 #include <string>
 #include <string_view>
 
+#include "tavolin/base/export.h"
+
 namespace tavolin {
 
 class PropertyBagReader;
 class PropertyBagWriter;
 
-class CVLUserNote {
+class TAVOLIN_API CVLUserNote {
   public:
     // The note's date as text, which is its key in the set; assigning it does not file it anew
     // before the set is next loaded.

@@ -18,6 +18,7 @@
 
 #include "tavolin/base/date.h"
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/object_collection.h"
 #include "tavolin/model/user_note.h"
@@ -26,7 +27,7 @@ namespace tavolin {
 
 class Session;
 
-class CVLUserNoteSet {
+class TAVOLIN_API CVLUserNoteSet {
   public:
     // A set of its own, until it is given to a user; the rights are those in the current engine.
     CVLUserNoteSet();

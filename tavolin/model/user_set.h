@@ -16,13 +16,14 @@
 #include <vector>
 
 #include "tavolin/base/event.h"
+#include "tavolin/base/export.h"
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/object_collection.h"
 #include "tavolin/model/user.h"
 
 namespace tavolin {
 
-class CVLDBUserSet {
+class TAVOLIN_API CVLDBUserSet {
   public:
     CVLDBUserSet();
     explicit CVLDBUserSet(std::shared_ptr<Session> session);

@@ -25,6 +25,8 @@
 #include <system_error>
 #include <vector>
 
+#include "tavolin/base/export.h"
+
 namespace tavolin {
 
 using ByteView = std::span<const std::uint8_t>;
@@ -46,7 +48,7 @@ enum class FileMode {
 };
 
 // An open file. Closed at the latest when it is destroyed.
-class File {
+class TAVOLIN_API File {
   public:
     virtual ~File() = default;
     virtual std::uint64_t Size() = 0;
@@ -65,7 +67,7 @@ class File {
 };
 
 // A lock that is held until it is destroyed, or until its process ends in whatever way.
-class FolderLock {
+class TAVOLIN_API FolderLock {
   public:
     FolderLock() = default;
     virtual ~FolderLock() = default;
@@ -74,16 +76,17 @@ class FolderLock {
 };
 
 // At most `limit` bytes from `offset` on; fewer when the file ends before.
-std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset, std::uint64_t limit);
+TAVOLIN_API std::vector<std::uint8_t> ReadBytes(File& file, std::uint64_t offset,
+                                                std::uint64_t limit);
 
 // Fills `target` with the bytes from `offset` on and says how many there were before the end.
-std::size_t ReadInto(File& file, std::uint64_t offset, std::span<std::uint8_t> target);
+TAVOLIN_API std::size_t ReadInto(File& file, std::uint64_t offset, std::span<std::uint8_t> target);
 
 // All the bytes, in as many requests as it takes.
-void WriteAll(File& file, ByteView bytes);
-void WriteAllAt(File& file, std::uint64_t offset, ByteView bytes);
+TAVOLIN_API void WriteAll(File& file, ByteView bytes);
+TAVOLIN_API void WriteAllAt(File& file, std::uint64_t offset, ByteView bytes);
 
-class FileSystem {
+class TAVOLIN_API FileSystem {
   public:
     virtual ~FileSystem() = default;
     // The one in use: the machine's own unless a ScopedFileSystem says otherwise.
@@ -158,7 +161,7 @@ class FileSystem {
 };
 
 // Puts a file system in the place of the current one until the end of the scope.
-class ScopedFileSystem {
+class TAVOLIN_API ScopedFileSystem {
   public:
     explicit ScopedFileSystem(FileSystem& file_system);
     ~ScopedFileSystem();
@@ -170,11 +173,11 @@ class ScopedFileSystem {
 };
 
 // What the machine calls that path.
-std::filesystem::path NativePath(std::string_view path);
+TAVOLIN_API std::filesystem::path NativePath(std::string_view path);
 // The reverse: UTF-8, with the separators as they are.
-std::string PortablePath(const std::filesystem::path& path);
+TAVOLIN_API std::string PortablePath(const std::filesystem::path& path);
 
 // The machine's own file system; what FileSystem::Current() gives when nobody replaced it.
-FileSystem& MachineFileSystem();
+TAVOLIN_API FileSystem& MachineFileSystem();
 
 }  // namespace tavolin

@@ -16,12 +16,13 @@
 #include <string_view>
 
 #include "tavolin/base/byte_buffer.h"
+#include "tavolin/base/export.h"
 #include "tavolin/salvage/damaged_bag.h"
 #include "tavolin/salvage/findings.h"
 
 namespace tavolin {
 
-class SalvagedFile {
+class TAVOLIN_API SalvagedFile {
   public:
     enum class Kind {
         kDatabase,
