@@ -32,9 +32,8 @@ TableFigures FiguresOf(const CVLTable& table) {
     ForEachRecord(table, [&](const CVLRecord& record) {
         for (int field = 0; field < kFieldCount; ++field)
             figures.bytes += record.prop(field).size();
-        // Without one there is none to be made.
-        const auto attachments = record.arena()->Attachments(record.handle(), false);
-        if (attachments) figures.attachments += static_cast<std::size_t>(attachments->Count());
+        if (!record.HasAttachments()) return;
+        figures.attachments += static_cast<std::size_t>(record.CVLAttachmentSet()->Count());
     });
     return figures;
 }

@@ -21,12 +21,8 @@ std::string ComposedKey(const PrimaryKeyType& key, const std::vector<std::string
 // Calls body(attachment) for each attachment of a record, whose set is not made if there is none.
 template <class Body>
 void ForEachAttachment(CVLRecord& record, Body&& body) {
-    const auto attachments = record.CVLAttachmentSet();
-    if (attachments->Count() == 0) {
-        record.CVLAttachmentSet(nullptr);  // the question made it; a million would take memory
-    } else {
-        for (const auto& attachment : attachments->NewEnum()) body(*attachment);
-    }
+    if (!record.HasAttachments()) return;
+    for (const auto& attachment : record.CVLAttachmentSet()->NewEnum()) body(*attachment);
 }
 
 class DumpWriter {

@@ -48,6 +48,8 @@ void CVLRecord::CVLAttachmentSet(std::shared_ptr<tavolin::CVLAttachmentSet> atta
          [&] { arena_->Attachments(record_, std::move(attachments)); });
 }
 
+bool CVLRecord::HasAttachments() const { return arena_->HasAttachments(record_); }
+
 std::string CVLRecord::prop(int propNum) const {
     static constexpr const char* kSource = "CVLRecord:prop Property Get";
     return Trap(kSource, [&] {

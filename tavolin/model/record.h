@@ -56,6 +56,8 @@ class TAVOLIN_API CVLRecord : public std::enable_shared_from_this<CVLRecord> {
     // Made empty when there is none yet. Setting nothing takes the set away.
     std::shared_ptr<tavolin::CVLAttachmentSet> CVLAttachmentSet() const;
     void CVLAttachmentSet(std::shared_ptr<tavolin::CVLAttachmentSet> attachments);
+    // Whether there is an attachment. Unlike the question for the set, this one makes none.
+    bool HasAttachments() const;
 
     // A field's value; a number above 9 raises GetFieldOutOfRangeError, one outside 0 to 255 raises
     // 6. Setting a field of the primary key does not file the record anew.
