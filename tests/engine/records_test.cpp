@@ -75,8 +75,10 @@ TEST_F(RecordsTest, EventsComeFromTheSetTheTableAndTheEngineInThisOrder) {
     table->CVLRecordSet()->OnRecordRemove.Connect(note("set-"));
     table->OnRecordRemove.Connect(note("table-"));
     engine_.OnRecordRemove.Connect(note("engine-"));
-    engine_.AddRecord("T", 1, {"1", "Paris"});
-    EXPECT_EQ(events, "set+1 city:Paris table+1 engine+1 ");
+    engine_.OnRecordUpDate.Connect(note("engine="));
+    const auto record = engine_.AddRecord("T", 1, {"1", "Paris"});
+    engine_.UpDateRecord("T", record, 1, {"1", "Rome"});
+    EXPECT_EQ(events, "set+1 city:Paris table+1 engine+1 city:Rome engine=1 ");
     events.clear();
     engine_.DeleteRecord("T", "1", false);
     EXPECT_EQ(events, "set-1 table-1 engine-1 ");
