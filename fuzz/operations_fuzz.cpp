@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <utility>
 
 #include "fuzz/walk.h"
+#include "tests/support/invariants.h"
 
 namespace tavolin::fuzz {
 namespace {
@@ -105,7 +107,7 @@ class Model {
         return true;
     }
 
-    bool Update(int t, int row, const Fields& fields) {
+    bool Update(int t, int row, const Fields& fields, bool fills) {
         Table& table = At(t);
         Fields& old = table.rows[static_cast<std::size_t>(row)].fields;
         for (std::size_t i = 0; i < kFields; ++i) {
@@ -113,11 +115,13 @@ class Model {
             if (std::find(table.key.begin(), table.key.end(), i) != table.key.end()) return false;
             old[i] = fields[i];
         }
-        Fill(t, Fields(old), table.referrers.empty() ? isPrimaryTable : isLinkedTable);
+        const auto number = table.referrers.empty() ? isPrimaryTable : isLinkedTable;
+        if (fills) Fill(t, Fields(old), number);
         return true;
     }
 
-    void Delete(int t, int id, bool cascade) {
+    // Appends the keys of what goes.
+    void Delete(int t, int id, bool cascade, std::string& removed) {
         in_deletion_.insert(id);
         for (std::size_t i = 0; cascade && i < kFields; ++i) {
             const int target = At(t).links[i];
@@ -125,8 +129,9 @@ class Model {
             if (target < 0 || value.empty()) continue;
             const Row* const found = At(target).Find(value);
             if (found == nullptr || in_deletion_.contains(found->id)) continue;
-            if (!OthersHold(value, target, id)) Delete(target, found->id, true);
+            if (!OthersHold(value, target, id)) Delete(target, found->id, true, removed);
         }
+        removed += At(t).KeyOf(RowOf(t, id).fields) + ";";
         std::erase_if(At(t).rows, [&](const Row& row) { return row.id == id; });
         in_deletion_.erase(id);
     }
@@ -236,6 +241,8 @@ class Work {
         engine_.CreateNewPrimaryTable("T1", {"A", "B", "C", "D"}, 0, 1);
         engine_.CreateNewPrimaryTable("T2", {"A", "B", "C", "D"}, 0);
         engine_.CreateNewPrimaryTable("T3", {"A", "B", "C", "D"}, 2);
+        engine_.OnRecordRemove.Connect(
+            [&](const auto& record) { removed_ += record->Key() + ";"; });
     }
 
     void Run() {
@@ -255,9 +262,12 @@ class Work {
 
   private:
     void Step() {
-        const int step = input_.Below(20);
+        const int byte = input_.Byte();
+        const int step = byte % 20;
         table_ = input_.Below(kTables);
-        if (step < 7) {
+        if (byte >= 240) {
+            Rebuild(byte % 4);
+        } else if (step < 7) {
             Add();
         } else if (step < 9) {
             OnRow([&](int row) { Update(row); });
@@ -323,9 +333,16 @@ class Work {
     void Update(int row) {
         const Fields fields = SomeFields();
         const auto record = engine_.GetRecord(kNames[table_], row + 1);
-        const std::int32_t refusal =
-            Refusal([&] { engine_.UpDateRecord(kNames[table_], record, 0, FieldTexts(fields)); });
-        Require(model_.Update(table_, row, fields) == (refusal == 0), "a record is updated");
+        const int way = row % 4;  // by the engine, by the table, or by the set, which fills nothing
+        const std::int32_t refusal = Refusal([&] {
+            const auto table = engine_.GetTable(kNames[table_]);
+            if (way < 2) engine_.UpDateRecord(table, record, 0, FieldTexts(fields));
+            if (way == 2) table->Update(engine_.CVLTableSet(), record, FieldTexts(fields));
+            if (way == 3)
+                table->CVLRecordSet()->Update(table->PrimaryKey(), record, FieldTexts(fields));
+        });
+        Require(model_.Update(table_, row, fields, way < 3) == (refusal == 0),
+                "a record is updated");
         Require(refusal == 0 || refusal == CVLErrorNum::GetRecordUpDateError(),
                 "a key that would change has its number");
     }
@@ -334,9 +351,42 @@ class Work {
         const int how = input_.Below(4);
         const Row& gone = ModelTable().rows[static_cast<std::size_t>(row)];
         const std::string key = ModelTable().KeyOf(gone.fields);
+        const auto record = engine_.GetRecord(kNames[table_], row + 1);
         engine_.DeleteRecord(kNames[table_], how % 2 == 0 ? IndexKey(row + 1) : IndexKey(key),
                              how < 3);
-        model_.Delete(table_, gone.id, how < 3);
+        std::string removed;
+        model_.Delete(table_, gone.id, how < 3, removed);
+        Require(std::exchange(removed_, {}) == removed, "each deletion is told of, in order");
+        // What is not in its table any more does not count, whatever it says.
+        record->prop(1, Value());
+    }
+
+    // What changes a whole table, or nothing that can be seen.
+    void Rebuild(int how) {
+        const auto table = engine_.GetTable(kNames[table_]);
+        if (how == 0) {
+            for (const char* name : {"renamed", kNames[table_]}) {
+                table->Key(name);
+                for (const auto& each : engine_.CVLTableSet()->NewEnum()) {
+                    for (int field = 0; field < kFields; ++field) {
+                        Require(each->LinkedTable(field) != "renamed" || *name == 'r',
+                                "links follow a table's name");
+                    }
+                }
+            }
+        } else if (how == 1) {
+            const auto copy = std::make_shared<CVLRecordSet>();
+            copy->ObjectState(table->CVLRecordSet()->ObjectState());
+            table->CVLRecordSet(copy);
+        } else {
+            OnRow([&](int row) {  // without its dependents, and without the engine's hearing of it
+                if (how == 2) table->Remove(row + 1);
+                if (how == 3) table->CVLRecordSet()->Remove(row + 1);
+                std::string removed;
+                const int id = ModelTable().rows[static_cast<std::size_t>(row)].id;
+                model_.Delete(table_, id, false, removed);
+            });
+        }
     }
 
     void Sort(int field) {
@@ -372,6 +422,7 @@ class Work {
         // What is done to the result is nobody else's.
         Refusal([&] { engine_.AddRecord(result, 1, FieldTexts(SomeFields())); });
         engine_.DeleteRecord(result, 1 + input_.Below(static_cast<int>(expected.size())));
+        removed_.clear();
         result->Sort(1);
     }
 
@@ -460,7 +511,10 @@ class Work {
             }
             Require(table->ReferenceCount() == static_cast<int>(expected.referrers.size()),
                     "links that are known at both ends");
+            Require((table->SpecificType() == isLinkedTable) == !expected.referrers.empty(),
+                    "a table that others refer to is a linked one");
         }
+        Require(FaultsOf(engine).empty(), "what holds between two calls");
     }
 
     Input& input_;
@@ -469,6 +523,7 @@ class Work {
     std::optional<Model> before_;
     std::optional<Model> disk_;
     int table_ = 0;
+    std::string removed_;
     std::vector<std::shared_ptr<CVLRecord>> held_;
 };
 

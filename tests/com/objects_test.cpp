@@ -1,7 +1,4 @@
 #include <atomic>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "tests/com/client.h"
@@ -288,32 +285,6 @@ TEST_F(ObjectTest, ErrorInformationIsOfTheLastCall) {
     EXPECT_EQ(Failure(engine->get_DBName(nullptr)), L"80004003");
     auto* stranger = reinterpret_cast<::_CVLDBUser*>(customers.get());
     EXPECT_EQ(Failure(engine->LogOnAsUser(stranger, &done)), L"800A000D Tavolin: Type mismatch");
-}
-
-// The component as a part of a program that names it in its manifest.
-TEST_F(ObjectTest, ADependencyOfAProgram) {
-    std::ifstream own(std::filesystem::path(ComponentFolder()) / L"Tavolin.Automation.manifest");
-    const std::string text{std::istreambuf_iterator<char>(own), {}};
-    const auto begin = text.find("<assemblyIdentity");
-    ASSERT_NE(begin, std::string::npos);
-    const std::string identity = text.substr(begin, text.find("/>", begin) + 2 - begin);
-    const auto manifest = std::filesystem::path(folder()) / L"program.manifest";
-    std::ofstream(manifest) << "<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" "
-                               "manifestVersion=\"1.0\"><dependency><dependentAssembly>"
-                            << identity << "</dependentAssembly></dependency></assembly>";
-    const std::wstring assemblies = ComponentFolder();
-    ACTCTXW program{};
-    program.cbSize = sizeof program;
-    program.dwFlags = ACTCTX_FLAG_ASSEMBLY_DIRECTORY_VALID;
-    program.lpSource = manifest.c_str();
-    program.lpAssemblyDirectory = assemblies.c_str();
-    const HANDLE context = ::CreateActCtxW(&program);
-    ASSERT_NE(context, INVALID_HANDLE_VALUE) << ::GetLastError();
-    ULONG_PTR activation = 0;
-    ASSERT_TRUE(::ActivateActCtx(context, &activation));
-    EXPECT_TRUE(New<::_CVLRecord>(__uuidof(::CVLRecord)));
-    ::DeactivateActCtx(0, activation);
-    ::ReleaseActCtx(context);
 }
 
 // A bare pointer in another thread is refused; a marshalled one works, errors included.

@@ -13,39 +13,14 @@ namespace fs = std::filesystem;
 
 // The machine's file system, with a record of every path outside some folders that it was asked
 // about, be it only whether something is there.
-class WatchedFileSystem final : public FileSystem {
+class WatchedFileSystem final : public ForwardingFileSystem {
   public:
     explicit WatchedFileSystem(std::vector<fs::path> folders) : folders_(std::move(folders)) {}
     std::vector<std::string> outside;
 
-    PathKind Kind(std::string_view path) override { return At(path).Kind(path); }
-    bool IsSameFile(std::string_view a, std::string_view b) override {
-        return At(a, b).IsSameFile(a, b);
-    }
-    std::unique_ptr<File> Open(std::string_view path, FileMode mode) override {
-        return At(path).Open(path, mode);
-    }
-    std::unique_ptr<File> Create(std::string_view path, std::string_view like) override {
-        return At(path).Create(path, like);
-    }
-    std::string FollowLink(std::string_view path) override { return At(path).FollowLink(path); }
-    void Delete(std::string_view path) override { At(path).Delete(path); }
-    void Rename(std::string_view from, std::string_view to) override {
-        At(from, to).Rename(from, to);
-    }
-    void FlushFolder(std::string_view folder) override { At(folder).FlushFolder(folder); }
-    bool Link(std::string_view path, std::string_view second) override {
-        return At(path, second).Link(path, second);
-    }
-    std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
-        return At(folder).LockFolder(folder);
-    }
-    void CreateFolder(std::string_view path) override { At(path).CreateFolder(path); }
-
   private:
-    template <class... Paths>
-    FileSystem& At(const Paths&... paths) {
-        for (const std::string_view path : {std::string_view(paths)...}) {
+    bool Asked(std::string_view, std::string_view one, std::string_view other) override {
+        for (const std::string_view path : {one, other.empty() ? one : other}) {
             std::error_code error;
             fs::path real = fs::weakly_canonical(NativePath(path), error);
             if (error) real = NativePath(path).lexically_normal();  // longer than the machine takes
@@ -55,7 +30,7 @@ class WatchedFileSystem final : public FileSystem {
             };
             if (std::none_of(folders_.begin(), folders_.end(), holds)) outside.emplace_back(path);
         }
-        return MachineFileSystem();
+        return true;
     }
 
     std::vector<fs::path> folders_;

@@ -63,20 +63,5 @@ TEST_F(ObserversTest, MayComeAndGoAndFailWhileTheyAreCalled) {
     EXPECT_EQ(engine_.ObserversCount(), 4);
 }
 
-TEST_F(ObserversTest, AreCalledForEachNameThatTheyStandUnder) {
-    struct Twice : IUpdater {
-        CVLDBEngine* engine = nullptr;
-        int calls = 0;
-        void Update() override {
-            if (++calls == 1) engine->RemoveObserver("b");
-        }
-    };
-    const auto observer = std::make_shared<Twice>();
-    observer->engine = &engine_;
-    for (const char* name : {"a", "b", "c"}) engine_.AddObserver(observer, name);
-    engine_.NotifyObservers();
-    EXPECT_EQ(observer->calls, 2);
-}
-
 }  // namespace
 }  // namespace tavolin

@@ -106,35 +106,13 @@ TEST_F(OtherEnginesTest, WhoKeepsChangesOfOthersIsRefused) {
 // Somebody else saves in the last moment, when the new file is written and about to be put in
 // place.
 TEST_F(OtherEnginesTest, TheFileIsLookedAtAgainWhenTheFolderIsLocked) {
-    class LateSaver final : public FileSystem {
-      public:
-        explicit LateSaver(std::function<void()> save) : save_(std::move(save)) {}
-        PathKind Kind(std::string_view path) override { return real_.Kind(path); }
-        bool IsSameFile(std::string_view a, std::string_view b) override {
-            return real_.IsSameFile(a, b);
+    struct LateSaver final : ForwardingFileSystem {
+        explicit LateSaver(std::function<void()> then) : save(std::move(then)) {}
+        bool Asked(std::string_view call, std::string_view, std::string_view) override {
+            if (call == "lock folder" && save) std::exchange(save, {})();
+            return true;
         }
-        std::unique_ptr<File> Open(std::string_view path, FileMode mode) override {
-            return real_.Open(path, mode);
-        }
-        std::unique_ptr<File> Create(std::string_view path, std::string_view like) override {
-            return real_.Create(path, like);
-        }
-        std::string FollowLink(std::string_view path) override { return real_.FollowLink(path); }
-        void Delete(std::string_view path) override { real_.Delete(path); }
-        void Rename(std::string_view from, std::string_view to) override { real_.Rename(from, to); }
-        void FlushFolder(std::string_view folder) override { real_.FlushFolder(folder); }
-        bool Link(std::string_view path, std::string_view second) override {
-            return real_.Link(path, second);
-        }
-        void CreateFolder(std::string_view path) override { real_.CreateFolder(path); }
-        std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
-            if (save_) std::exchange(save_, {})();
-            return real_.LockFolder(folder);
-        }
-
-      private:
-        FileSystem& real_ = MachineFileSystem();
-        std::function<void()> save_;
+        std::function<void()> save;
     };
     engine_.KeepChangesOfOthers(true);
     LateSaver files([&] { Meanwhile("late"); });

@@ -110,29 +110,6 @@ TEST_F(RegistryTest, AnUnreadableFileIsKeptAside) {
     EXPECT_FALSE(FileSystem::Current().Exists(File("RDX.dat.unreadable5")));
 }
 
-TEST_F(RegistryTest, NoDamageIsBelieved) {
-    engine_.SaveDB();
-    const std::string good = Contents(File("RDX.dat"));
-    MakeBobs("bobs");
-    const std::string other = Contents(File("RDX.dat"));
-    const auto expect_refused = [&](const std::string& damaged, const std::string& what) {
-        WriteContents(File("RDX.dat"), damaged);
-        EXPECT_TRUE(engine_.LogOn("ann", "secret")) << what;
-        EXPECT_EQ(engine_.CVLDBOwnerSet()->Count(), 0) << what;
-        EXPECT_EQ(Contents(File("RDX.dat")), damaged) << what;
-    };
-    for (std::size_t at = 0; at < good.size(); ++at) {
-        for (const int bits : {1 << at % 8, 0xFF}) {
-            std::string changed = good;
-            changed[at] = static_cast<char>(changed[at] ^ bits);
-            expect_refused(changed, "byte " + std::to_string(at) + " changed");
-        }
-        expect_refused(good.substr(0, at), "cut to " + std::to_string(at));
-    }
-    ForEachSplice(good, other, expect_refused);
-    EXPECT_EQ(engine_.DBName(), "shop.cdb");
-}
-
 TEST_F(RegistryTest, WithoutAPlaceForItTheDatabaseAndTheLogAreStillWritten) {
     ScopedLibraryFolder gone;
     std::filesystem::remove(gone.folder().path());

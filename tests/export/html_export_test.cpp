@@ -127,31 +127,13 @@ TEST_F(HtmlExportTest, RefusesNamesThatAreNoFolders) {
     const auto publish = [&](const std::string& name) {
         return ErrorNumber([&] { engine_.MakeItHTML(FolderPath(), name); });
     };
-    const std::string longest(255, 'x');
-    const std::string too_long = longest + "x";
-    const char* impossible[] = {too_long.c_str(),
-                                "A\xFF",
-                                "\xED\xA0\x80",
-                                "\xC2\x85",
-                                ".",
-                                "..",
-                                "a/b",
-                                "..\\a",
-                                "C:",
-                                "a?",
-                                "a<b",
-                                "a|b",
-                                "a\"",
-                                "a*",
-                                "a.",
-                                "a ",
-                                "a\nb",
-                                "con",
-                                "Nul.x",
-                                "LPT1",
-                                "com9.htm",
-                                "COM\xC2\xB2",
-                                "aux .txt"};
+    const std::string text(256, 'x');
+    const char* const too_long = text.c_str();
+    const char* impossible[] = {"A\xFF",       "\xED\xA0\x80", "\xC2\x85", ".",    "..",
+                                "a/b",         "..\\a",        "C:",       "a?",   "a<b",
+                                "a|b",         "a\"",          "a*",       "a.",   "a ",
+                                "a\nb",        "con",          "Nul.x",    "LPT1", "com9.htm",
+                                "COM\xC2\xB2", "aux .txt",     too_long};
     for (const char* name : impossible) EXPECT_EQ(publish(name), kBadFileName) << name;
     for (const char* name : {"title", "Contents", "inlineframerecords"}) {
         EXPECT_EQ(publish(name), kBadFileName) << name;

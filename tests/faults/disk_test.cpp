@@ -105,20 +105,5 @@ TEST_F(DiskTest, AFolderWithoutTheRightToWrite) {
     EXPECT_EQ(TextOf(file), "old");
 }
 
-TEST_F(DiskTest, LongPathsAndNamesInAnyScript) {
-    std::string deep = FolderPath();
-    while (deep.size() < 300) {
-        deep += "\\\u0414\u0430\u043D\u043D\u044B\u0435 \U0001F4BE a long name of a folder";
-        MachineFileSystem().CreateFolder(deep);
-    }
-    EXPECT_TRUE(engine_.SaveDB(deep, "\u041C\u0430\u0433\u0430\u0437\u0438\u043D \U0001F600"));
-    EXPECT_EQ(TextOf(deep + "\\\u041C\u0430\u0433\u0430\u0437\u0438\u043D \U0001F600.cdb"), "old");
-    engine_.MakeItText(deep);
-    engine_.MakeItHTML(deep);
-    engine_.MakeItMDB(deep);
-    EXPECT_TRUE(engine_.DeleteDB(deep + "\\" + engine_.DBName()));
-    EXPECT_EQ(ErrorNumber([&] { engine_.SaveDB({}, std::string(300, 'x')); }), kBadFileName);
-}
-
 }  // namespace
 }  // namespace tavolin

@@ -13,6 +13,9 @@ class AttachmentSetTest : public EngineTest {
 };
 
 TEST_F(AttachmentSetTest, AddsUpdatesAndRemoves) {
+    ExpectNoEnds("CVLAttachmentSet", "Attachment Not Found Error ", N::GetFirstAttachmentError(),
+                 {[&] { set_.FirstAttachment(); }, [&] { set_.LastAttachment(); },
+                  [&] { set_.PreviousAttachment(1); }, [&] { set_.NextAttachment(0); }});
     std::string events;
     set_.OnAttachmentAdd.Connect([&](const std::string& path) { events += "+" + path; });
     set_.OnAttachmentRemove.Connect([&](const auto& gone) { events += "-" + gone->Key(); });
@@ -33,12 +36,6 @@ TEST_F(AttachmentSetTest, AddsUpdatesAndRemoves) {
     set_.Remove("MAP");
     EXPECT_EQ(set_.Count(), 0);
     EXPECT_EQ(events, "+m.png=n.wav-Map");
-}
-
-TEST_F(AttachmentSetTest, HasNoEndsWhenEmpty) {
-    ExpectNoEnds("CVLAttachmentSet", "Attachment Not Found Error ", N::GetFirstAttachmentError(),
-                 {[&] { set_.FirstAttachment(); }, [&] { set_.LastAttachment(); },
-                  [&] { set_.PreviousAttachment(1); }, [&] { set_.NextAttachment(0); }});
 }
 
 TEST_F(AttachmentSetTest, ComesBackFromItsState) {

@@ -110,36 +110,6 @@ TEST_F(RecordArenaTest, UsesFreedMemoryAgain) {
     EXPECT_EQ(arena_->memory(), memory);
 }
 
-// The new value may lie in the very record that is changed.
-TEST_F(RecordArenaTest, SetsFieldsFromFields) {
-    const RecordHandle record = Make({"key", "0123456789", "caf\xC3\xA9"});
-    Set(record, 1, arena_->AllFields(record));
-    Set(record, 3, arena_->Field(record, 1).substr(3));
-    Set(record, 2, arena_->Field(record, 2).substr(0, 3));
-    EXPECT_EQ(FieldsOf(record),
-              (Fields{"key", "key0123456789caf\xC3\xA9", "caf", "0123456789caf\xC3\xA9"}));
-    EXPECT_FALSE(arena_->IsAscii(record));
-}
-
-TEST_F(RecordArenaTest, HandsOutOneObjectForARecord) {
-    const RecordHandle record = Make({"a"});
-    auto object = RecordArena::Object(arena_, record);
-    EXPECT_EQ(RecordArena::Object(arena_, record), object);
-    int changes = 0;
-    object->OnPropertyChange.Connect([&](auto...) { ++changes; });
-    arena_->Release(record);  // the object alone keeps it now
-    object->prop(0, "b");
-    EXPECT_EQ(object->prop(0), "b");
-    object.reset();
-    const RecordHandle reused = Make({"d"});
-    EXPECT_EQ(reused, record);
-    object = RecordArena::Object(arena_, reused);
-    object->prop(0, "e");
-    EXPECT_EQ(changes, 1);
-    arena_.reset();  // an object outlives the arena's owner
-    EXPECT_EQ(object->prop(0), "e");
-}
-
 // As long as anyone holds them, whatever is let go meanwhile, in any order.
 TEST_F(RecordArenaTest, KnowsManyObjectsApart) {
     const std::uint32_t seed = std::random_device{}();

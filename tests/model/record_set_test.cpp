@@ -73,6 +73,18 @@ TEST_F(RecordSetTest, TellsAMissedPositionFromAMissedKey) {
     }
     ExpectError(N::GetDBNotSetError(), "CVLRecordSet:Remove Method", "DataBase Is Not Set!",
                 [&] { set_.Remove("1"); });
+    for (const Placement& wrong : {Placement{.before = 1, .after = 2},
+                                   {.before = 0},
+                                   {.after = 0},
+                                   {.before = 3},
+                                   {.after = -1},
+                                   {.before = "x"},
+                                   {.after = "x"}}) {
+        for (const char* key : {"new", "a"}) {  // even where the key is a duplicate as well
+            EXPECT_EQ(ErrorNumber([&] { set_.Add(kFirst, 1, {key}, nullptr, wrong); }),
+                      kInvalidCall);
+        }
+    }
     EXPECT_EQ(set_.NextRecord(1), set_.LastRecord());
     EXPECT_EQ(set_.PreviousRecord(2), set_.FirstRecord());
     EXPECT_EQ(ErrorNumber([&] { set_.NextRecord(2); }), N::GetNextRecordError());
@@ -100,26 +112,6 @@ TEST_F(RecordSetTest, UpdatesFieldByField) {
                     "Record Key Cannot Be UpDated!", [&] { set_.Update(second, record, other); });
     }
     EXPECT_EQ(record->prop(0) + record->prop(1) + record->prop(3), "32");
-}
-
-TEST_F(RecordSetTest, FilesUnderAHostsKeyWhenItIsLoaded) {
-    Fill("abcd");
-    set_.Item("a")->Key("z");
-    set_.Item("b")->prop(0, "new");  // a changed field leaves the key alone
-    set_.Item("c")->Key("D");
-    EXPECT_EQ(set_.Item("A")->Key(), "z");
-    EXPECT_EQ(set_.Item("b")->Key(), "b");
-    EXPECT_TRUE(set_.CanAdd("z") && set_.CanAdd("new"));
-    set_.ObjectState(set_.ObjectState());
-    EXPECT_EQ(Names(), "abcd");
-    EXPECT_EQ(set_.Item("Z")->prop(1), "a");
-    EXPECT_EQ(set_.Item("b")->prop(0), "new");
-    EXPECT_EQ(set_.Item("d")->prop(1), "d");  // which nobody has changed
-    EXPECT_TRUE(set_.CanAdd("a") && set_.CanAdd("c"));
-    EXPECT_EQ(set_.Item(3)->Key(), "D");
-    set_.Remove("d");
-    EXPECT_TRUE(set_.CanAdd("d"));
-    EXPECT_EQ(Names(), "abc");
 }
 
 TEST_F(RecordSetTest, SharesAndStoresAttachments) {

@@ -79,43 +79,6 @@ TEST_F(SessionTest, FreeObjectsBelongToTheNewestEngineOfTheirThread) {
               N::GetUserPermissionToRdError());
 }
 
-// A tree that was replaced can be read field by field and not changed.
-TEST_F(SessionTest, ReplacedTreesAreRetired) {
-    const auto table = engine_.CreateNewPrimaryTable("T", {"ID"});
-    const auto record = engine_.AddRecord("T", 1, {"a", "b"});
-    const auto result = table->Find("b");
-    const auto replaced = [&] {
-        EXPECT_EQ(record->prop(1) + table->FieldName(0), "bID");
-        EXPECT_FALSE(MayWrite(*table->CVLRecordSet()));
-        EXPECT_FALSE(MayWrite(*result->CVLRecordSet()));
-    };
-    engine_.CreateNewDB("next", FolderPath());
-    replaced();
-    EXPECT_TRUE(MayWrite(*engine_.CreateNewPrimaryTable("T", {"ID"})->CVLRecordSet()));
-    const auto old = engine_.GetTable("T");
-    engine_.TransactionBegin();
-    engine_.TansactionAbort();
-    EXPECT_FALSE(MayWrite(*old->CVLRecordSet()));
-    EXPECT_TRUE(MayWrite(*engine_.GetTable("T")->CVLRecordSet()));
-}
-
-TEST(SessionEndTest, ObjectsOutliveTheirEngine) {
-    ScopedLibraryFolder library;
-    std::shared_ptr<CVLTable> table;
-    std::shared_ptr<CVLRecord> record;
-    {
-        CVLDBEngine engine;
-        engine.LogOn("ann", "secret");
-        engine.CreateNewDB("shop", PortablePath(library.folder().path()));
-        table = engine.CreateNewPrimaryTable("T", {"ID"});
-        record = engine.AddRecord("T", 1, {"a"});
-    }
-    EXPECT_EQ(record->prop(0) + table->Key(), "aT");
-    EXPECT_EQ(table->Count(), 1);
-    EXPECT_EQ(ErrorNumber([&] { table->Add(nullptr, 1, {"b"}); }), N::GetUserPermissionToRWError());
-    EXPECT_EQ(table->Find("a")->Count(), 1);
-}
-
 TEST(SessionStartTest, WhatIsMadeBeforeAnyEngineAsksTheCurrentOneWhenItActs) {
     ScopedLibraryFolder library;
     CVLRecordSet records;

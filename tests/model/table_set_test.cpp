@@ -1,6 +1,5 @@
 #include "tavolin/model/table_set.h"
 
-#include "tavolin/persist/property_bag.h"
 #include "tests/support/expect_error.h"
 
 namespace tavolin {
@@ -14,6 +13,9 @@ class TableSetTest : public EngineTest {
 };
 
 TEST_F(TableSetTest, AddsAndUpdates) {
+    ExpectNoEnds("CVLTableSet", "Table Not Found Error ", N::GetFirstTableError(),
+                 {[&] { set_->FirstTable(); }, [&] { set_->LastTable(); },
+                  [&] { set_->PreviousTable(1); }, [&] { set_->NextTable(0); }});
     std::string events;
     set_->OnTableAdd.Connect([&](const auto& table) { events += "+" + table->Key(); });
     set_->OnTableUpDate.Connect([&](const auto& table) { events += "=" + table->Key(); });
@@ -53,45 +55,6 @@ TEST_F(TableSetTest, AddsAndUpdates) {
     }
     set_->Remove("T");
     EXPECT_EQ(events, "+T=T=T-T0");
-}
-
-TEST_F(TableSetTest, HasNoEndsWhenEmpty) {
-    ExpectNoEnds("CVLTableSet", "Table Not Found Error ", N::GetFirstTableError(),
-                 {[&] { set_->FirstTable(); }, [&] { set_->LastTable(); },
-                  [&] { set_->PreviousTable(1); }, [&] { set_->NextTable(0); }});
-}
-
-TEST_F(TableSetTest, ComesBackFromItsStoredForm) {
-    const auto a = engine_.CreateNewPrimaryTable("A", {"ID", "Caf\xC3\xA9"}, 1, 0);
-    const auto b = engine_.CreateNewPrimaryTable("B", {"ID"});
-    a->Link(1, b);
-    a->FieldLabel(9, "last");
-    a->Add(set_, 3, {"x", "y"});
-    PropertyBagWriter writer;
-    set_->WriteProperties(writer);
-    const auto state = std::move(writer).Finish();
-    CVLTableSet loaded;
-    const auto load = [&](const std::vector<std::uint8_t>& bytes) {
-        Trap("load", [&] {
-            PropertyBagReader reader(bytes);
-            loaded.ReadProperties(reader);
-        });
-    };
-    load(state);
-    ASSERT_EQ(loaded.Count(), 2);
-    const auto first = loaded.Item(1);
-    EXPECT_EQ(first->Key() + first->FieldName(1) + first->FieldLabel(9), "ACaf\xC3\xA9last");
-    EXPECT_EQ(first->PrimaryKey(), (PrimaryKeyType{1, 0, 99, 99}));
-    EXPECT_EQ(first->LinkedTable(1) + loaded.Item("b")->ReferencedTable(0), "BA");
-    EXPECT_TRUE(first->FieldIsForeignKey(1) && !first->FieldIsForeignKey(0));
-    EXPECT_EQ(loaded.Item(2)->SpecificType(), isLinkedTable);
-    EXPECT_EQ(first->GetRecord("yx")->nKey(), 3);
-    EXPECT_EQ(loaded.Item(2)->GetRecord(1)->Key(), "y");
-    first->Key("Renamed");  // a table of this set, whose links follow
-    EXPECT_EQ(loaded.Item("renamed")->LinkedTable(1) + loaded.Item(2)->ReferencedTable(0),
-              "BRenamed");
-    ExpectDamageRefused(state, load);
-    EXPECT_EQ(loaded.Item("renamed"), first);
 }
 
 }  // namespace

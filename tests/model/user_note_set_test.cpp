@@ -66,19 +66,5 @@ TEST_F(UserNoteSetTest, FollowsTheRightsOfItsUsersDatabase) {
         EXPECT_EQ(user->CVLUserNoteSet()->Item(first_)->Note(), "x") << user->UserName();
 }
 
-TEST_F(UserNoteSetTest, ComesBackFromItsState) {
-    set_.Add(date_, -1, "caf\xC3\xA9");
-    set_.Add(MakeDate(2020, 1, 1), 2, "")->dateKey = first_;  // collides when filed under it
-    const auto state = set_.ObjectState();
-    CVLUserNoteSet loaded;
-    loaded.ObjectState(state);
-    ASSERT_EQ(loaded.Count(), 2);
-    const auto first = loaded.Item(first_);
-    EXPECT_EQ(first->Note() + std::to_string(first->nKey), "caf\xC3\xA9-1");
-    EXPECT_EQ(loaded.Item(2)->nKey, 2);
-    ExpectDamageRefused(state, [&](const auto& damaged) { loaded.ObjectState(damaged); });
-    EXPECT_EQ(loaded.Item(1), first);
-}
-
 }  // namespace
 }  // namespace tavolin

@@ -93,6 +93,8 @@ TEST_F(UserSetTest, ComparesPasswords) {
 TEST_F(UserSetTest, ComesBackFromItsState) {
     const auto notes = std::make_shared<CVLUserNoteSet>();
     notes->Add(MakeDate(2024, 12, 31, 23, 59, 59), -7, "caf\xC3\xA9");
+    notes->Add(MakeDate(2020, 1, 1), 2, "")->dateKey = "12/31/2024 11:59:59 pm";  // collides
+    notes->ObjectState(notes->ObjectState());
     const auto bob =
         users_->Add("bob", "Pass\xE2\x82\xAC\xF0\x9F\x98\x80", true, false, true, notes);
     bob->UserFullName("Bob \xC3\x89");
@@ -115,6 +117,7 @@ TEST_F(UserSetTest, ComesBackFromItsState) {
     ASSERT_NE(note, nullptr);
     EXPECT_EQ(note->dateKey + note->Note(), "12/31/2024 11:59:59 PMcaf\xC3\xA9");
     EXPECT_EQ(note->nKey, -7);
+    EXPECT_EQ(again->CVLUserNoteSet()->Count(), 2);
     EXPECT_EQ(loaded.ObjectState(), state);
     ExpectDamageRefused(state, [&](const auto& damaged) { loaded.ObjectState(damaged); });
     EXPECT_EQ(loaded.Item("bob"), again);

@@ -42,6 +42,8 @@ TEST_F(DatabaseFileTest, KeepsTheRestOfALongerFileUnlessCut) {
     EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), (Bytes{9, 9}));
     const Bytes whole = FileSystem::Current().ReadFile(path_);
     EXPECT_EQ(Bytes(whole.begin() + 12, whole.end()), (Bytes{9, 9, 3, 4, 5}));
+    WriteDatabaseFile(path_, Bytes{1, 2, 3, 4, 5, 6, 7, 8});  // longer than what was there
+    EXPECT_EQ(FileSystem::Current().FileSize(path_), 20u);
     WriteDatabaseFile(path_, Bytes{8}, true);
     EXPECT_EQ(FileSystem::Current().FileSize(path_), 13u);
 }

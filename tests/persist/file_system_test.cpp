@@ -95,32 +95,6 @@ TEST_F(FileSystemTest, FailuresCarryTheMachinesCode) {
     EXPECT_THROW(files_.ReadFile(std::string_view("a\0b", 3)), fs::filesystem_error);
 }
 
-TEST_F(FileSystemTest, ReplaceKeepsTheTailItIsToldTo) {
-    struct Case {
-        const char* old;
-        std::vector<const char*> chunks;
-        std::optional<std::uint64_t> tail;
-        const char* expected;
-    };
-    const Case cases[] = {
-        {"0123456789", {"ab", "", "cd"}, {}, "abcd"},
-        {"0123456789", {"ab", "cd"}, 4, "abcd456789"},
-        {"012", {"ab", "cd"}, 4, "abcd"},
-        {"0123", {"ab", "cd"}, 4, "abcd"},
-        {nullptr, {"ab"}, 2, "ab"},
-        {"0123", {}, {}, ""},
-    };
-    for (const Case& test : cases) {
-        fs::remove(folder_.path() / "x");
-        if (test.old != nullptr) files_.Write(folder_ / "x", BytesOf(test.old));
-        std::vector<ByteView> chunks;
-        for (const char* chunk : test.chunks) chunks.push_back(BytesOf(chunk));
-        files_.Replace(folder_ / "x", chunks, test.tail);
-        EXPECT_EQ(Contents(folder_.path() / "x"), test.expected);
-        EXPECT_EQ(FilesInFolder(), 1u);
-    }
-}
-
 TEST_F(FileSystemTest, ReplaceCopiesALongTailAndSurvivesShortWrites) {
     std::string old(2'500'000, '\0');
     for (std::size_t i = 0; i < old.size(); ++i) old[i] = static_cast<char>(i * 7 / 3);
@@ -130,30 +104,6 @@ TEST_F(FileSystemTest, ReplaceCopiesALongTailAndSurvivesShortWrites) {
     const ByteView chunk = BytesOf("head");
     grudging.Replace(folder_ / "x", {&chunk, 1}, 4);
     EXPECT_TRUE(Contents(folder_.path() / "x") == "head" + old.substr(4));
-}
-
-// Whatever goes wrong, the file holds its old contents or its new ones, and nothing lies about.
-TEST_F(FileSystemTest, ReplaceIsAllOrNothing) {
-    const std::string path = folder_ / "x";
-    const ByteView chunks[] = {BytesOf("new "), BytesOf("text")};
-    const std::string old_text = "the old text", new_text = "new texttext";
-    for (const bool for_good : {false, true}) {
-        files_.Write(path, BytesOf(old_text));
-        const std::size_t calls = FailEachCall(
-            [&] { FileSystem::Current().Replace(path, chunks, 8); },
-            [&](const std::string& call, bool threw) {
-                EXPECT_TRUE(threw) << call;
-                const bool done = call == "flush folder";
-                EXPECT_EQ(Contents(folder_.path() / "x"), done ? new_text : old_text) << call;
-                // A disk that has gone for good does not let the sibling be removed either.
-                if (!for_good) {
-                    EXPECT_EQ(FilesInFolder(), 1u) << call;
-                }
-            },
-            ENOSPC, for_good);
-        EXPECT_GE(calls, 10u);
-        EXPECT_EQ(Contents(folder_.path() / "x"), new_text);
-    }
 }
 
 #ifndef _WIN32

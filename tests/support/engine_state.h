@@ -1,7 +1,6 @@
 // What the tests of the engine look at besides its members.
 #pragma once
 
-#include <algorithm>
 #include <string>
 
 #include "tavolin/base/clock.h"
@@ -37,20 +36,6 @@ inline std::string Contents(const std::string& path) {
 inline void WriteContents(const std::string& path, const std::string& text) {
     FileSystem::Current().Write(path,
                                 {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-}
-
-// Calls body(splice, what) with every beginning of one file continued as the other, unless that is
-// one of the two, whatever stands behind it.
-template <class Body>
-void ForEachSplice(const std::string& one, const std::string& other, Body&& body) {
-    for (const auto* const first : {&one, &other}) {
-        const std::string& second = first == &one ? other : one;
-        for (std::size_t cut = 0; cut < std::min(one.size(), other.size()); ++cut) {
-            const std::string splice = first->substr(0, cut) + second.substr(cut);
-            if (splice.starts_with(one) || splice.starts_with(other)) continue;
-            body(splice, "spliced at " + std::to_string(cut));
-        }
-    }
 }
 
 // The databases listed under an owner in the engine's registry, as "path;path;".

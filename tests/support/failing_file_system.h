@@ -13,23 +13,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <utility>
 #include <vector>
 
-#include "tavolin/persist/file_system.h"
+#include "tests/support/forwarding_file_system.h"
 
 namespace tavolin {
 
-class FailingFileSystem final : public FileSystem {
+class FailingFileSystem final : public ForwardingFileSystem {
   public:
-    explicit FailingFileSystem(FileSystem& real = MachineFileSystem()) : real_(real) {}
+    using ForwardingFileSystem::ForwardingFileSystem;
 
     // From now on the nth call (from 1) fails with the code, a write after taking half its bytes.
-    // With `for_good` all later ones fail as well.
+    // With `for_good` all later ones fail as well. A mere look does not fail and does not count.
     void FailCall(std::size_t nth, int code, bool for_good = false) {
         calls_.clear();
         nth_ = nth;
@@ -44,99 +42,26 @@ class FailingFileSystem final : public FileSystem {
     const std::vector<std::string>& calls() const { return calls_; }
     bool failed() const { return nth_ != 0 && calls_.size() >= nth_; }
 
-    // Kind and IsSameFile do not fail and do not count.
-    PathKind Kind(std::string_view path) override { return real_.Kind(path); }
-    bool IsSameFile(std::string_view a, std::string_view b) override {
-        return real_.IsSameFile(a, b);
-    }
-    std::unique_ptr<File> Open(std::string_view path, FileMode mode) override {
-        Count("open", path);
-        return std::make_unique<FailingFile>(*this, path, real_.Open(path, mode));
-    }
-    std::unique_ptr<File> Create(std::string_view path, std::string_view like) override {
-        Count("create", path);
-        return std::make_unique<FailingFile>(*this, path, real_.Create(path, like));
-    }
-    std::string FollowLink(std::string_view path) override {
-        Count("follow link", path);
-        return real_.FollowLink(path);
-    }
-    void Delete(std::string_view path) override {
-        Count("delete", path);
-        real_.Delete(path);
-    }
-    void Rename(std::string_view from, std::string_view to) override {
-        Count("rename", from);
-        real_.Rename(from, to);
-    }
-    void FlushFolder(std::string_view folder) override {
-        Count("flush folder", folder);
-        real_.FlushFolder(folder);
-    }
-    bool Link(std::string_view path, std::string_view second) override {
-        Count("link", second);
-        return links_ && real_.Link(path, second);
-    }
-    std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
-        Count("lock folder", folder);
-        return real_.LockFolder(folder);
-    }
-    void CreateFolder(std::string_view path) override {
-        Count("create folder", path);
-        real_.CreateFolder(path);
-    }
-
   private:
-    class FailingFile final : public File {
-      public:
-        FailingFile(FailingFileSystem& files, std::string_view path, std::unique_ptr<File> real)
-            : files_(files), path_(path), real_(std::move(real)) {}
-        std::uint64_t Size() override {
-            files_.Count("size", path_);
-            return real_->Size();
-        }
-        std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> target) override {
-            files_.Count("read", path_);
-            return real_->ReadAt(offset, target);
-        }
-        std::size_t Write(ByteView bytes) override {
-            if (files_.NextFails()) real_->Write(bytes.first(bytes.size() / 2));
-            files_.Count("write", path_);
-            return real_->Write(bytes.first(std::min(bytes.size(), files_.write_limit_)));
-        }
-        std::size_t WriteAt(std::uint64_t offset, ByteView bytes) override {
-            if (files_.NextFails()) real_->WriteAt(offset, bytes.first(bytes.size() / 2));
-            files_.Count("write", path_);
-            return real_->WriteAt(offset, bytes.first(std::min(bytes.size(), files_.write_limit_)));
-        }
-        void Flush() override {
-            files_.Count("flush", path_);
-            real_->Flush();
-        }
-        void Close() override {
-            files_.Count("close", path_);
-            real_->Close();
-        }
-
-      private:
-        FailingFileSystem& files_;
-        std::string path_;
-        std::unique_ptr<File> real_;
-    };
-
     bool NextFails() const {
         const std::size_t number = calls_.size() + 1;
         return nth_ != 0 && (number == nth_ || (for_good_ && number > nth_));
     }
-    void Count(const char* call, std::string_view path) {
+    bool Asked(std::string_view call, std::string_view path, std::string_view) override {
+        if (call.empty()) return true;
         const bool fails = NextFails();
-        calls_.push_back(call);
-        if (!fails) return;
-        throw std::filesystem::filesystem_error(call, NativePath(path),
+        calls_.emplace_back(call);
+        if (!fails) return call != "link" || links_;
+        throw std::filesystem::filesystem_error(calls_.back(), NativePath(path),
                                                 std::error_code(code_, std::generic_category()));
     }
+    std::size_t Writing(std::string_view path, ByteView bytes,
+                        const std::function<std::size_t(ByteView)>& write) override {
+        if (NextFails()) write(bytes.first(bytes.size() / 2));
+        return ForwardingFileSystem::Writing(
+            path, bytes.first(std::min(bytes.size(), write_limit_)), write);
+    }
 
-    FileSystem& real_;
     std::vector<std::string> calls_;
     std::size_t nth_ = 0;
     int code_ = EIO;
