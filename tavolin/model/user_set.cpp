@@ -152,6 +152,10 @@ void CVLDBUserSet::ObjectState(const std::vector<std::uint8_t>& state) {
     });
 }
 
+std::shared_ptr<CVLDBUser> CVLDBUserSet::Find(std::string_view name) const {
+    return users_->Find(name);
+}
+
 void CVLDBUserSet::WriteProperties(PropertyBagWriter& bag) const {
     WriteCollection(bag, *users_, "UserCount", "User");
 }

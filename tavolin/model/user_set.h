@@ -91,7 +91,7 @@ class TAVOLIN_API CVLDBUserSet {
 
   public:
     // Library-internal: the user of that name or nothing, and the set's stored form.
-    std::shared_ptr<CVLDBUser> Find(std::string_view name) const { return users_->Find(name); }
+    std::shared_ptr<CVLDBUser> Find(std::string_view name) const;
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
 };
