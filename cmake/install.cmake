@@ -17,9 +17,9 @@ install(FILES ${CMAKE_CURRENT_LIST_DIR}/tavolin-config.cmake
 
 # The headers that programs include, and what those include. Which these are is found out when they
 # are installed.
-set(public_headers tavolin/tavolin.h tavolin/base/clock.h tavolin/base/utf16.h
-    tavolin/persist/database_file.h tavolin/persist/file_system.h tavolin/persist/paths.h
-    tavolin/salvage/salvage.h)
+set(public_headers tavolin/tavolin.h tavolin/base/clock.h tavolin/base/code_page.h
+    tavolin/base/utf16.h tavolin/persist/database_file.h tavolin/persist/file_system.h
+    tavolin/persist/paths.h tavolin/salvage/salvage.h)
 install(CODE "
     set(ROOTS \"${public_headers}\")
     set(FOLDERS \"${PROJECT_SOURCE_DIR};${TAVOLIN_GENERATED}\")

@@ -7,30 +7,32 @@
 #include <string>
 #include <string_view>
 
+#include "tavolin/base/export.h"
+
 namespace tavolin {
 
 // The code of a character; nothing when the page does not have it.
-std::optional<std::uint8_t> AnsiCode(char32_t character);
+TAVOLIN_API std::optional<std::uint8_t> AnsiCode(char32_t character);
 
 // The character of a code: AnsiCode(AnsiCharacter(c)) is c for every c.
-char32_t AnsiCharacter(std::uint8_t code);
+TAVOLIN_API char32_t AnsiCharacter(std::uint8_t code);
 
 // One byte for each character; nothing when a character is not in the page or a byte is not UTF-8.
-std::optional<std::string> EncodeAnsi(std::string_view utf8);
+TAVOLIN_API std::optional<std::string> EncodeAnsi(std::string_view utf8);
 
 // Whether EncodeAnsi gives the bytes, without making them.
-bool FitsAnsi(std::string_view utf8);
+TAVOLIN_API bool FitsAnsi(std::string_view utf8);
 
 // One byte for each character, and a numeric character reference, as "&#8364;", for each one that
 // is not in the page. A lone surrogate, a control character and a byte that is not UTF-8
 // become "&#65533;".
-std::string EncodeAnsiWithReferences(std::string_view utf8);
+TAVOLIN_API std::string EncodeAnsiWithReferences(std::string_view utf8);
 
 // The UTF-8 text of bytes of the page. Every byte has a character, so this never fails.
-std::string DecodeAnsi(std::string_view bytes);
+TAVOLIN_API std::string DecodeAnsi(std::string_view bytes);
 
 // A text as it goes into a text file: in the code page when all of it fits, else a UTF-8 byte-order
 // mark (EF BB BF) and the text's own bytes.
-std::string EncodeTextFile(std::string_view utf8);
+TAVOLIN_API std::string EncodeTextFile(std::string_view utf8);
 
 }  // namespace tavolin
