@@ -176,6 +176,9 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
             EXPECT_EQ(engine.CVLTableSet(), tables);
             EXPECT_TRUE(Summary(engine) == open || done) << Summary(engine);
             EXPECT_EQ(StateOf(engine), Ownership);
+            const std::string other = path_ + "\\other.cdb";
+            const bool listed = Listed(engine, "ann").find(other) != std::string::npos;
+            EXPECT_TRUE(listed == MachineFileSystem().Exists(other) || operation.once) << "listed";
             // Who has given a database away cannot do so again (the next save tells the registry),
             // nor add a table to an export that has it.
             if (operation.once && Now()[operation.writes] == done_[operation.writes]) {
