@@ -53,7 +53,9 @@ TEST_F(TableSetTest, AddsAndUpdates) {
         ExpectError(N::GetTableNotFoundError(), "CVLTableSet:Remove Method", "Table Not Found!",
                     [&] { set_->Remove(which); });
     }
+    EXPECT_EQ(set_->Item("T"), table);
     set_->Remove("T");
+    EXPECT_EQ(ErrorNumber([&] { set_->Item("T"); }), N::GetTableNotFoundError());
     EXPECT_EQ(events, "+T=T=T-T0");
 }
 

@@ -33,7 +33,8 @@ TEST_F(UserNoteSetTest, AddsUpdatesRemovesAndWalks) {
     ExpectError(N::GetNoteAddError(), "CVLUserNoteSet:Add Method",
                 "The Note That Is Being Added Already Exists In DataBase!",
                 [&] { set_.Add(date_, 8, "again"); });
-    EXPECT_EQ(ErrorNumber([&] { set_.Add(MakeDate(99, 12, 31), 1, "x"); }), kInvalidCall);
+    for (const Date& date : {MakeDate(99, 12, 31), MakeDate(10000, 1, 1)})
+        EXPECT_EQ(ErrorNumber([&] { set_.Add(date, 1, "x"); }), kInvalidCall);
     EXPECT_EQ(set_.Update(2, "changed"), second);
     set_.Remove("1/1/2020");
     EXPECT_EQ(events, "+one+two-changed1");

@@ -39,8 +39,7 @@ TEST_F(UserSetTest, KeepsNamesApartAndTellsWhatHappens) {
                 [&] { users_->Item("2"); });
     ExpectError(N::GetUserUpDateError(), "CVLDBUserSet:Update Method", "User Does Not Exist!",
                 [&] { users_->Update("2", true); });
-    bob->UserDisabled(true);
-    bob->UserDisabled(false);
+    for (const bool off : {true, true, false, false}) bob->UserDisabled(off);
     EXPECT_EQ(Names(), "ann Bob ");
     users_->Remove("BOB");
     EXPECT_EQ(events, "+Bob2 off Bob on Bob -Bob1");
