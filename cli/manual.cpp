@@ -5,6 +5,7 @@
 #include "cli/data_folder.h"
 #include "cli/display_text.h"
 #include "cli/help.h"
+#include "tavolin/version.h"
 
 namespace tavolin::cli {
 namespace {
