@@ -272,6 +272,9 @@ def main():
                 elif block.kind == "tavolin-dump":
                     run_dump(block, folder_of(document), environment_of(document), host)
         if not sessions_only:
+            done = subprocess.run([ROOT / "scripts/make_shell_picture.py", host, "--check"],
+                                  stderr=subprocess.PIPE, text=True)
+            failures.extend([done.stderr] if done.returncode else [])
             compiler = Compiler(arguments[0], arguments[1], [ROOT, *arguments[2:]], work)
             check_cpp(read, compiler, folder_of, environment_of)
     for document, changes in rewritten.items():
