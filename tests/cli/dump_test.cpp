@@ -147,15 +147,6 @@ TEST_F(DumpTest, WhatIsRestoredDumpsTheSame) {
     }
 }
 
-TEST_F(DumpTest, TheSampleInTheDocumentIsADump) {
-    std::ostringstream document;
-    document << std::ifstream(TAVOLIN_SOURCE_DIR "/docs/dump-format.md").rdbuf();
-    const std::string text = document.str();
-    const std::size_t begin = text.find("tavolin-dump 1\n");
-    const std::string sample = text.substr(begin, text.find("```", begin) - begin);
-    EXPECT_EQ(sample, Restored(sample, Path("shop.cdb")));
-}
-
 TEST_F(DumpTest, ADumpThatIsNotWholeOrRightIsRefusedWithItsLine) {
     const std::string head = "tavolin-dump 1\nowner \"ann\"\n";
     const std::string table = head + "table \"T\"\nkey 0\nfield 0 \"ID\"\n";
