@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "tavolin/persist/database_file.h"
+#include "tavolin/persist/scrambler.h"
 #include "tests/support/engine_state.h"
 
 namespace tavolin {
@@ -223,6 +224,24 @@ TEST_F(SalvageTest, LostPasswordsLetNobodyIn) {
     EXPECT_TRUE(engine.DBLegalUser(engine.LogedOnUser(), Ownership));
     EXPECT_EQ(engine.CVLDBUserSet()->Count(), 1);
     EXPECT_FALSE(engine.PasswordCorrect(""));
+}
+
+TEST_F(SalvageTest, WhatReferredToSomethingLostDoesSoNoMore) {
+    SalvagedFile cut = Damaged(good_.substr(0, good_.rfind("Cities") - 20));
+    CVLDBEngine engine;
+    Open(engine, cut, SalvagedFile::NewOwner{"ann", "secret"});
+    EXPECT_EQ(engine.GetTable("People")->LinkedTable(2), "");
+    EXPECT_FALSE(engine.GetTable("People")->FieldIsForeignKey(2));
+    EXPECT_NE(Said(cut).find("its link is gone"), std::string::npos) << Said(cut);
+
+    // A user whose password cannot be read any more must not come back with an empty one.
+    std::string contents = good_;
+    contents[contents.find("\1\1" + ScrambleText("b"), contents.find("bob")) + 1] = '\x70';
+    SalvagedFile file = Damaged(contents);
+    Open(engine, file);
+    const auto bob = engine.CVLDBUserSet()->Find("bob");
+    EXPECT_TRUE(bob && bob->UserDisabled()) << Said(file);
+    EXPECT_NE(Said(file).find("user bob: is disabled"), std::string::npos) << Said(file);
 }
 
 TEST_F(SalvageTest, OtherFilesAreToldApart) {
