@@ -32,7 +32,9 @@ std::string Replaced(std::string_view text, std::string_view what, std::string_v
     return out.append(text);
 }
 
-std::string Literal(std::string_view text) { return "'" + Replaced(text, "'", "''") + "'"; }
+std::string Literal(std::string_view text) {
+    return std::string("'").append(Replaced(text, "'", "''")).append("'");
+}
 
 // A character that is not in the text.
 std::string Absent(std::string_view text) {
@@ -103,7 +105,7 @@ std::string SqlNames::Take(std::string_view wanted, const std::string& otherwise
     const std::string base = name;
     name = Cut(base, kLongestName);
     for (int i = 2; !taken_.insert(Fold(name)).second; ++i) {
-        const std::string end = "_" + std::to_string(i);
+        const std::string end = std::string("_").append(std::to_string(i));
         name = Cut(base, kLongestName - end.size()) + end;
     }
     return name;

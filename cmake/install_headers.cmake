@@ -1,4 +1,5 @@
 # Installs ROOTS and the headers that they include, directly or not, from FOLDERS to DESTINATION.
+cmake_policy(VERSION 3.21)
 set(waiting ${ROOTS})
 set(installed "")
 while(waiting)

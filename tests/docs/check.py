@@ -17,7 +17,10 @@ In the documents, all in one language of fences:
                        A ```output behind it is what it prints.
     ```tavolin-dump    is restored, and must come out of `dump` again.
     <!-- FILE -->      in front of a fence: its text is that of FILE.
-    <!-- not run: WHY -->     in front of a fence: it is passed over, and counted.
+    <!-- not run: WHY -->     in front of a fence: it is passed over, and counted; so is VBScript,
+                       which takes Windows: tests/com/run tries longer scripts under Wine.
+
+Links between the documents must lead somewhere, and the picture of the shell must be that of today.
 
 Every document has a temporary folder of its own, with `examples` in it, and is worked through from
 its beginning to its end; it is shown as /home/ann. Times, dates and sizes of memory are not compared.
@@ -68,6 +71,23 @@ def blocks(document):
     if re.search(r"^ {4}\$ ", text, re.M):
         failures.append(f"{document.name}: a session that is indented is not tried; use ```console")
     return found
+
+
+def headings(document):
+    """Their anchors, as sites that show Markdown make them."""
+    found = re.findall(r"^#+ (.*)$", document.read_text("utf-8"), re.M)
+    return {re.sub(r"[^\w\- ]", "", each.lower()).replace(" ", "-") for each in found}
+
+
+def check_links(document):
+    """Those that lead to files here, and to headings in them."""
+    for link in re.findall(r"\]\(([^)\s:]+)\)", document.read_text("utf-8")):
+        path, _, anchor = link.partition("#")
+        target = document.parent / path if path else document
+        if not target.exists():
+            failures.append(f"{document.name}: there is no {path}")
+        elif anchor and anchor not in headings(target):
+            failures.append(f"{document.name}: {link} leads to no heading")
 
 
 def normal(text):
@@ -259,9 +279,11 @@ def main():
                         PATH=f"{bin_folder}:{os.environ['PATH']}")
 
         read = [(document, blocks(document)) for document in documents]
+        for document in [*documents, *ROOT.glob("[A-Z]*.md")]:
+            check_links(document)
         for document, found in read:
             for block in found:
-                if block.note.startswith("not run"):
+                if block.note.startswith("not run") or block.kind == "vbscript":
                     count("not run")
                 elif (ROOT / block.note).is_file() and block.note:
                     if block.text != (ROOT / block.note).read_text("utf-8"):

@@ -36,8 +36,8 @@ inline void SetUp(tavolin::CVLDBEngine& engine) {
 }
 
 #define SAMPLE_FOLDER NewFolder();
-#define SAMPLE_ENGINE             \
-    NewFolder();                  \
-    using namespace tavolin;      \
-    CVLDBEngine engine;           \
+#define SAMPLE_ENGINE        \
+    NewFolder();             \
+    using namespace tavolin; \
+    CVLDBEngine engine;      \
     SetUp(engine);
