@@ -1,5 +1,6 @@
 # Completes the tree of a Debian package: licence and changes under share/doc, manual pages
 # compressed, no debugging symbols.
+cmake_policy(VERSION 3.21)
 if(NOT CPACK_GENERATOR STREQUAL DEB)
     return()
 endif()
