@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "tavolin/base/text.h"
 #include "tavolin/base/utf16.h"
 #include "tavolin/persist/file_system.h"
 
@@ -152,14 +153,51 @@ std::unique_ptr<File> OpenHandle(const fs::path& path, DWORD access, DWORD share
     return std::make_unique<WindowsFile>(handle, path);
 }
 
-class WindowsFolderLock final : public FolderLock {
+// A place in the queue of those on this machine who want a folder's lock. Without it whoever asks
+// most often gets the lock, and somebody may wait until his patience ends. Two folders may have one
+// queue; where there is none to be had, everybody is next.
+class FolderQueue {
   public:
-    explicit WindowsFolderLock(HANDLE handle) : handle_(handle) {}
-    ~WindowsFolderLock() override { ::CloseHandle(handle_); }
+    explicit FolderQueue(const fs::path& folder) {
+        std::error_code failed;
+        const fs::path whole = fs::absolute(folder, failed);
+        const std::uint32_t hash = HashFold(PortablePath(failed ? folder : whole));
+        queue_ = ::CreateMutexW(nullptr, FALSE,
+                                (L"Local\\tavolin-folder-" + std::to_wstring(hash)).c_str());
+    }
+    ~FolderQueue() {
+        if (next_) ::ReleaseMutex(queue_);
+        if (queue_ != nullptr) ::CloseHandle(queue_);
+    }
+    FolderQueue(const FolderQueue&) = delete;
+    FolderQueue& operator=(const FolderQueue&) = delete;
+
+    // Returns when it is this one's turn; false when the time was up before.
+    bool Wait(std::chrono::milliseconds patience) {
+        if (queue_ == nullptr) return true;
+        const DWORD answer = ::WaitForSingleObject(queue_, static_cast<DWORD>(patience.count()));
+        next_ = answer == WAIT_OBJECT_0 || answer == WAIT_ABANDONED;
+        return answer != WAIT_TIMEOUT;
+    }
 
   private:
-    HANDLE handle_;
+    HANDLE queue_ = nullptr;
+    bool next_ = false;
 };
+
+// To be given back by the thread that has got it.
+class WindowsFolderLock final : public FolderLock {
+  public:
+    explicit WindowsFolderLock(const fs::path& folder) : queue(folder) {}
+    ~WindowsFolderLock() override {
+        if (file != INVALID_HANDLE_VALUE) ::CloseHandle(file);
+    }
+
+    FolderQueue queue;
+    HANDLE file = INVALID_HANDLE_VALUE;
+};
+
+constexpr int kMostDenials = 300;
 
 class WindowsFileSystem final : public FileSystem {
   public:
@@ -244,23 +282,24 @@ class WindowsFileSystem final : public FileSystem {
     // A file that nobody else can open while this handle lives, and that goes with the handle.
     std::unique_ptr<FolderLock> LockFolder(std::string_view folder) override {
         const fs::path path = NativePath(std::string(folder) + "tavolin.lock");
-        const ULONGLONG end =
-            ::GetTickCount64() +
-            static_cast<ULONGLONG>(std::chrono::milliseconds(kLockPatience).count());
-        ULONGLONG denied_until = ::GetTickCount64() + 1000;
+        const auto end = std::chrono::steady_clock::now() + kLockPatience;
+        auto lock = std::make_unique<WindowsFolderLock>(path.parent_path());
+        if (!lock->queue.Wait(kLockPatience)) FailWith("somebody else locks", path, EBUSY);
+        int denied = 0;
         for (;;) {
-            const HANDLE handle =
-                ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                              FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-            if (handle != INVALID_HANDLE_VALUE) return std::make_unique<WindowsFolderLock>(handle);
+            lock->file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                       FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+            if (lock->file != INVALID_HANDLE_VALUE) return lock;
             const DWORD code = ::GetLastError();
-            const ULONGLONG now = ::GetTickCount64();
-            // A file that is just going is denied as well as one in a folder without rights.
-            if (!IsInUse(code) || (code == ERROR_ACCESS_DENIED && now > denied_until)) {
-                return nullptr;
+            // A file that is just going is denied as well as one in a folder without rights, but
+            // not time after time. A clock would not do: on a busy machine much of it passes
+            // between two tries.
+            if (!IsInUse(code)) return nullptr;
+            denied = code == ERROR_ACCESS_DENIED ? denied + 1 : 0;
+            if (denied > kMostDenials) return nullptr;
+            if (std::chrono::steady_clock::now() > end) {
+                FailWith("somebody else locks", path, EBUSY);
             }
-            if (code != ERROR_ACCESS_DENIED) denied_until = now + 1000;
-            if (now > end) FailWith("somebody else locks", path, EBUSY);
             ::Sleep(2);
         }
     }

@@ -80,7 +80,7 @@ TEST_F(HostTest, NoProcessTakesAwayWhatAnotherDid) {
     MakeShop();
     const std::string tavolin = Program() + " -q";
     Write("many.sh", "work() { for i in 0 1 2 3 4 5 6 7 8 9; do\n" + tavolin +
-                         " db$1$i create || echo create failed\n"
+                         " db$1$i create 2>&1 || echo create failed\n"
                          "done; for i in 0 1 2; do\n"
                          "until " +
                          tavolin +
