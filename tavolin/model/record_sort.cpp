@@ -35,7 +35,7 @@ class SortTexts {
         for (const std::string_view piece : pieces) left += piece.size();
         return TextWord::Make(SwapBytes(LowerAscii(BytesAt(pieces, offset))), left - offset);
     }
-    void Prefetch(std::uint32_t text) const { arena_.Prefetch(records_[text >> paired_]); }
+    void Prefetch(std::uint32_t text) const { arena_.Prefetch(records_[text >> paired_], 3); }
     // Nobody asks which of a record's own two texts is greater.
     bool NeverCompared(std::uint32_t a, std::uint32_t b) const { return paired_ && (a ^ b) == 1; }
 
