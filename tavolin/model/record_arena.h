@@ -147,6 +147,8 @@ class RecordArena {
     // After this, putting others in their place needs no memory.
     void NeedAttachments(RecordHandle record) { ExtrasOf(record); }
     bool HasAttachments(RecordHandle record) const;
+    // Whether any record has a key of its own, attachments or an event.
+    bool AnyExtras() const { return !extras_.empty(); }
 
     // The record's event; nothing unless somebody asked to have it made.
     std::shared_ptr<PropertyChangeEvent> ChangeEvent(RecordHandle record, bool make);

@@ -22,10 +22,11 @@ struct Special {
 
 std::vector<Special> SpecialRecords(const RecordCollection& records) {
     std::vector<Special> special;
+    const RecordArena& arena = records.arena();
+    if (!arena.AnyExtras()) return special;
     std::int32_t position = 0;
     records.ForEach([&](RecordHandle record) {
         ++position;
-        const RecordArena& arena = records.arena();
         if (arena.HasOwnKey(record) || arena.HasAttachments(record)) {
             special.push_back({position, record});
         }
