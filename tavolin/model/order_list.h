@@ -34,7 +34,7 @@ class OrderCursor;
 
 class OrderList {
   public:
-    static constexpr std::uint32_t kChunkSize = 1024;
+    static constexpr std::uint32_t kChunkSize = 512;
 
     OrderList() = default;
     OrderList(const OrderList&) = delete;

@@ -118,7 +118,7 @@ TEST(OrderCursor, WalksThroughChanges) {
     const unsigned seed = std::random_device()();
     SCOPED_TRACE(::testing::Message() << "seed " << seed);
     std::mt19937 random(seed);
-    for (std::uint32_t size : {1u, 5u, 1024u, 4000u}) {
+    for (std::uint32_t size : {1u, 5u, OrderList::kChunkSize, 4000u}) {
         Pair pair;
         std::uint32_t next = 0;
         while (next < size) pair.Insert(random() % (pair.model.size() + 1), next++);
