@@ -12,11 +12,14 @@ inline constexpr std::size_t kWordBytes = 8;
 inline constexpr std::uint64_t kHighBits = 0x8080808080808080;
 inline constexpr std::uint64_t kEveryByte = 0x0101010101010101;
 
-// The compilers of the big-endian machines know this loop as a byte swap.
 constexpr std::uint64_t SwapBytes(std::uint64_t word) {
+#if defined(__GNUC__)
+    return __builtin_bswap64(word);  // which it does not make of the loop everywhere
+#else
     std::uint64_t swapped = 0;
     for (std::size_t i = 0; i < kWordBytes; ++i) swapped |= (word >> 8 * i & 0xFF) << (56 - 8 * i);
     return swapped;
+#endif
 }
 
 inline std::uint64_t LoadWord(const char* bytes) {

@@ -1,6 +1,8 @@
 #include "tavolin/model/record_sort.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -25,15 +27,26 @@ class SortTexts {
 
     // See TextRanking.
     std::uint64_t Word(std::uint32_t text, std::size_t offset) {
-        const RecordArena::FieldPlace place = PlaceOf(text >> paired_);
-        const bool placed = paired_ && (text & 1) != 0;
-        const std::size_t rest = placed ? place.begin : place.end;
-        const std::string_view pieces[] = {place.all.substr(place.begin, place.end - place.begin),
-                                           place.all.substr(0, place.begin),
-                                           place.all.substr(rest)};
-        std::size_t left = 0;
-        for (const std::string_view piece : pieces) left += piece.size();
-        return TextWord::Make(SwapBytes(LowerAscii(BytesAt(pieces, offset))), left - offset);
+        const Pieces pieces = PiecesOf(text);
+        return MakeWord(BytesAt(pieces, offset), SizeOf(pieces) - offset);
+    }
+    TextWords FirstWords(std::uint32_t text) {
+        const Pieces pieces = PiecesOf(text);
+        const std::size_t size = SizeOf(pieces);
+        // The field and what follows it side by side, if that is enough. Behind the texts of
+        // records is memory that may be read.
+        const std::size_t next = pieces[1].empty() ? 2 : 1;
+        if (pieces[0].size() + pieces[next].size() >= 2 * TextWord::kBytes) {
+            std::array<char, 5 * kWordBytes> bytes;
+            const std::size_t taken = std::min(pieces[0].size(), 2 * kWordBytes);
+            std::memcpy(bytes.data(), pieces[0].data(), 2 * kWordBytes);
+            std::memcpy(bytes.data() + taken, pieces[next].data(), 2 * kWordBytes);
+            return {MakeWord(LoadWord(bytes.data()), size),
+                    MakeWord(LoadWord(bytes.data() + TextWord::kBytes), size - TextWord::kBytes)};
+        }
+        const std::uint64_t first = MakeWord(BytesAt(pieces, 0), size);
+        if (!TextWord::MoreLeft(first)) return {first, 0};
+        return {first, MakeWord(BytesAt(pieces, TextWord::kBytes), size - TextWord::kBytes)};
     }
     void Prefetch(std::uint32_t text) const { arena_.Prefetch(records_[text >> paired_], 3); }
     // Nobody asks which of a record's own two texts is greater.
@@ -48,6 +61,23 @@ class SortTexts {
         std::size_t end;
     };
     static constexpr std::uint32_t kNotKept = 0xFFFFFFFFu;
+
+    // What a text is joined of: the field, and what stands before and behind it.
+    using Pieces = std::array<std::string_view, 3>;
+
+    Pieces PiecesOf(std::uint32_t text) {
+        const RecordArena::FieldPlace place = PlaceOf(text >> paired_);
+        const bool placed = paired_ && (text & 1) != 0;
+        const std::size_t rest = placed ? place.begin : place.end;
+        return {place.all.substr(place.begin, place.end - place.begin),
+                place.all.substr(0, place.begin), place.all.substr(rest)};
+    }
+    static std::size_t SizeOf(const Pieces& pieces) {
+        return pieces[0].size() + pieces[1].size() + pieces[2].size();
+    }
+    static std::uint64_t MakeWord(std::uint64_t bytes, std::size_t left) {
+        return TextWord::Make(SwapBytes(LowerAscii(bytes)), left);
+    }
 
     // The first bytes behind an offset into the joined pieces, seven or more if there are as many.
     static std::uint64_t BytesAt(std::span<const std::string_view> pieces, std::size_t offset) {
@@ -82,7 +112,12 @@ class SortTexts {
         Kept kept{.at = kept_text_.size(), .size = 0, .begin = 0, .end = 0};
         for (int i = 0; i < kFieldCount; ++i) {
             if (i == field_) kept.begin = kept_text_.size() - kept.at;
-            AppendSortBytes(arena_.Field(records_[record], i), kept_text_);
+            const std::string_view text = arena_.Field(records_[record], i);
+            if (IsAscii(text)) {
+                kept_text_ += text;
+            } else {
+                AppendSortBytes(text, kept_text_);
+            }
             if (i == field_) kept.end = kept_text_.size() - kept.at;
         }
         kept.size = kept_text_.size() - kept.at;

@@ -24,9 +24,16 @@ struct TextWord {
     static bool MoreLeft(std::uint64_t word) { return (word & 0xFF) == kMoreLeft; }
 };
 
+// The first two; the second means nothing unless the first says that more is left.
+struct TextWords {
+    std::uint64_t first;
+    std::uint64_t second;
+};
+
 // Texts are known by their numbers, from 0 on. `Texts` tells about them:
 //
 //     std::uint64_t Word(std::uint32_t text, std::size_t offset);  // the TextWord at a byte offset
+//     TextWords FirstWords(std::uint32_t text);                    // those at 0 and at kBytes
 //     void Prefetch(std::uint32_t text);                           // Word will be asked for soon
 //     bool NeverCompared(std::uint32_t a, std::uint32_t b);        // may count as equal
 template <class Texts>
@@ -92,9 +99,9 @@ class TextRanking {
         const auto count = static_cast<std::uint32_t>(entries_.size());
         for (std::uint32_t text = 0; text < count; ++text) {
             if (count - text > kAhead) texts_.Prefetch(text + kAhead);
-            const std::uint64_t word = texts_.Word(text, 0);
-            entries_[text] = {word, text};
-            if (TextWord::MoreLeft(word)) second_[text] = texts_.Word(text, TextWord::kBytes);
+            const TextWords words = texts_.FirstWords(text);
+            entries_[text] = {words.first, text};
+            second_[text] = words.second;
         }
     }
 
