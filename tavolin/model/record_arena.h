@@ -77,7 +77,7 @@ class RecordArena {
     FieldPlace PlaceOf(RecordHandle record, int field) const;
     // For a walk over records that lie anywhere: has a record's first bytes fetched, for later.
     void Prefetch(RecordHandle record, std::size_t lines = 2) const {
-        for (std::size_t i = 0; i < lines; ++i) PrefetchLine(Block(record) + i * kLineBytes);
+        PrefetchLines(Block(record), lines);
     }
     // Every byte of every field is below 0x80.
     bool IsAscii(RecordHandle record) const { return (At(record)->flags & kNotAscii) == 0; }
