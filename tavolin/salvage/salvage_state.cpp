@@ -55,7 +55,13 @@ void SalvagedFile::MendUsers(const std::optional<NewOwner>& new_owner) {
         }
         StoredObject& user = *known;
         user["k"].instead = user["un"].instead = new_owner->name;
-        if (!user["f"].found) user["f"].instead = ScrambleText(new_owner->password);
+        const bool knows =
+            user["f"].found && EqualFold(ScrambleText(bag_->Text(user["f"])), new_owner->password);
+        if (user["f"].found && !knows) {
+            Note(Finding::Kind::kLoss, user.at, "user " + new_owner->name,
+                 "has another password in the new database: that of whoever becomes its owner");
+        }
+        if (!knows) user["f"].instead = ScrambleText(new_owner->password);
         for (const char* right : {"r", "w", "d"}) user[right].flag = true;
         user["s"].flag = false;
         root_["o"].instead = new_owner->name;
