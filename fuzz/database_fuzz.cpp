@@ -144,6 +144,8 @@ class DatabaseWriter {
 
 // Whatever the file says of keys and links, work goes on.
 void Work(CVLDBEngine& engine) {
+    std::vector<Keys> shared;
+    for (const auto& table : engine.CVLTableSet()->NewEnum()) shared.push_back(SharedKeys(*table));
     for (int i = engine.CVLTableSet()->Count(); i > 0; --i) {
         const auto table = engine.GetTable(i);
         Refusal([&] { engine.AddRecord(table, 1, {"new", "a", "b", "a"}); });
@@ -155,7 +157,7 @@ void Work(CVLDBEngine& engine) {
             Refusal([&] { engine.DeleteRecord(table, 1, true); });
         }
         Refusal([&] { engine.LinkTables(table, 1, 1); });
-        WalkTable(*table);
+        WalkTable(*table, shared[static_cast<std::size_t>(i) - 1]);
     }
     for (int i = engine.CVLTableSet()->Count(); i > 0; --i) {
         Refusal([&] { engine.DeleteTable(1, i % 2 == 0); });

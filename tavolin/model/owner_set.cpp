@@ -76,6 +76,9 @@ void CVLDBOwnerSet::LoadRegistry() {
         stored_ = RegistryEntries(*this);
     } catch (const std::bad_alloc&) {
         throw;  // which says nothing about the file
+    } catch (const std::filesystem::filesystem_error& error) {
+        // Nor does somebody's holding it for the moment.
+        unreadable_ = error.code() != std::errc::device_or_resource_busy;
     } catch (...) {
         unreadable_ = true;
     }

@@ -91,19 +91,19 @@ std::shared_ptr<RecordCollection> RecordCollection::Rearranged(
     if (!same_keys) collection->CheckKeys(order);
     std::shared_ptr<RecordCollection> next(
         new RecordCollection(collection->arena_, collection->IsGuest()));
-    next->TakeOver(*collection, order);
+    next->TakeOver(order);
     return next;
 }
 
 // The last thing that can fail is the assignment, which does so whole.
-void RecordCollection::TakeOver(RecordCollection& former, std::span<const RecordHandle> order) {
+void RecordCollection::TakeOver(std::span<const RecordHandle> order) {
     Store& store = records_.store();
     for (const RecordHandle record : order) {
         if (arena_->HasOwnKey(record)) store.keys.emplace(record, arena_->Key(record));
     }
     records_.Assign(order);
-    // The places that the records hold are this collection's from here on.
-    former.records_.store().guest = true;
+    // The places that the records hold are this collection's from here on: who walks along the
+    // former one asks for none.
     for (const RecordHandle record : order) {
         if (!store.guest) arena_->TakeKey(record);
         arena_->AddReference(record);

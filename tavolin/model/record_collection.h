@@ -123,7 +123,7 @@ class RecordCollection {
 
     // An empty one in that arena.
     RecordCollection(std::shared_ptr<RecordArena> arena, bool guest);
-    void TakeOver(RecordCollection& former, std::span<const RecordHandle> order);
+    void TakeOver(std::span<const RecordHandle> order);
 
     void CheckKeys(std::span<const RecordHandle> records) const;
     void MakePlaces();

@@ -141,7 +141,11 @@ bool Patiently(Call&& call) {
     return true;
 }
 
+// The machine's versions differ in what they say of such a name.
+bool IsTooLong(const fs::path& path) { return path.filename().native().size() > kLongestName; }
+
 std::unique_ptr<File> OpenHandle(const fs::path& path, DWORD access, DWORD share, DWORD how) {
+    if (IsTooLong(path)) FailWith("cannot open", path, ENAMETOOLONG);
     HANDLE handle = INVALID_HANDLE_VALUE;
     const auto open = [&] {
         handle = ::CreateFileW(path.c_str(), access, share, nullptr, how, FILE_ATTRIBUTE_NORMAL,
@@ -203,8 +207,7 @@ class WindowsFileSystem final : public FileSystem {
   public:
     PathKind Kind(std::string_view path) override {
         const fs::path native = NativePath(path);
-        // Such a name cannot be missing; the machine's versions differ in what they say of it.
-        if (native.filename().native().size() > kLongestName) return PathKind::kUnknown;
+        if (IsTooLong(native)) return PathKind::kUnknown;  // it cannot be missing
         const DWORD attributes = ::GetFileAttributesW(native.c_str());
         if (attributes != INVALID_FILE_ATTRIBUTES) {
             if (attributes & FILE_ATTRIBUTE_DIRECTORY) return PathKind::kFolder;
@@ -264,6 +267,7 @@ class WindowsFileSystem final : public FileSystem {
     void Rename(std::string_view from, std::string_view to) override {
         const fs::path old_name = NativePath(from);
         const fs::path new_name = NativePath(to);
+        if (IsTooLong(new_name)) FailWith("cannot rename", new_name, ENAMETOOLONG);
         const auto rename = [&] {
             return ::MoveFileExW(old_name.c_str(), new_name.c_str(),
                                  MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;

@@ -133,6 +133,18 @@ TEST_F(LifecycleTest, SavingNeverWritesOverAnotherFile) {
     EXPECT_TRUE(engine_.SaveDB({}, "THIRD", "taken"));  // the same name: its own file
     EXPECT_TRUE(engine_.PasswordCorrect("taken"));
     expect_refused("", "shop");
+    // A name that no disk takes: of what cannot be looked at nobody knows that it is not there.
+    const std::string endless(300, 'n');
+    const auto tables = engine_.CVLTableSet();
+    const auto files = std::distance(std::filesystem::directory_iterator(folder_.path()), {});
+    ExpectError(kBadFileName, "CVLDBEngine:SaveDB Method", "Bad filename or number",
+                [&] { engine_.SaveDB({}, endless, "never"); });
+    EXPECT_EQ(ErrorNumber([&] { engine_.CreateNewDB(endless, FolderPath()); }),
+              Num::GetNewDBCreationError());
+    EXPECT_EQ(engine_.CVLTableSet(), tables);
+    EXPECT_EQ(engine_.DBName(), "third.cdb");
+    EXPECT_TRUE(engine_.PasswordCorrect("taken") && engine_.SaveDB());
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path()), {}), files);
 }
 
 TEST_F(LifecycleTest, WhatCannotBeLoadedLeavesTheOpenDatabaseUsable) {

@@ -136,6 +136,12 @@ TEST_F(OtherEnginesTest, WhatAFailedSaveLeftIsNoChangeOfOthers) {
             EXPECT_FALSE(engine_.FileChangedByOthers()) << call;
             EXPECT_NO_THROW(engine_.SaveDB()) << call;
         });
+    // To whoever has loaded what others saved over it, it is one.
+    const std::string last = Contents(file_);
+    Meanwhile("theirs");
+    engine_.LoadDB(file_);
+    WriteContents(file_, last);
+    EXPECT_TRUE(engine_.FileChangedByOthers());
 }
 
 TEST_F(OtherEnginesTest, TheRegistryKeepsWhatEachOfThemDid) {

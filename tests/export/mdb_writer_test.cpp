@@ -193,6 +193,17 @@ TEST_F(MdbWriterTest, AddsTablesToItsOwnFile) {
     }
 }
 
+// With keys so long that a few tables fill a leaf, and a few leaves a node.
+TEST_F(MdbWriterTest, CutsIndexesOfAnyNumberOfLeavesIntoNodes) {
+    for (int tables = 0; tables < 260; tables += 10) {
+        Write([&](mdb::Writer& file) {
+            for (int i = tables; i < tables + 10; ++i)
+                file.CreateTable("x" + std::to_string(i) + std::string(60, '-'), {});
+        });
+        Check();
+    }
+}
+
 TEST_F(MdbWriterTest, LeavesFilesOfOthersAndDamagedOnesAlone) {
     WritePeople();
     const std::string good = Contents(path_);

@@ -157,6 +157,29 @@ TEST_F(RecordSetTest, RefusesDamagedState) {
     EXPECT_EQ(Names(), "abc");
 }
 
+// A state made on purpose, in which the records stand twice: the second of two with one key does
+// not come into it when the first goes, whether or not somebody has asked for the key before.
+TEST_F(RecordSetTest, OfSeveralWithOneKeyTheFirstHasItForGood) {
+    Fill("ab");
+    const auto state = set_.ObjectState();
+    PropertyBagReader whole(state);
+    const auto images = whole.ReadBlocks("Record");
+    PropertyBagWriter bag;
+    bag.Write("RecordsCount", 4);
+    bag.BeginBlocks("Record");
+    for (int i = 0; i < 2; ++i) bag.Append(images.data(), images.size());
+    bag.EndBlocks();
+    const std::vector<std::uint8_t> forged = std::move(bag).Finish();
+    for (const bool asked : {false, true}) {
+        set_.ObjectState(forged);
+        EXPECT_EQ(Names(), "abab");
+        for (int i = 0; asked && i < 2; ++i) EXPECT_EQ(set_.Item("a"), set_.Item(1));
+        set_.Remove(1);
+        EXPECT_EQ(ErrorNumber([&] { set_.Item("a"); }), N::GetDBNotSetError());
+        EXPECT_EQ(set_.Item("b"), set_.Item(1));
+    }
+}
+
 // The same set in the plainest way.
 struct ModelRow {
     std::optional<std::string> filed;  // what it is found under

@@ -266,6 +266,15 @@ void WriteNested(PropertyBagWriter& writer, std::size_t depth) {
     if (depth > 0) writer.WriteObject("o", [&] { WriteNested(writer, depth - 1); });
 }
 
+TEST(PropertyBag, LimitsKeys) {
+    PropertyBagWriter writer;
+    const auto write = [&](std::size_t i) { writer.Write(std::to_string(i), true); };
+    for (std::size_t i = 0; i < kMaxPropertyKeys; ++i) write(i);
+    EXPECT_THROW(write(kMaxPropertyKeys), std::length_error);
+    const Bytes bag = std::move(writer).Finish();
+    EXPECT_TRUE(PropertyBagReader(bag).ReadBool(std::to_string(kMaxPropertyKeys - 1)));
+}
+
 TEST(PropertyBag, LimitsNesting) {
     PropertyBagWriter too_deep;
     EXPECT_THROW(WriteNested(too_deep, kMaxPropertyDepth + 1), std::length_error);

@@ -224,6 +224,17 @@ TEST_F(SalvageTest, LostPasswordsLetNobodyIn) {
     EXPECT_TRUE(engine.DBLegalUser(engine.LogedOnUser(), Ownership));
     EXPECT_EQ(engine.CVLDBUserSet()->Count(), 1);
     EXPECT_FALSE(engine.PasswordCorrect(""));
+
+    // A user who was let in for the database's password can act as the owner that he becomes.
+    std::string contents = good_;
+    contents[contents.find("ann") + 2] = 'z';  // an owner who is not among the users
+    SalvagedFile foreign = Damaged(contents);
+    EXPECT_EQ(foreign.AccessOf("bob", "database"), Access::kOwnerLost);
+    const auto state = foreign.State(SalvagedFile::NewOwner{"bob", "database"});
+    WriteDatabaseFile(folder_ / "bobs.cdb", state.bytes());
+    engine.LogOn("bob", "database");
+    engine.LoadDB(folder_ / "bobs.cdb");
+    EXPECT_TRUE(engine.DBLegalUser(engine.LogedOnUser(), Ownership));
 }
 
 TEST_F(SalvageTest, WhatReferredToSomethingLostDoesSoNoMore) {
