@@ -6,6 +6,7 @@
 #include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
+#include "cli/stoppable.h"
 #include "cli/terminal.h"
 #include "cli/waiting.h"
 #include "tavolin/base/text.h"
@@ -146,8 +147,10 @@ void UpdateCommand(Host& host, const Arguments& words) {
 
 void DeleteCommand(Host& host, const Arguments& words) {
     const auto key = FindRecord(host, words)->Key();
-    host.Changed();
-    host.engine().DeleteRecord(words["TABLE"], RecordKey(words["KEY"]), !words.Has("--no-cascade"));
+    ChangeStoppably(host, "deleting", [&] {
+        host.engine().DeleteRecord(words["TABLE"], RecordKey(words["KEY"]),
+                                   !words.Has("--no-cascade"));
+    });
     host.Note("record " + key + " deleted");
 }
 
