@@ -4,6 +4,7 @@ print must be what stands there.
 
     check.py HOST COMPILER LIBRARY INCLUDE...     all of it
     check.py HOST --sessions [DOCUMENT...]        the sessions alone, which takes no compiler
+    check.py --links FOLDER                       the links alone, of the documents in a package
     check.py --scripts FOLDER                     writes the scripts into a folder, as DOCUMENT.vbs,
                                                   and what each must print beside it, as .out
 
@@ -41,7 +42,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FENCE = re.compile(r"^(?:<!-- (?P<note>[^\n]*?) -->\n)?```(?P<kind>[\w-]*)\n(?P<text>.*?)^```$",
                    re.M | re.S)
-TRIED = {"console", "cpp", "output", "tavolin-dump", "vbscript", "csv", "cmake", "text", "xml", ""}
+TRIED = {"bat", "console", "cpp", "output", "tavolin-dump", "vbscript", "csv", "cmake", "text", "xml", ""}
 failures = []
 tried = {}
 writing = False
@@ -270,6 +271,10 @@ def main():
     if arguments[0] == "--scripts":
         write_scripts(pathlib.Path(arguments[1]))
         return
+    if arguments[0] == "--links":
+        for document in pathlib.Path(arguments[1]).glob("**/*.md"):
+            check_links(document)
+        sys.exit("\n".join(failures) or 0)
     writing = arguments[0] == "--write"
     arguments = arguments[writing:]
     host, arguments = os.path.realpath(arguments[0]), arguments[1:]
