@@ -2,10 +2,12 @@
 #include <algorithm>
 #include <iostream>
 
+#include "cli/attachment_kind.h"
 #include "cli/commands.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
+#include "cli/stoppable.h"
 #include "cli/terminal.h"
 #include "cli/waiting.h"
 #include "tavolin/base/text.h"
@@ -76,22 +78,9 @@ std::vector<std::string> Merged(const CVLTable& table, const CVLRecord& record,
     return values;
 }
 
-const char* KindName(attachmentEnum kind) {
-    switch (kind) {
-        case aPicture:
-            return "picture";
-        case aSound:
-            return "sound";
-        case aMovie:
-            return "movie";
-        default:
-            return "other";
-    }
-}
-
 attachmentEnum KindNamed(std::string_view name) {
     for (const attachmentEnum kind : {aPicture, aSound, aMovie}) {
-        if (name == KindName(kind)) return kind;
+        if (name == AttachmentKindText(kind)) return kind;
     }
     return Miscellenius;
 }
@@ -146,8 +135,10 @@ void UpdateCommand(Host& host, const Arguments& words) {
 
 void DeleteCommand(Host& host, const Arguments& words) {
     const auto key = FindRecord(host, words)->Key();
-    host.Changed();
-    host.engine().DeleteRecord(words["TABLE"], RecordKey(words["KEY"]), !words.Has("--no-cascade"));
+    ChangeStoppably(host, "deleting", [&] {
+        host.engine().DeleteRecord(words["TABLE"], RecordKey(words["KEY"]),
+                                   !words.Has("--no-cascade"));
+    });
     host.Note("record " + key + " deleted");
 }
 
@@ -159,7 +150,7 @@ void GetCommand(Host& host, const Arguments& words) {
         properties.emplace_back(FieldTitle(*table, field), record->prop(field));
     }
     for (const auto& attachment : record->CVLAttachmentSet()->NewEnum()) {
-        properties.emplace_back(std::string("attached ") + KindName(attachment->SpecificType()),
+        properties.emplace_back("attached " + AttachmentKindText(attachment->SpecificType()),
                                 attachment->attachmentPathName());
     }
     host.AnswerOne(properties, "Field");

@@ -4,6 +4,7 @@
 #include "cli/commands.h"
 #include "cli/failure.h"
 #include "cli/fields.h"
+#include "cli/stoppable.h"
 #include "cli/waiting.h"
 #include "cli/words.h"
 #include "tavolin/base/text.h"
@@ -84,9 +85,10 @@ void MakeLinkedCommand(Host& host, const Arguments& words) {
     const auto names = FieldNames(words);
     const auto table = host.Table(words["TABLE"]);
     const int field = FieldNumber(*table, words["FIELD"]);
-    host.Changed();  // a link that fails leaves the table
-    const Waiting waiting("linking");
-    const auto made = host.engine().CreateNewLinkedTable(words["TABLE"], field, names);
+    std::shared_ptr<CVLTable> made;
+    ChangeStoppably(host, "linking", [&] {
+        made = host.engine().CreateNewLinkedTable(words["TABLE"], field, names);
+    });
     host.Note("table " + made->Key() + " made and linked");
 }
 
@@ -95,11 +97,7 @@ void LinkCommand(Host& host, const Arguments& words) {
     const auto target = host.Table(words["TARGET"]);
     const int field = FieldNumber(*table, words["FIELD"]);
     const auto before = target->Count();
-    host.Changed();  // a failure in the middle leaves what was done so far
-    {
-        const Waiting waiting("linking");
-        host.engine().LinkTables(table, field, target);
-    }
+    ChangeStoppably(host, "linking", [&] { host.engine().LinkTables(table, field, target); });
     host.Note("linked; " + Counted(static_cast<std::size_t>(target->Count() - before), "record") +
               " added to " + target->Key());
 }

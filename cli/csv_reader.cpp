@@ -1,38 +1,11 @@
 #include "cli/csv_reader.h"
 
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <memory>
+#include <algorithm>
 #include <utility>
 
 #include "cli/display_text.h"
-#include "cli/failure.h"
-#include "cli/paths.h"
 
 namespace tavolin::cli {
-
-ByteSource FileSource(const std::string& path) {
-    const auto file = std::make_shared<std::ifstream>(PathOf(path), std::ios::binary);
-    if (!*file || std::filesystem::is_directory(PathOf(path))) {
-        throw CommandFailure("the file " + path + " cannot be opened");
-    }
-    return [file, path](char* into, std::size_t room) {
-        file->read(into, static_cast<std::streamsize>(room));
-        if (file->bad()) throw CommandFailure("the file " + path + " cannot be read");
-        return static_cast<std::size_t>(file->gcount());
-    };
-}
-
-ByteSource TextSource(std::string_view text, std::size_t step) {
-    return [text, step](char* into, std::size_t room) mutable {
-        const std::size_t size = std::min({text.size(), room, step});
-        std::memcpy(into, text.data(), size);
-        text.remove_prefix(size);
-        return size;
-    };
-}
 
 CsvReader::CsvReader(ByteSource source, std::size_t buffer_size)
     : source_(std::move(source)), buffer_(std::max<std::size_t>(buffer_size, 4)) {}
@@ -53,19 +26,11 @@ bool CsvReader::Next() {
     return true;
 }
 
-// Makes room behind the bytes of the record that is being read, and reads more.
+// Reads more behind the bytes of the record that is being read.
 bool CsvReader::Fill() {
-    if (record_ > 0) {
-        std::memmove(buffer_.data(), buffer_.data() + record_, end_ - record_);
-        bytes_before_ += record_;
-        cursor_ -= record_;
-        end_ -= record_;
-        record_ = 0;
-    }
-    if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
-    const std::size_t count = source_(buffer_.data() + end_, buffer_.size() - end_);
-    end_ += count;
-    return count > 0;
+    bytes_before_ += record_;
+    cursor_ -= record_;
+    return ReadMore(source_, buffer_, record_, end_);
 }
 
 void CsvReader::SkipByteOrderMark() {

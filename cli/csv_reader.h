@@ -11,11 +11,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "cli/byte_source.h"
 
 namespace tavolin::cli {
 
@@ -31,14 +32,6 @@ class CsvError : public std::runtime_error {
     std::uint64_t line_;
     std::size_t column_;
 };
-
-// Puts up to `room` bytes into `into` and returns how many; 0 at the end.
-using ByteSource = std::function<std::size_t(char* into, std::size_t room)>;
-
-// The bytes of a file. A file that cannot be opened, or read later, raises CommandFailure.
-ByteSource FileSource(const std::string& path);
-// The bytes of a text, which must outlive the source; at most `step` at a time.
-ByteSource TextSource(std::string_view text, std::size_t step = SIZE_MAX);
 
 class CsvReader {
   public:

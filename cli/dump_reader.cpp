@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 
+#include "cli/attachment_kind.h"
 #include "cli/dump_writer.h"
 #include "cli/log_activities.h"
 #include "tavolin/base/clock.h"

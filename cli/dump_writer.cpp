@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <set>
 
+#include "cli/attachment_kind.h"
 #include "cli/dump_text.h"
 #include "cli/log_activities.h"
 #include "tavolin/base/clock.h"
@@ -26,20 +27,6 @@ std::string DateText(Date date) {
 }
 
 }  // namespace
-
-std::string AttachmentKindText(attachmentEnum kind) {
-    switch (kind) {
-        case aPicture:
-            return "picture";
-        case aSound:
-            return "sound";
-        case aMovie:
-            return "movie";
-        case Miscellenius:
-            return "other";
-    }
-    return std::to_string(static_cast<std::int32_t>(kind));
-}
 
 std::string ComposedKey(const PrimaryKeyType& key, const std::vector<std::string>& fields) {
     std::string composed;

@@ -12,9 +12,6 @@ namespace tavolin::cli {
 
 inline constexpr std::string_view kDumpHeader = "tavolin-dump 1";
 
-// The word for a kind of attachment; its number when it is none of the published ones.
-std::string AttachmentKindText(attachmentEnum kind);
-
 // The key that the fields of a record make.
 std::string ComposedKey(const PrimaryKeyType& key, const std::vector<std::string>& fields);
 

@@ -4,17 +4,7 @@
 
 namespace tavolin::cli {
 
-bool LineReader::Fill() {
-    if (begin_ > 0) {
-        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
-        end_ -= begin_;
-        begin_ = 0;
-    }
-    if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
-    const std::size_t count = source_(buffer_.data() + end_, buffer_.size() - end_);
-    end_ += count;
-    return count > 0;
-}
+bool LineReader::Fill() { return ReadMore(source_, buffer_, begin_, end_); }
 
 bool LineReader::Next() {
     std::size_t looked = 0;

@@ -3,9 +3,10 @@
 
 #include <cstdint>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "cli/csv_reader.h"
+#include "cli/byte_source.h"
 
 namespace tavolin::cli {
 

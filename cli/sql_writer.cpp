@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "cli/attachment_kind.h"
 #include "cli/dump_text.h"
 #include "cli/dump_writer.h"
 #include "cli/line_reader.h"

@@ -30,15 +30,25 @@ void ShowFailure(HRESULT result) {
     ::SysFreeString(description);
 }
 
+// What ends the program; it has been shown.
+struct Failure {};
+
+void Check(HRESULT result) {
+    if (SUCCEEDED(result)) return;
+    ShowFailure(result);
+    throw Failure();
+}
+
 void Use(::_CVLDBEngine& engine) {
     const Text none;
     VARIANT_BOOL done = VARIANT_FALSE;
-    engine.LogOn(Text(L"ann"), Text(L"secret"), &done);
+    Check(engine.LogOn(Text(L"ann"), Text(L"secret"), &done));
     Ref<::_CVLTableSet> tables;
-    engine.CreateNewDB(Text(L"shop"), none, none, nullptr, tables.slot());
+    Check(engine.CreateNewDB(Text(L"customers"), none, none, nullptr, tables.slot()));
     Ref<::_CVLTable> customers;
-    engine.CreateNewPrimaryTable(Text(L"Customers"), Text(L"ID"), Text(L"Name"), none, none, none,
-                                 none, none, none, none, none, 99, 99, 99, 99, customers.slot());
+    Check(engine.CreateNewPrimaryTable(Text(L"Customers"), Text(L"ID"), Text(L"Name"), none, none,
+                                       none, none, none, none, none, none, 99, 99, 99, 99,
+                                       customers.slot()));
     VARIANT missing{};
     missing.vt = VT_ERROR;
     missing.scode = DISP_E_PARAMNOTFOUND;
@@ -48,29 +58,36 @@ void Use(::_CVLDBEngine& engine) {
         const HRESULT added =
             customers->Add(tables.get(), 1, Text(key), Text(L"Ann"), none, none, none, none, none,
                            none, none, none, nullptr, missing, missing, record.slot());
-        if (FAILED(added)) ShowFailure(added);
+        if (FAILED(added)) ShowFailure(added);  // a key that is taken; the others stay
     }
     ::PrimaryKeyType key{};
-    customers->get_PrimaryKey(&key);
+    Check(customers->get_PrimaryKey(&key));
     LONG count = 0;
-    customers->get_Count(&count);
+    Check(customers->get_Count(&count));
     std::printf("%ld customers, the key is field %d\n", count, key.Part0);
+}
+
+int Run() {
+    Ref<::_CVLDBEngine> engine;
+    const HRESULT made = ::CoCreateInstance(__uuidof(::CVLDBEngine), nullptr, CLSCTX_INPROC_SERVER,
+                                            __uuidof(::_CVLDBEngine), engine.out());
+    if (FAILED(made)) {
+        std::puts("Class not registered: see docs/automation.md");
+        return 1;
+    }
+    try {
+        Use(*engine.get());
+        return 0;
+    } catch (const Failure&) {
+        return 1;
+    }
 }
 
 }  // namespace
 
 int main() {
     ::CoInitialize(nullptr);
-    {
-        Ref<::_CVLDBEngine> engine;
-        const HRESULT made =
-            ::CoCreateInstance(__uuidof(::CVLDBEngine), nullptr, CLSCTX_INPROC_SERVER,
-                               __uuidof(::_CVLDBEngine), engine.out());
-        if (FAILED(made)) {
-            std::puts("Class not registered: see docs/automation.md");
-            return 1;
-        }
-        Use(*engine.get());
-    }
+    const int status = Run();
     ::CoUninitialize();
+    return status;
 }

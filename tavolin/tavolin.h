@@ -3,4 +3,5 @@
 #pragma once
 
 #include "tavolin/engine/engine.h"
+#include "tavolin/errors/stop_scope.h"
 #include "tavolin/version.h"

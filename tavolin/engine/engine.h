@@ -21,6 +21,8 @@
 // GetUserLogedOnNotFoundError otherwise, and members that need an open database GetDBNotSetError
 // "DataBase Is Not Set!".
 //
+// What may take long can be stopped by a StopScope (tavolin/errors/stop_scope.h).
+//
 // A table argument is a position, a name or a table; a field argument a number or a name, and a
 // name that the table does not have is field 0. Of several `FieldTexts` those left out are empty.
 #pragma once
@@ -243,7 +245,7 @@ class TAVOLIN_API CVLDBEngine {
                                                     int plusFieldNumAsPrimKey = kNoField);
 
     // Makes a table named by the field's name and the table argument's text ("IDCustomers"), keyed
-    // on field 0, and links the field to it. If the link fails, the table stays.
+    // on field 0, and links the field to it. If the link fails, the table stays, unless a StopScope stopped it.
     std::shared_ptr<CVLTable> CreateNewLinkedTable(const TableArgument& linkToTable,
                                                    const FieldArgument& referencesFldNumOrName,
                                                    const FieldTexts& FieldLabels);

@@ -3,6 +3,7 @@
 
 #include "tavolin/base/text.h"
 #include "tavolin/engine/report.h"
+#include "tavolin/errors/stop_scope.h"
 
 namespace tavolin {
 
@@ -86,10 +87,13 @@ class CVLDBEngine::RecordDeletion {
     }
 
     void Run(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
-        WhenOutOfMemory(
+        OrTakeBack(
             [&] {
                 Enter(table, record);
-                while (!frames_.empty()) Step();
+                while (!frames_.empty()) {
+                    stop_.Ask();
+                    Step();
+                }
             },
             [&] { TakeBack(); });
     }
@@ -199,6 +203,7 @@ class CVLDBEngine::RecordDeletion {
         });
     }
 
+    const StopCheck stop_;
     CVLDBEngine& engine_;
     bool cascade_;
     std::vector<Frame> frames_;

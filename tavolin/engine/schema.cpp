@@ -61,7 +61,12 @@ std::shared_ptr<CVLTable> CVLDBEngine::CreateNewLinkedTable(
         name = parent->FieldName(field) + linkToTable.Text();
         auto table = database_->tables->Add(name, isLinkedTable, nullptr, FieldLabels);
         table->SetPrimaryKeyFields(0);
-        parent->Link(field, table);
+        try {
+            parent->Link(field, table);
+        } catch (const Error& error) {
+            if (error.number() == kCancelled) database_->tables->TakeOut(table);
+            throw;
+        }
         return table;
     };
     return Report(kSource, [&] {

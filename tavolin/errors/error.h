@@ -138,6 +138,7 @@ enum RunTimeError : std::int32_t {
     kIncompatibleFormat = 321,
     kDuplicateKey = 457,
     kCorruptedFile = 31037,
+    kCancelled = 32755,
 };
 
 // Stored state that cannot be believed. `what()` says what was wrong and where. It leaves the

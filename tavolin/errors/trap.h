@@ -38,17 +38,18 @@ decltype(auto) Trap(std::string_view context, Body&& body) {
     }
 }
 
-// Runs body() and, when memory runs out in it, take_back() before that is passed on. What a handler
-// throws is another matter: it comes after the change that it was told of, which stays.
+// Runs body() and, when memory runs out in it or it is stopped, take_back() before that is passed
+// on. What a handler throws is another matter: it comes after the change that it was told of, which
+// stays.
 template <class Body, class TakeBack>
-void WhenOutOfMemory(Body&& body, TakeBack&& take_back) {
+void OrTakeBack(Body&& body, TakeBack&& take_back) {
     try {
         body();
     } catch (const std::bad_alloc&) {
         take_back();
         throw;
     } catch (const Error& error) {
-        if (error.number() == kOutOfMemory) take_back();
+        if (error.number() == kOutOfMemory || error.number() == kCancelled) take_back();
         throw;
     }
 }

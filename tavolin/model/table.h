@@ -108,7 +108,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     // every value of the field that is no key there yet, unless this table was linked to it before.
     // Asks for a right to write, else GetUserPermissionToRWError. A field above 9 raises
     // GetReferencedFldNotFoundError, a table of another set 5. After a failure in the middle the
-    // changes made so far stay.
+    // changes made so far stay, unless a StopScope stopped it (32755).
     std::shared_ptr<CVLTable> Link(int fldNum0to9, const TableArgument& toTable);
 
     // CVLRecordSet::Item.
@@ -177,7 +177,9 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
   private:
     using Names = std::array<std::string, kFieldCount>;
+    using Handles = std::vector<std::pair<std::shared_ptr<tavolin::CVLRecordSet>, RecordHandle>>;
     class Additions;
+    class FormerLink;
     class Filling;
     class Cascade;
     struct FieldFilling {
@@ -199,6 +201,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     void ForgetLinksTo(std::string_view table);
     void RecomputeType();
     void FillFrom(int field, CVLTable& target);
+    static void TakeOut(const Handles& added);
 
     std::shared_ptr<Session> session_;
     CVLTableSet* set_ = nullptr;  // the set that the table stands in; it clears this when it goes

@@ -8,6 +8,7 @@
 
 #include "tavolin/base/text.h"
 #include "tavolin/errors/error_num.h"
+#include "tavolin/errors/stop_scope.h"
 #include "tavolin/errors/trap.h"
 #include "tavolin/model/permission.h"
 #include "tavolin/model/session.h"
@@ -99,12 +100,65 @@ class CVLTable::Additions {
         }
     }
 
+    // Without their objects, which a million records are too many for.
+    void Remember(Handles& handles) const {
+        for (const Addition& each : additions_) {
+            handles.emplace_back(each.records, each.record->handle());
+        }
+    }
+
   private:
     struct Addition {
         std::shared_ptr<tavolin::CVLRecordSet> records;
         std::shared_ptr<CVLRecord> record;
     };
     std::vector<Addition> additions_;
+};
+
+// A field's link as it is before another takes its place, and what the tables that it leads from
+// and to know of it.
+class CVLTable::FormerLink {
+  public:
+    FormerLink(CVLTable& table, std::size_t field, CVLTable& target)
+        : table_(table),
+          field_(field),
+          link_(table.linked_[field]),
+          foreign_(table.foreign_[field]) {
+        Keep(target.shared_from_this());
+        const auto tables = table.session_->Tables();
+        if (tables && !link_.empty()) Keep(tables->Lookup(link_));
+    }
+    FormerLink(const FormerLink&) = delete;
+    FormerLink& operator=(const FormerLink&) = delete;
+
+    void PutBack() const {
+        table_.SetLink(field_, link_);
+        table_.foreign_[field_] = foreign_;
+        for (const End& end : ends_) {
+            for (std::size_t i = 0; i < kFieldCount; ++i) {
+                end.table->SetMention(end.table->referenced_[i], end.references[i]);
+            }
+            end.table->type_ = end.type;
+        }
+    }
+
+  private:
+    struct End {
+        std::shared_ptr<CVLTable> table;
+        Names references;
+        TableEnum type;
+    };
+
+    void Keep(std::shared_ptr<CVLTable> table) {
+        if (!table) return;
+        ends_.push_back({table, table->referenced_, table->type_});
+    }
+
+    CVLTable& table_;
+    std::size_t field_;
+    std::string link_;
+    bool foreign_;
+    std::vector<End> ends_;
 };
 
 // Adds the one-field records that a value needs: one in the table that it refers to, when it is no
@@ -160,7 +214,7 @@ std::shared_ptr<CVLRecord> CVLTable::Add(const std::shared_ptr<CVLTableSet>& use
             record = add(*records);
         } else {
             Additions all;
-            WhenOutOfMemory(
+            OrTakeBack(
                 [&] {
                     record = all.Add(records, add);
                     Fill(fillings, *record, nKey, all);
@@ -187,7 +241,7 @@ std::shared_ptr<CVLRecord> CVLTable::Update(const std::shared_ptr<CVLTableSet>& 
             const FormerRecord former(*record);
             Additions all;
             bool updated = false;
-            WhenOutOfMemory(
+            OrTakeBack(
                 [&] {
                     records->Update(primary_key_, record, props, std::move(AttachmentsTable));
                     updated = true;
@@ -249,10 +303,16 @@ std::shared_ptr<CVLTable> CVLTable::Link(int fldNum0to9, const TableArgument& to
         }
         auto target = Resolve(toTable, kSource);
         const auto field = static_cast<std::size_t>(fldNum0to9);
-        DropOldLink(fldNum0to9, target->key_);
-        SetLink(field, target->key_);
-        foreign_[field] = true;
-        if (target->NoteReferenceFrom(key_)) FillFrom(fldNum0to9, *target);
+        const FormerLink former(*this, field, *target);
+        try {
+            DropOldLink(fldNum0to9, target->key_);
+            SetLink(field, target->key_);
+            foreign_[field] = true;
+            if (target->NoteReferenceFrom(key_)) FillFrom(fldNum0to9, *target);
+        } catch (const Error& error) {
+            if (error.number() == kCancelled) former.PutBack();
+            throw;
+        }
         target->type_ = isLinkedTable;
         OnFieldSetAsForeignKey.Fire(names_[field]);
         return target;
@@ -306,15 +366,35 @@ void CVLTable::ClearReferencesTo(std::string_view table) {
 void CVLTable::RecomputeType() { type_ = IsReferenced() ? isLinkedTable : isPrimaryTable; }
 
 void CVLTable::FillFrom(int field, CVLTable& target) {
+    const StopCheck stop;
     const Filling filling(session_->Tables(), target);
-    const auto records = records_->Collection();
-    RecordCollection::Cursor cursor(*records);
-    for (RecordHandle record; (record = cursor.Next()) != kNoHandle;) {
-        const std::string_view value = records->arena().Field(record, field);
-        // Most values are keys already, and those need no copy.
-        if (!target.CanAdd(value)) continue;
-        Additions all;
-        filling.Fill(std::string(value), 1, all);
+    Handles added;
+    try {
+        const auto records = records_->Collection();
+        RecordCollection::Cursor cursor(*records);
+        for (RecordHandle record; (record = cursor.Next()) != kNoHandle;) {
+            stop.Ask();
+            const std::string_view value = records->arena().Field(record, field);
+            // Most values are keys already, and those need no copy.
+            if (!target.CanAdd(value)) continue;
+            Additions all;
+            filling.Fill(std::string(value), 1, all);
+            if (stop.active()) all.Remember(added);
+        }
+    } catch (const Error& error) {
+        if (error.number() == kCancelled) TakeOut(added);
+        throw;
+    }
+}
+
+void CVLTable::TakeOut(const Handles& added) {
+    for (auto each = added.rbegin(); each != added.rend(); ++each) {
+        const auto& [set, handle] = *each;
+        const auto records = set->Collection();
+        if (!records->Holds(handle)) continue;
+        const auto record = records->Object(handle);
+        records->Remove(handle);
+        set->OnRecordRemove.Fire(record);
     }
 }
 

@@ -121,12 +121,16 @@ void CVLTableSet::Remove(IndexKey vntIndexKey) {
         AskToRemove();
         const auto table = tables_->Find(vntIndexKey);
         if (!table) RaiseTableNotFound(kSource);
-        table->ForEachMention([&](const std::string& name) { links_.Remove(name, *table); });
-        last_found_.reset();
-        tables_->Remove(vntIndexKey);
-        table->JoinSet(nullptr);
-        OnTableRemove.Fire(table);
+        TakeOut(table);
     });
+}
+
+void CVLTableSet::TakeOut(const std::shared_ptr<CVLTable>& table) {
+    table->ForEachMention([&](const std::string& name) { links_.Remove(name, *table); });
+    last_found_.reset();
+    tables_->Remove(tables_->PositionOf(table.get()));
+    table->JoinSet(nullptr);
+    OnTableRemove.Fire(table);
 }
 
 void CVLTableSet::Remove(const CVLTable& table) {

@@ -107,6 +107,8 @@ class TAVOLIN_API CVLTableSet {
     // What the tables of the set mention of each other; they keep it up.
     LinkIndex& links() { return links_; }
     const LinkIndex& links() const { return links_; }
+    // Removes a table of this set whatever the rights.
+    void TakeOut(const std::shared_ptr<CVLTable>& table);
     // Raises what Remove raises without `Ownership`.
     void AskToRemove() const;
     void JoinSession(std::shared_ptr<Session> session);

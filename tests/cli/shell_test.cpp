@@ -3,6 +3,7 @@
 
 #include "cli/csv_reader.h"
 #include "cli/help.h"
+#include "cli/stoppable.h"
 #include "tests/cli/terminal.h"
 
 #ifndef _WIN32
@@ -92,6 +93,27 @@ TEST_F(HostTest, CtrlCTakesACommandBack) {
             EXPECT_EQ(shop, Read("shop.cdb"));
         }
     }
+}
+
+TEST_F(HostTest, AChangeThatTheLibraryStopsIsNoChange) {
+    Host host(HostOptions{});
+    CVLDBEngine& engine = host.engine();
+    engine.LogOn("ann", "secret");
+    engine.CreateNewDB("stopped", Path("").string());
+    for (const char* name : {"Orders", "Buyers"}) engine.CreateNewPrimaryTable(name, {"ID", "B"});
+    engine.AddRecord("Orders", 1, {"1", "Ann"});
+    const InterruptCatcher catcher;
+    const auto link = [&] {
+        ChangeStoppably(host, "linking", [&] { engine.LinkTables("Orders", 1, "Buyers"); });
+    };
+    RememberInterrupt();
+    EXPECT_THROW(link(), Cancelled);
+    EXPECT_FALSE(host.unsaved());
+    EXPECT_EQ(0, engine.GetTable("Buyers")->Count());
+    ForgetInterrupt();
+    link();
+    EXPECT_TRUE(host.unsaved());
+    EXPECT_EQ(1, engine.GetTable("Buyers")->Count());
 }
 
 TEST_F(HostTest, ATableComesBackFromItsCsvFile) {

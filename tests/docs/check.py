@@ -4,6 +4,9 @@ print must be what stands there.
 
     check.py HOST COMPILER LIBRARY INCLUDE...     all of it
     check.py HOST --sessions [DOCUMENT...]        the sessions alone, which takes no compiler
+    check.py --links FOLDER                       the links alone, of the documents in a package
+    check.py --scripts FOLDER                     writes the scripts into a folder, as DOCUMENT.vbs,
+                                                  and what each must print beside it, as .out
 
 With `--write` in front, what is printed is put into the documents where they show something else.
 
@@ -17,8 +20,10 @@ In the documents, all in one language of fences:
                        A ```output behind it is what it prints.
     ```tavolin-dump    is restored, and must come out of `dump` again.
     <!-- FILE -->      in front of a fence: its text is that of FILE.
-    <!-- not run: WHY -->     in front of a fence: it is passed over, and counted; so is VBScript,
-                       which takes Windows: tests/com/run tries longer scripts under Wine.
+    ```vbscript        takes Windows: it is counted here, and run under Wine by tests/com/run. The
+                       pieces of a document make one script, and a ```output is what the one before
+                       it prints.
+    <!-- not run: WHY -->     in front of a fence: it is passed over, and counted.
 
 Links between the documents must lead somewhere, and the picture of the shell must be that of today.
 
@@ -37,7 +42,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FENCE = re.compile(r"^(?:<!-- (?P<note>[^\n]*?) -->\n)?```(?P<kind>[\w-]*)\n(?P<text>.*?)^```$",
                    re.M | re.S)
-TRIED = {"console", "cpp", "output", "tavolin-dump", "vbscript", "csv", "cmake", "text", "xml", ""}
+TRIED = {"bat", "console", "cpp", "output", "tavolin-dump", "vbscript", "csv", "cmake", "text", "xml", ""}
 failures = []
 tried = {}
 writing = False
@@ -248,9 +253,28 @@ def check_cpp(documents, compiler, folder_of, environment_of):
             count("pieces of programs")
 
 
+def write_scripts(folder):
+    """A script that breaks off ends like any other, so each says that it got to its end."""
+    for document in [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]:
+        scripts = [each for each in blocks(document) if each.kind == "vbscript"]
+        if not scripts:
+            continue
+        text = "".join(each.text for each in scripts) + 'WScript.Echo "the end"\n'
+        shown = "".join(each.output or "" for each in scripts) + "the end\n"
+        (folder / f"{document.stem}.vbs").write_text(text, "utf-8")
+        (folder / f"{document.stem}.out").write_text(shown, "utf-8")
+
+
 def main():
     global writing
     arguments = sys.argv[1:]
+    if arguments[0] == "--scripts":
+        write_scripts(pathlib.Path(arguments[1]))
+        return
+    if arguments[0] == "--links":
+        for document in pathlib.Path(arguments[1]).glob("**/*.md"):
+            check_links(document)
+        sys.exit("\n".join(failures) or 0)
     writing = arguments[0] == "--write"
     arguments = arguments[writing:]
     host, arguments = os.path.realpath(arguments[0]), arguments[1:]
@@ -283,8 +307,10 @@ def main():
             check_links(document)
         for document, found in read:
             for block in found:
-                if block.note.startswith("not run") or block.kind == "vbscript":
+                if block.note.startswith("not run"):
                     count("not run")
+                elif block.kind == "vbscript":
+                    count("scripts left to Wine")
                 elif (ROOT / block.note).is_file() and block.note:
                     if block.text != (ROOT / block.note).read_text("utf-8"):
                         failures.append(f"{block.place}: is not {block.note}")
