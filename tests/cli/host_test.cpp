@@ -2,6 +2,7 @@
 #include "tests/cli/host_fixture.h"
 
 #ifndef _WIN32
+#include <cstring>
 
 namespace tavolin::cli {
 namespace {
@@ -72,10 +73,17 @@ TEST_F(HostTest, SortsAndExports) {
     EXPECT_EQ(1, Run("shop export mdb foreign.mdb --replace").status);
     EXPECT_EQ("mine", Read("foreign.mdb"));
     const std::pair<const char*, int> refused[] = {
-        {"text x.csv", 2}, {"text none/x.txt", 1}, {"html site", 1},     {"html shop.cdb", 1},
-        {"html /", 2},     {"html title", 1},      {"mdb abcdb.mdb", 2}, {"text .txt", 2}};
+        {"text x.csv", 2},    {"text none/x.txt", 1}, {"html site", 1},
+        {"html shop.cdb", 1}, {"html /", 2},          {"html title", 1},
+        {"mdb abcdb.mdb", 2}, {"text .txt", 2},       {"csv People shop.cdb --yes", 1}};
     for (const auto& [words, status] : refused) {
         EXPECT_EQ(status, Run(std::string("shop export ") + words).status) << words;
+    }
+    ASSERT_EQ(0, Run("shop save --as x.db").status);
+    for (const char* file : {"html/x/x.htm", "text/x.txt", "mdb/x.mdb", "sql/x.sql"}) {
+        const std::string kind(file, std::strchr(file, '/'));
+        EXPECT_EQ(0, Run("x.db export " + kind).status) << file;
+        EXPECT_TRUE(fs::exists(Path(file + kind.size() + 1))) << file;
     }
 }
 
