@@ -16,9 +16,7 @@ std::string SecretFor(const Arguments& words, std::string_view option, const std
     if (!InputIsTerminal()) {
         throw UsageError(prompt + " is missing: use " + std::string(option));
     }
-    const auto secret = ReadSecret(prompt + ": ");
-    if (!secret) throw CommandFailure("no password was given");
-    return *secret;
+    return ReadSecret(prompt + ": ");
 }
 
 std::string RightsOf(CVLDBEngine& engine) {

@@ -35,10 +35,8 @@ PermitStateEnum Permission(Need need) {
 
 std::string TypedTwice(const std::string& prompt) {
     while (true) {
-        const auto first = ReadSecret(prompt + ": ");
-        const auto again = first ? ReadSecret("Again: ") : std::nullopt;
-        if (!again) throw CommandFailure("no password was given");
-        if (*first == *again) return *first;
+        const std::string first = ReadSecret(prompt + ": ");
+        if (first == ReadSecret("Again: ")) return first;
         std::cerr << "The two differ.\n";
     }
 }
@@ -100,7 +98,6 @@ bool Host::PasswordNeeded() {
 
 void Host::AskPassword(const std::string& prompt) {
     options_.password = ReadSecret(prompt);
-    if (!options_.password) throw CommandFailure("no password was given");
     engine_.LogOn(options_.user, *options_.password);
 }
 
@@ -219,7 +216,9 @@ void Host::Note(std::string_view text) {
 void Host::Confirm(const Arguments& arguments, const std::string& question, bool abortable) {
     if (arguments.Has("--yes") || (abortable && engine_.TransactionStarted())) return;
     if (!InputIsTerminal()) throw CommandFailure("refused without --yes: " + question);
-    if (Ask(question) != cli::Answer::kYes) throw CommandFailure("left as it is");
+    const auto answer = Ask(question);
+    if (answer == cli::Answer::kInterrupted) throw Cancelled();
+    if (answer != cli::Answer::kYes) throw CommandFailure("left as it is");
 }
 
 std::string Host::NewPassword(const Arguments& arguments, const std::string& whose) const {

@@ -56,7 +56,6 @@ SalvagedFile::Access AccessOf(const SalvagedFile& file, HostOptions& options) {
         return access;
     }
     options.password = ReadSecret("Password of " + options.user + ": ");
-    if (!options.password) throw CommandFailure("no password was given");
     return file.AccessOf(options.user, *options.password);
 }
 
