@@ -181,6 +181,7 @@ TEST_F(HostTest, WhoeverChangesHisOwnNameOrPasswordKeepsHisRights) {
         {"set-user ann --password-file new.txt", "--password-file new.txt"},
         {"set-user ann --name eve --password-file new.txt", "--user eve --password-file new.txt"},
         {"owner ann --password-file new.txt --yes", "--password-file new.txt"},
+        {"owner ann --no-password --yes", "--password-file in.txt"},
     };
     const std::string shop = Read("shop.cdb");
     for (const auto& [command, log_on] : cases) {
@@ -202,6 +203,8 @@ TEST_F(HostTest, WhoeverChangesHisOwnNameOrPasswordKeepsHisRights) {
     EXPECT_EQ(1, Run("--user bob --password-file bob.txt shop tables").status);
     EXPECT_EQ(0, Run("--user bob --password-file new.txt shop tables").status);
     EXPECT_EQ(1, Run("--user bob --password-file new.txt shop set-user ann --no-password").status);
+    ASSERT_EQ(0, Run("shop owner bob --no-password --yes").status);
+    EXPECT_EQ(0, Run("--user bob shop log off errors", "", "TAVOLIN_PASSWORD=").status);
 }
 
 TEST_F(HostTest, RightsAreAskedForByCommand) {
