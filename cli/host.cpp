@@ -109,6 +109,7 @@ void Host::ActAs(const std::string& user, const std::string& password) {
 }
 
 void Host::Create(const std::string& database_password, const std::string& full_name) {
+    if (loaded_) throw CommandFailure("a database is open: `tavolin NEW create` makes a new one");
     const auto [dir, name] = SplitPath(LibraryPath(DatabasePath(options_.file)));
     const std::filesystem::path folder = PathOf(DatabasePath(options_.file)).parent_path();
     if (!std::filesystem::is_directory(folder)) {

@@ -23,7 +23,7 @@ TEST_F(HostTest, TypedPasswordsStayUnseen) {
         std::string back;
         for (int i = 0; i < 9; ++i) back += "\x1B[A";
         terminal.Answer("> ", back + "\n");  // the oldest line, after all others
-        terminal.Answer("Exists", "");
+        terminal.Answer("is open", "");
         terminal.Answer("> ", "quit\n");
         terminal.Answer("Save", "y\n");
         shown = terminal.All();
