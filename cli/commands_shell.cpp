@@ -44,9 +44,9 @@ void HelpCommand(Host& host, const Arguments& arguments) {
 void SetCommand(Host& host, const Arguments& words) {
     const auto setting = words.Find("SETTING");
     const auto value = words.Find("VALUE");
-    if (setting && value) return ChangeSetting(host.output(), *setting, *value);
-    if (setting && SettingValues(*setting).empty()) ChangeSetting(host.output(), *setting, "");
-    Properties settings = Settings(host.output());
+    if (setting && value) return ChangeSetting(host.settings(), *setting, *value);
+    if (setting && SettingValues(*setting).empty()) ChangeSetting(host.settings(), *setting, "");
+    Properties settings = Settings(host.settings());
     if (setting) std::erase_if(settings, [&](const auto& each) { return each.first != *setting; });
     host.AnswerOne(settings, "Setting");
 }

@@ -43,7 +43,7 @@ std::string TypedTwice(const std::string& prompt) {
 
 }  // namespace
 
-Host::Host(HostOptions options) : options_(std::move(options)) {
+Host::Host(HostOptions options) : options_(std::move(options)), output_(options_.output) {
     engine_.KeepChangesOfOthers(true);
 }
 
@@ -184,8 +184,7 @@ void Host::Abort() {
 std::shared_ptr<CVLTable> Host::Table(const std::string& name) { return engine_.GetTable(name); }
 
 ResultStyle Host::Style(TextTable::Fit fit) const {
-    const Output& output = options_.output;
-    return {output.format, output.header, !output.quiet, TerminalWidth(), fit};
+    return {output_.format, output_.header, !output_.quiet, TerminalWidth(), fit};
 }
 
 Results Host::Answer(std::vector<std::string> headers, TextTable::Fit fit) {
@@ -199,13 +198,13 @@ void Host::AnswerOne(const Properties& properties, std::string_view title) {
 }
 
 void Host::BeginAnswers() {
-    if (!pager_ && options_.output.pager) pager_ = std::make_unique<PagedOutput>();
+    if (!pager_ && output_.pager) pager_ = std::make_unique<PagedOutput>();
 }
 
 std::ostream& Host::NoteStream() const { return in_table() ? std::cout : std::cerr; }
 
 void Host::Note(std::string_view text) {
-    if (options_.output.quiet) return;
+    if (output_.quiet) return;
     const std::string line = Printable(text) + '\n';
     if (!in_session() && unsaved_) {
         held_notes_ += line;

@@ -167,6 +167,7 @@ int RunTool(const HostOptions& given) {
 // The file may have been replaced since: its users and passwords decide anew.
 void CheckCommand(Host& host, const Arguments&) {
     HostOptions options = host.options();
+    options.output = host.output();
     if (CheckFile(options, host.Path()) != kWhole) throw CommandFailure("the file is damaged");
 }
 

@@ -164,7 +164,9 @@ TEST_F(HostTest, MessagesSayWhatIsWrong) {
         {"--keep-going shop", "\nget\nadd 'x\ny\nz'\nnope\n", "line 2: error: TABLE is missing"},
         {"--keep-going shop", "\nget\nadd 'x\ny\nz'\nnope\n", "line 6: error: there is no"},
         {"shop remove-user ann --yes", "", "hand the database over first"},
+        {"shop", "set --format json\nset pager off --quiet\nset pager\n", "pager    off"},
         {"shop remove-user $'e\\x1Bve' --yes", "", "user e\\x1Bve removed\n"},
+        {"--keep-going shop", "delete-database --yes\ncreate\n", "a database is open"},
     };
     for (const Case& each : cases) {
         const Outcome outcome = Run(each.words, each.input);
