@@ -125,6 +125,7 @@ TEST_F(HostTest, WrongWordsAndFailuresHaveTheirStatus) {
         {"shop add-user '' --no-password", 2},
         {"shop remove-user ann --yes", 1},
         {"shop help import", 0},
+        {"--no-pager help salvage", 0},
         {"--version", 0},
         {"--help", 0},
     };
