@@ -41,7 +41,7 @@ const Command* TakeCommand(std::span<const std::string>& words);
 // What an option of the command does; an option of every command has the same for each.
 std::string_view ExplanationOf(const Command& command, std::string_view option);
 
-// The parts of its pattern, and behind them the options of every command.
+// The parts of its pattern, and behind them the options of every command that shows something.
 std::vector<PatternPart> PartsOf(const Command& command);
 
 }  // namespace tavolin::cli

@@ -50,7 +50,7 @@ constexpr Command kDatabase[] = {
      "USER [--full-name NAME] [--description TEXT] [--password-file F] [--no-password] [--yes]",
      "Hand the database to another user, who is added if he is not there.",
      "owner bob --yes\nowner eve --password-file new.txt --yes", Need::kOwner, kAnywhere,
-     OwnerCommand},
+     OwnerCommand, "A user who is there keeps his password unless an option sets another."},
     {"delete-database", "[FILE] [--yes]",
      "Delete a database file of yours and its log; this one without FILE.", "delete-database --yes",
      Need::kOwner, kAnywhere, DeleteDatabaseCommand},

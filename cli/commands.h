@@ -63,6 +63,8 @@ void UserCommand(Host& host, const Arguments& words);
 void AddUserCommand(Host& host, const Arguments& words);
 void SetUserCommand(Host& host, const Arguments& words);
 void RemoveUserCommand(Host& host, const Arguments& words);
+// Without asking for the old one: for commands that are the owner's alone.
+void SetPassword(CVLDBUser& user, const std::string& password);
 
 // Notes.
 void NotesCommand(Host& host, const Arguments& words);

@@ -16,9 +16,7 @@ std::string SecretFor(const Arguments& words, std::string_view option, const std
     if (!InputIsTerminal()) {
         throw UsageError(prompt + " is missing: use " + std::string(option));
     }
-    const auto secret = ReadSecret(prompt + ": ");
-    if (!secret) throw CommandFailure("no password was given");
-    return *secret;
+    return ReadSecret(prompt + ": ");
 }
 
 std::string RightsOf(CVLDBEngine& engine) {
@@ -92,15 +90,16 @@ void PasswordCommand(Host& host, const Arguments& words) {
 void OwnerCommand(Host& host, const Arguments& words) {
     CVLDBEngine& engine = host.engine();
     const std::string& name = words["USER"];
-    const bool asked =
-        !engine.UserExists(name) || words.Has("--password-file") || words.Has("--no-password");
+    const auto known = engine.UserExists(name) ? engine.CVLDBUserSet()->Item(name) : nullptr;
+    const bool asked = !known || words.Has("--password-file") || words.Has("--no-password");
     host.Confirm(words, "Hand the database to " + name + "?");
     const std::string password = asked ? host.NewPassword(words, "of " + name) : std::string();
-    const auto known = engine.UserExists(name) ? engine.CVLDBUserSet()->Item(name) : nullptr;
     engine.ChangeOwner(name, password, words.Get("--full-name", known ? known->UserFullName() : ""),
                        words.Get("--description", known ? known->UserDescription() : ""));
     host.Changed();
-    if (EqualFold(name, host.user()) && !password.empty()) host.ActAs(name, password);
+    // The engine takes an empty password for none that is to be set.
+    if (known && asked && password.empty()) SetPassword(*known, password);
+    if (asked && EqualFold(name, host.user())) host.ActAs(name, password);
     host.Note("the owner is " + engine.DBOwner());
 }
 

@@ -12,6 +12,7 @@
 #include "cli/paths.h"
 #include "cli/progress.h"
 #include "cli/terminal.h"
+#include "cli/text_output.h"
 #include "cli/waiting.h"
 #include "tavolin/base/text.h"
 #include "tavolin/export/mdb/replacing.h"
@@ -48,7 +49,7 @@ Target TargetOf(const std::optional<std::string>& given, const std::string& othe
 std::string NotComplete(const Target& target) { return target.Path() + " is not complete"; }
 
 // The engine puts the extension behind a name, without the dot.
-std::string_view WithoutExtension(const Target& target, std::string_view end) {
+std::string_view NameWithDot(const Target& target, std::string_view end) {
     return std::string_view(target.name).substr(0, target.name.size() - end.size() + 1);
 }
 
@@ -135,9 +136,7 @@ void ExportCsvCommand(Host& host, const Arguments& words) {
         return WriteWhole({}, *table);
     }
     const Target target = TargetOf(given, FileNameOf(table->Key()) + ".csv");
-    if (fs::exists(PathOf(target.Path()))) {
-        host.Confirm(words, "Write over " + target.Path() + "?", false);
-    }
+    AskToWrite(host, words, target.Path());
     WriteWhole(target, *table);
     host.Note(Counted(static_cast<std::size_t>(table->Count()), "record") + " exported to " +
               target.Path());
@@ -157,19 +156,18 @@ void ExportTextCommand(Host& host, const Arguments& words) {
     static constexpr std::string_view kEnd = ".txt";
     const auto given = words.Find("FILE.txt");
     CVLDBEngine& engine = host.engine();
-    const Target target =
-        TargetOf(given, ReplaceFold(engine.DBName(), DefaultExtension(), "") + "txt", kEnd);
+    const Target target = TargetOf(given, WithoutExtension(engine.DBName()) + ".txt", kEnd);
     if (fs::exists(PathOf(target.Path()))) {
         host.Confirm(words, "Write over " + target.Path() + "?", false);
     }
     WritingFiles(NotComplete(target),
-                 [&] { engine.MakeItText(TextOf(target.folder), WithoutExtension(target, kEnd)); });
+                 [&] { engine.MakeItText(TextOf(target.folder), NameWithDot(target, kEnd)); });
     host.Note("exported to " + target.Path());
 }
 
 void ExportHtmlCommand(Host& host, const Arguments& words) {
     CVLDBEngine& engine = host.engine();
-    const Target target = TargetOf(words.Find("FOLDER"), ReplaceFold(engine.DBName(), ".cdb", ""));
+    const Target target = TargetOf(words.Find("FOLDER"), WithoutExtension(engine.DBName()));
     const fs::path folder = PathOf(target.Path());
     if (fs::exists(folder) && !fs::is_directory(folder)) {
         throw CommandFailure(target.Path() + " is not a folder");
@@ -189,8 +187,8 @@ void ExportMdbCommand(Host& host, const Arguments& words) {
     static constexpr std::string_view kEnd = ".mdb";
     CVLDBEngine& engine = host.engine();
     const auto given = words.Find("FILE.mdb");
-    const Target target =
-        TargetOf(given, ReplaceFold(engine.DBName(), DefaultExtension(), "") + "mdb", kEnd);
+    const std::string name = WithoutExtension(engine.DBName());
+    const Target target = TargetOf(given, ReplaceFold(name, DefaultExtension(), "") + ".mdb", kEnd);
     if (ReplaceFold(target.name, DefaultExtension(), "") != target.name) {
         throw UsageError("the file's name must not hold \"" + std::string(DefaultExtension()) +
                          "\", which an export leaves out of names");
@@ -198,7 +196,7 @@ void ExportMdbCommand(Host& host, const Arguments& words) {
     if (engine.CVLTableSet()->Count() == 0) throw CommandFailure("there are no tables to export");
     const auto export_to = [&](const Target& file) {
         WritingFiles("nothing was written",
-                     [&] { engine.MakeItMDB(TextOf(file.folder), WithoutExtension(file, kEnd)); });
+                     [&] { engine.MakeItMDB(TextOf(file.folder), NameWithDot(file, kEnd)); });
     };
     if (words.Has("--replace") && fs::exists(PathOf(target.Path()))) {
         ReplaceExport(target, kEnd, export_to);

@@ -6,6 +6,7 @@
 #include "cli/failure.h"
 #include "cli/help.h"
 #include "cli/run_command.h"
+#include "cli/tools.h"
 
 namespace tavolin::cli {
 namespace {
@@ -36,6 +37,8 @@ void HelpCommand(Host& host, const Arguments& arguments) {
         std::cout << "\nThe registry of owners is RDX.dat in the folder TAVOLIN_FOLDER, else "
                      "beside the\nprogram, or in "
                   << kUsersFolder << "\nwhen you may not write there.\n";
+    } else if (const Command* const tool = ToolNamed(names[0]); tool && names.size() == 1) {
+        PrintCommand(std::cout, *tool);
     } else if (names.size() > 1 || !ExplainSubject(names[0])) {
         RaiseNoCommand(names[0]);
     }
@@ -44,9 +47,9 @@ void HelpCommand(Host& host, const Arguments& arguments) {
 void SetCommand(Host& host, const Arguments& words) {
     const auto setting = words.Find("SETTING");
     const auto value = words.Find("VALUE");
-    if (setting && value) return ChangeSetting(host.output(), *setting, *value);
-    if (setting && SettingValues(*setting).empty()) ChangeSetting(host.output(), *setting, "");
-    Properties settings = Settings(host.output());
+    if (setting && value) return ChangeSetting(host.settings(), *setting, *value);
+    if (setting && SettingValues(*setting).empty()) ChangeSetting(host.settings(), *setting, "");
+    Properties settings = Settings(host.settings());
     if (setting) std::erase_if(settings, [&](const auto& each) { return each.first != *setting; });
     host.AnswerOne(settings, "Setting");
 }

@@ -5,14 +5,12 @@
 #include "cli/sql_writer.h"
 #include "cli/terminal.h"
 #include "cli/text_output.h"
-#include "tavolin/base/text.h"
-#include "tavolin/persist/paths.h"
 
 namespace tavolin::cli {
 
 void ExportSqlCommand(Host& host, const Arguments& words) {
     CVLDBEngine& engine = host.engine();
-    const std::string otherwise = ReplaceFold(engine.DBName(), DefaultExtension(), "") + "sql";
+    const std::string otherwise = WithoutExtension(engine.DBName()) + ".sql";
     const std::string given = MachinePath(words.Get("OUT", otherwise));
     const std::string path = given == "-" ? given : FolderPath(given);
     AskToWrite(host, words, path);

@@ -32,13 +32,12 @@ void CheckName(const std::string& name) {
     RequireUtf8(name);
 }
 
-// The library changes a password for whoever does not know the old one. So this is only for
-// commands that are the owner's alone.
+}  // namespace
+
+// The library changes a password for whoever does not know the old one.
 void SetPassword(CVLDBUser& user, const std::string& password) {
     user.ChangePassword(user.PasswordCorrect("") ? "another" : "", password);
 }
-
-}  // namespace
 
 void OwnersCommand(Host& host, const Arguments& words) {
     const auto owner = words.Find("USER");

@@ -10,6 +10,7 @@
 #include "cli/fields.h"
 #include "cli/file_names.h"
 #include "cli/output.h"
+#include "cli/tools.h"
 #include "cli/words.h"
 #include "tavolin/base/text.h"
 
@@ -34,7 +35,9 @@ Words NamesOfCommands(const Words& before, bool subjects) {
             names.insert(words[before.size()]);
         }
     }
-    if (subjects) names.insert("all");
+    if (!subjects) return {names.begin(), names.end()};
+    names.insert("all");
+    for (const Command& tool : Tools()) names.emplace(tool.name);
     return {names.begin(), names.end()};
 }
 
@@ -138,6 +141,7 @@ Words ValuesOf(const PatternPart& part, const CommandLine& line, const std::stri
     if (kind == "FIELD=VALUE" || kind == "VALUE") return FieldsNamed(line.table(), names, "=");
     if (kind == "USER") return names.users;
     if (kind == "KIND") return ActivityNames();
+    if (IsTool(line.command().name)) return FileNames(word, FilesOf::kAnyKind, ".cdb");
     if (kind == "FOLDER") return FileNames(word, FilesOf::kFoldersAlone);
     if (kind == "F" || kind == "PATH" || kind == "IN" || kind == "OUT") return FileNames(word);
     if (kind.starts_with("FILE")) {
@@ -189,21 +193,25 @@ Names LoadedNames(Host& host) {
     return names;
 }
 
-std::vector<std::string> Completions(Words before, const std::string& word, const Names& names) {
+// "log" is a command, and "log on" is another.
+std::vector<std::string> Completions(const Words& before, const std::string& word,
+                                     const Names& names) {
     std::span<const std::string> words = before;
-    const Command* const command = TakeCommand(words);
-    // "log" is a command, and "log on" is another.
     Words candidates = NamesOfCommands(before, false);
-    if (command != nullptr) {
-        const CommandLine line(*command, words);
-        const auto place = line.Next();
-        if (line.takes_options() && word.starts_with('-')) candidates = line.OptionsLeft();
-        if (place && !(line.takes_options() && word.starts_with('-'))) {
-            const Words values = ValuesOf(*place, line, word, names);
-            candidates.insert(candidates.end(), values.begin(), values.end());
-        }
-        if (!place && candidates.empty() && line.takes_options()) candidates = line.OptionsLeft();
-    }
+    std::erase_if(candidates, [&](const auto& each) { return !BeginsWith(each, word); });
+    const Command* const command = TakeCommand(words);
+    if (command == nullptr || !candidates.empty()) return candidates;
+    return CompletionsOf(*command, words, word, names);
+}
+
+std::vector<std::string> CompletionsOf(const Command& command, std::span<const std::string> words,
+                                       const std::string& word, const Names& names) {
+    const CommandLine line(command, words);
+    const auto place = line.Next();
+    const bool options = line.takes_options() && (word.starts_with('-') || !place);
+    Words candidates = options ? line.OptionsLeft()
+                       : place ? ValuesOf(*place, line, word, names)
+                               : Words();
     std::erase_if(candidates, [&](const auto& each) { return !BeginsWith(each, word); });
     return candidates;
 }

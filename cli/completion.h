@@ -1,11 +1,13 @@
 // What may stand at the end of a line, for the Tab key in a session and in the system's shell.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "cli/command.h"
 #include "cli/host.h"
 
 namespace tavolin::cli {
@@ -33,8 +35,12 @@ struct LineCompletion {
 LineCompletion CompleteLine(std::string_view line, const Names& names);
 
 // The same, with the words that stand before the last one and the last one as it was typed.
-std::vector<std::string> Completions(std::vector<std::string> before, const std::string& word,
-                                     const Names& names);
+std::vector<std::string> Completions(const std::vector<std::string>& before,
+                                     const std::string& word, const Names& names);
+
+// The same behind the words of a command that is known.
+std::vector<std::string> CompletionsOf(const Command& command, std::span<const std::string> words,
+                                       const std::string& word, const Names& names);
 
 // A candidate as it is typed, in the quotes that its beginning was typed in, if in any.
 std::string TypedWord(const std::string& word, std::string_view raw);

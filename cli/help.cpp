@@ -83,8 +83,8 @@ std::vector<std::string> Paragraphs(const Command& command) {
     if (command.pattern.find("KEY") != std::string_view::npos &&
         command.pattern.find("--key") == std::string_view::npos) {
         paragraphs.emplace_back(
-            "KEY is a record's key, or #N for the Nth record; a key that begins with # is written "
-            "\\#, which a session needs in quotes: '\\#7'.");
+            "KEY is a record's key, or #N for the Nth record, which a system's shell needs in "
+            "quotes; a key that begins with # is written \\#, always in quotes: '\\#7'.");
     }
     if (command.where == Where::kSessionOnly) paragraphs.emplace_back("For sessions only.");
     if (const auto need = NeedText(command.need); !need.empty()) paragraphs.emplace_back(need);
@@ -101,7 +101,9 @@ void PrintOverview(std::ostream& out) {
     }
     out << "\n`help COMMAND` explains a command, `help SUBJECT` those of a line above,\n"
            "`help all` every one. Words are split at blanks; quotes and \\ keep them together.\n"
-           "A line that begins with # is passed over; a word -- ends options.\n";
+           "A line that begins with # is passed over; a word -- ends options.\n"
+           "For damaged files there are `tavolin check FILE` and `tavolin salvage FILE NEW`; see\n"
+           "`help salvage`.\n";
 }
 
 void PrintSubject(std::ostream& out, const Subject& subject) {

@@ -35,17 +35,15 @@ PermitStateEnum Permission(Need need) {
 
 std::string TypedTwice(const std::string& prompt) {
     while (true) {
-        const auto first = ReadSecret(prompt + ": ");
-        const auto again = first ? ReadSecret("Again: ") : std::nullopt;
-        if (!again) throw CommandFailure("no password was given");
-        if (*first == *again) return *first;
+        const std::string first = ReadSecret(prompt + ": ");
+        if (first == ReadSecret("Again: ")) return first;
         std::cerr << "The two differ.\n";
     }
 }
 
 }  // namespace
 
-Host::Host(HostOptions options) : options_(std::move(options)) {
+Host::Host(HostOptions options) : options_(std::move(options)), output_(options_.output) {
     engine_.KeepChangesOfOthers(true);
 }
 
@@ -100,7 +98,6 @@ bool Host::PasswordNeeded() {
 
 void Host::AskPassword(const std::string& prompt) {
     options_.password = ReadSecret(prompt);
-    if (!options_.password) throw CommandFailure("no password was given");
     engine_.LogOn(options_.user, *options_.password);
 }
 
@@ -112,6 +109,7 @@ void Host::ActAs(const std::string& user, const std::string& password) {
 }
 
 void Host::Create(const std::string& database_password, const std::string& full_name) {
+    if (loaded_) throw CommandFailure("a database is open: `tavolin NEW create` makes a new one");
     const auto [dir, name] = SplitPath(LibraryPath(DatabasePath(options_.file)));
     const std::filesystem::path folder = PathOf(DatabasePath(options_.file)).parent_path();
     if (!std::filesystem::is_directory(folder)) {
@@ -186,8 +184,7 @@ void Host::Abort() {
 std::shared_ptr<CVLTable> Host::Table(const std::string& name) { return engine_.GetTable(name); }
 
 ResultStyle Host::Style(TextTable::Fit fit) const {
-    const Output& output = options_.output;
-    return {output.format, output.header, !output.quiet, TerminalWidth(), fit};
+    return {output_.format, output_.header, !output_.quiet, TerminalWidth(), fit};
 }
 
 Results Host::Answer(std::vector<std::string> headers, TextTable::Fit fit) {
@@ -201,13 +198,13 @@ void Host::AnswerOne(const Properties& properties, std::string_view title) {
 }
 
 void Host::BeginAnswers() {
-    if (!pager_ && options_.output.pager) pager_ = std::make_unique<PagedOutput>();
+    if (!pager_ && output_.pager) pager_ = std::make_unique<PagedOutput>();
 }
 
 std::ostream& Host::NoteStream() const { return in_table() ? std::cout : std::cerr; }
 
 void Host::Note(std::string_view text) {
-    if (options_.output.quiet) return;
+    if (output_.quiet) return;
     const std::string line = Printable(text) + '\n';
     if (!in_session() && unsaved_) {
         held_notes_ += line;
@@ -219,7 +216,9 @@ void Host::Note(std::string_view text) {
 void Host::Confirm(const Arguments& arguments, const std::string& question, bool abortable) {
     if (arguments.Has("--yes") || (abortable && engine_.TransactionStarted())) return;
     if (!InputIsTerminal()) throw CommandFailure("refused without --yes: " + question);
-    if (Ask(question) != cli::Answer::kYes) throw CommandFailure("left as it is");
+    const auto answer = Ask(question);
+    if (answer == cli::Answer::kInterrupted) throw Cancelled();
+    if (answer != cli::Answer::kYes) throw CommandFailure("left as it is");
 }
 
 std::string Host::NewPassword(const Arguments& arguments, const std::string& whose) const {

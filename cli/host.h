@@ -42,9 +42,10 @@ class Host {
     explicit Host(HostOptions options);
 
     const HostOptions& options() const { return options_; }
-    // How answers are shown, of which a command may have its own.
-    Output& output() { return options_.output; }
-    bool in_table() const { return options_.output.format == Format::kTable; }
+    // How answers are shown, and how the running command shows its own.
+    Output& settings() { return options_.output; }
+    Output& output() { return output_; }
+    bool in_table() const { return output_.format == Format::kTable; }
     bool in_session() const { return options_.words.empty(); }
     CVLDBEngine& engine() { return engine_; }
 
@@ -118,6 +119,7 @@ class Host {
     std::ostream& NoteStream() const;
 
     HostOptions options_;
+    Output output_;
     CVLDBEngine engine_;
     bool logged_on_ = false;
     bool loaded_ = false;

@@ -26,15 +26,9 @@ int main(int argc, char** argv) {
             return PrintCompletions(words[2]);
         }
         if (words == std::vector<std::string>{"help", "--man"}) return PrintManual(std::cout);
-        if (!words.empty() && words[0] == "help") {
-            HostOptions help;
-            help.words = words;
-            Host host(help);
-            status = RunOneCommand(host);
-            return;
-        }
-        const std::optional<HostOptions> options = ParseOptions(words);
+        std::optional<HostOptions> options = ParseOptions(words);
         if (!options) return;
+        if (options->file == "help") options->words.insert(options->words.begin(), "help");
         ChooseDataFolder();
         if (!options->tool.empty()) {
             status = RunTool(*options);

@@ -5,6 +5,7 @@
 #include "cli/data_folder.h"
 #include "cli/display_text.h"
 #include "cli/help.h"
+#include "cli/tools.h"
 #include "tavolin/version.h"
 
 namespace tavolin::cli {
@@ -65,13 +66,12 @@ void Head(std::ostream& out) {
            ".SH SYNOPSIS\n.B tavolin\n[\\fIOPTIONS\\fR] \\fIFILE\\fR [\\fICOMMAND WORDS\\fR...]\n"
            ".br\n.B tavolin check\n\\fIFILE\\fR\n"
            ".br\n.B tavolin salvage\n\\fIFILE NEW\\fR [\\-\\-replace] [\\-\\-take\\-ownership]\n"
+           ".br\n.B tavolin help\n[\\fICOMMAND\\fR]\n"
            ".SH DESCRIPTION\n"
            "Runs one command on a database file and saves what it changed.\n"
            "Without a command, commands are read from the input: on a terminal\n"
            "with a prompt, editing, history and completion, else a line after\n"
-           "another until one fails.\n.P\n"
-           ".B check\nsays whether a file is damaged, and where;\n.B salvage\n"
-           "makes a new database of what can still be read of a damaged one.\n"
+           "another until one fails.\n"
            ".SH OPTIONS\n";
     for (const ProgramOption& option : ProgramOptions()) Entry(out, option.names, option.text);
 }
@@ -88,8 +88,13 @@ void Tail(std::ostream& out) {
     Entry(out, "PAGER", "what shows answers that are longer than the screen");
     out << ".SH EXIT STATUS\n";
     Entry(out, "0", "success");
-    Entry(out, "1", "a command was refused or failed; of check, the file is damaged");
-    Entry(out, "2", "the words make no sense; of check and salvage, nothing could be read");
+    Entry(
+        out, "1",
+        "a command was refused or failed; of check, the file is damaged; of salvage, something is "
+        "lost or in doubt");
+    Entry(out, "2",
+          "the words make no sense; of check, the file could not be read; of salvage, nothing was "
+          "written");
     Entry(out, "130", "interrupted; the file is as it was");
 }
 
@@ -97,7 +102,7 @@ void Tail(std::ostream& out) {
 
 void PrintManual(std::ostream& out) {
     Head(out);
-    out << ".SH COMMANDS\nEach takes these options as well:\n";
+    out << ".SH COMMANDS\nEach but quit and exit takes these options as well:\n";
     for (const PatternPart& part : ParsePattern(kOutputPattern)) {
         Entry(out, PartText(part), ExplanationOf({}, part.name));
     }
@@ -105,6 +110,8 @@ void PrintManual(std::ostream& out) {
         out << ".SH " << Roff(subject.title) << '\n';
         for (const Command& command : subject.commands) PrintManualOf(out, command);
     }
+    out << ".SH Damaged files\nThese stand in the place of FILE, and take the same options.\n";
+    for (const Command& tool : Tools()) PrintManualOf(out, tool);
     Tail(out);
 }
 

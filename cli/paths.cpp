@@ -31,6 +31,8 @@ std::string DatabasePath(std::string_view file) {
     return dir + name + "." + std::string(DefaultExtension());
 }
 
+std::string WithoutExtension(std::string_view name) { return TextOf(PathOf(name).stem()); }
+
 std::string MachinePath(std::string path) {
 #ifndef _WIN32
     std::replace(path.begin(), path.end(), '\\', '/');

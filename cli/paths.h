@@ -14,6 +14,9 @@ std::string TextOf(const std::filesystem::path& path);
 // The whole path of a database file: absolute, with ".cdb" behind a name that holds no ".".
 std::string DatabasePath(std::string_view file);
 
+// A file's name without its extension.
+std::string WithoutExtension(std::string_view name);
+
 // A path of the library's as the machine writes it.
 std::string MachinePath(std::string path);
 

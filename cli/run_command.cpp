@@ -34,14 +34,13 @@ Arguments ArgumentsOf(const Command& command, std::span<const std::string> words
 // While one lives, answers are shown as the command's own options say, and it takes the time.
 class AnswerScope {
   public:
-    AnswerScope(Host& host, const Arguments& words) : host_(host), before_(host.output()) {
-        host_.output() = OutputOf(before_, words);
+    AnswerScope(Host& host, const Arguments& words) : host_(host) {
+        host_.output() = OutputOf(host_.settings(), words);
         timing_ = host_.output().timing;
     }
     ~AnswerScope() {
         host_.EndAnswers();
-        // A setting that the command changed stays.
-        if (!changes_settings_) host_.output() = before_;
+        host_.output() = host_.settings();
         if (!timing_) return;
         const std::chrono::duration<double> time = Clock::now() - start_;
         char text[32];
@@ -52,15 +51,11 @@ class AnswerScope {
     AnswerScope(const AnswerScope&) = delete;
     AnswerScope& operator=(const AnswerScope&) = delete;
 
-    void KeepSettings() { changes_settings_ = true; }
-
   private:
     using Clock = std::chrono::steady_clock;
 
     Host& host_;
-    Output before_;
     bool timing_;
-    bool changes_settings_ = false;
     Clock::time_point start_ = Clock::now();
 };
 
@@ -84,9 +79,8 @@ void RunWords(Host& host, std::span<const std::string> words) {
     const Command& command = CommandOf(host, words);
     const Arguments arguments = ArgumentsOf(command, words);
     const BusyScope busy;
-    AnswerScope answers(host, arguments);
+    const AnswerScope answers(host, arguments);
     host.Prepare(command.need);
-    if (command.name == "set") answers.KeepSettings();
     command.run(host, arguments);
     if (!host.in_session() && host.unsaved()) host.Save();
     if (!Interrupted()) return;

@@ -121,16 +121,16 @@ void PrintCompletions(std::string_view line) {
     if (!split.ended) split.words.pop_back();
     Words before(split.words.begin() + 1, split.words.end());
     const std::size_t file = FileAmong(before);
+    const auto end = before.begin() + static_cast<std::ptrdiff_t>(file);
     Words candidates;
-    if (!before.empty() && before[0] == "help") {
-        candidates = Completions(before, word, {});
-    } else if (file == 0) {
+    if (file == 0) {
         candidates = ProgramCompletions(before, word);
         std::erase_if(candidates, [&](const auto& each) { return !each.starts_with(word); });
-    } else if (IsTool(before[file - 1])) {
-        candidates = FileNames(word, FilesOf::kAnyKind, ".cdb");
+    } else if (before[file - 1] == "help") {
+        candidates = Completions(Words(end - 1, before.end()), word, {});
+    } else if (const Command* const tool = ToolNamed(before[file - 1])) {
+        candidates = CompletionsOf(*tool, std::span(before).subspan(file), word, {});
     } else {
-        const auto end = before.begin() + static_cast<std::ptrdiff_t>(file);
         candidates =
             Completions(Words(end, before.end()), word, NamesOf(Words(before.begin(), end)));
     }

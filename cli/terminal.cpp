@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "cli/display_text.h"
+#include "cli/failure.h"
 
 namespace tavolin::cli {
 namespace {
@@ -31,12 +32,14 @@ BusyScope::~BusyScope() { busy = false; }
 
 void ForgetInterrupt() { interrupted = false; }
 
-std::optional<std::string> ReadSecret(const std::string& prompt) {
+std::string ReadSecret(const std::string& prompt) {
     const InterruptCatcher catcher;  // the echo comes back before the program ends
     ForgetInterrupt();
-    std::optional<std::string> answer = ReadTypedLine(prompt, Echo::kOff);
+    const std::optional<std::string> answer = ReadTypedLine(prompt, Echo::kOff);
     std::cerr << '\n';
-    return answer;
+    if (answer) return *answer;
+    if (Interrupted()) throw Cancelled();
+    throw CommandFailure("no password was given");
 }
 
 Answer Ask(const std::string& question) {

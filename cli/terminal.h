@@ -43,8 +43,9 @@ std::size_t TerminalHeight();
 enum class Echo { kOn, kOff };
 std::optional<std::string> ReadTypedLine(const std::string& prompt, Echo echo = Echo::kOn);
 
-// A line that the user types without seeing it, as above.
-std::optional<std::string> ReadSecret(const std::string& prompt);
+// A line that the user types without seeing it. Raises Cancelled after Ctrl-C, and CommandFailure
+// at the end of input.
+std::string ReadSecret(const std::string& prompt);
 
 // Asks until the user answers yes or no, or neither. Input must be a terminal.
 enum class Answer { kYes, kNo, kInterrupted, kEndOfInput };

@@ -29,8 +29,6 @@ class TextOutput {
     TextOutput(const TextOutput&) = delete;
     TextOutput& operator=(const TextOutput&) = delete;
 
-    bool IsFile() const { return file_ != nullptr; }
-
     // What is still to be written; whoever makes text appends it here.
     std::string& text() { return text_; }
     // Writes it when there is enough of it. Raises CommandFailure after Ctrl-C and when the output

@@ -8,6 +8,7 @@
 #include "cli/counted_files.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
+#include "cli/help.h"
 #include "cli/paths.h"
 #include "cli/results.h"
 #include "cli/terminal.h"
@@ -20,6 +21,20 @@ namespace tavolin::cli {
 namespace {
 
 enum ToolStatus { kWhole = 0, kDamaged = 1, kNotRead = 2 };
+
+constexpr Command kTools[] = {
+    {"check", "FILE", "Say whether a database's file is damaged, and where.",
+     "tavolin check shop.cdb", Need::kNothing, Where::kAnywhere, nullptr,
+     "A registry of owners can be checked as well. Nothing in the file is believed, so it may be "
+     "one that cannot be loaded."},
+    {"salvage", "FILE NEW [--replace] [--take-ownership]",
+     "Make a new database of what can still be read of a damaged one.",
+     "tavolin salvage shop.cdb saved.cdb", Need::kNothing, Where::kAnywhere, nullptr,
+     "What is lost is listed. FILE stays as it is.\n"
+     "--replace: write over a file NEW that is there\n"
+     "--take-ownership: become the owner of NEW when it is lost who owns FILE, or with which "
+     "password"},
+};
 
 const char* Word(Finding::Kind kind) {
     switch (kind) {
@@ -56,7 +71,6 @@ SalvagedFile::Access AccessOf(const SalvagedFile& file, HostOptions& options) {
         return access;
     }
     options.password = ReadSecret("Password of " + options.user + ": ");
-    if (!options.password) throw CommandFailure("no password was given");
     return file.AccessOf(options.user, *options.password);
 }
 
@@ -74,13 +88,14 @@ void AskReadable(const SalvagedFile& file, const std::string& path) {
     }
 }
 
-Arguments ToolWords(HostOptions& options, const std::string& pattern) {
+Arguments ToolWords(HostOptions& options) {
+    const Command& tool = *ToolNamed(options.tool);
     try {
-        Arguments words(pattern + " " + std::string(kOutputPattern), options.words);
+        Arguments words(PartsOf(tool), options.words);
         options.output = OutputOf(options.output, words);
         return words;
     } catch (const UsageError& error) {
-        throw UsageError(error.what() + ("\nusage: " + options.tool) + " " + pattern);
+        throw UsageError(error.what() + ("\nusage: " + Usage(tool)));
     }
 }
 
@@ -106,12 +121,12 @@ int CheckFile(HostOptions& options, const std::string& path) {
 }
 
 int Check(HostOptions& options) {
-    const Arguments words = ToolWords(options, "FILE");
+    const Arguments words = ToolWords(options);
     return CheckFile(options, DatabasePath(words["FILE"]));
 }
 
 int Salvage(HostOptions& options) {
-    const Arguments words = ToolWords(options, "FILE NEW [--replace] [--take-ownership]");
+    const Arguments words = ToolWords(options);
     const std::string path = DatabasePath(words["FILE"]);
     const std::string target = DatabasePath(words["NEW"]);
     if (IsOneFile(LibraryPath(path), LibraryPath(target))) {
@@ -153,7 +168,14 @@ int Salvage(HostOptions& options) {
 
 }  // namespace
 
-bool IsTool(std::string_view word) { return word == "check" || word == "salvage"; }
+std::span<const Command> Tools() { return kTools; }
+
+const Command* ToolNamed(std::string_view word) {
+    for (const Command& tool : kTools) {
+        if (tool.name == word) return &tool;
+    }
+    return nullptr;
+}
 
 int RunTool(const HostOptions& given) {
     const InterruptCatcher catcher(InterruptCatcher::At::kOnce);
@@ -168,6 +190,7 @@ int RunTool(const HostOptions& given) {
 // The file may have been replaced since: its users and passwords decide anew.
 void CheckCommand(Host& host, const Arguments&) {
     HostOptions options = host.options();
+    options.output = host.output();
     if (CheckFile(options, host.Path()) != kWhole) throw CommandFailure("the file is damaged");
 }
 

@@ -2,6 +2,7 @@
 #include "tests/cli/host_fixture.h"
 
 #ifndef _WIN32
+#include <cstring>
 
 namespace tavolin::cli {
 namespace {
@@ -72,10 +73,17 @@ TEST_F(HostTest, SortsAndExports) {
     EXPECT_EQ(1, Run("shop export mdb foreign.mdb --replace").status);
     EXPECT_EQ("mine", Read("foreign.mdb"));
     const std::pair<const char*, int> refused[] = {
-        {"text x.csv", 2}, {"text none/x.txt", 1}, {"html site", 1},     {"html shop.cdb", 1},
-        {"html /", 2},     {"html title", 1},      {"mdb abcdb.mdb", 2}, {"text .txt", 2}};
+        {"text x.csv", 2},    {"text none/x.txt", 1}, {"html site", 1},
+        {"html shop.cdb", 1}, {"html /", 2},          {"html title", 1},
+        {"mdb abcdb.mdb", 2}, {"text .txt", 2},       {"csv People shop.cdb --yes", 1}};
     for (const auto& [words, status] : refused) {
         EXPECT_EQ(status, Run(std::string("shop export ") + words).status) << words;
+    }
+    ASSERT_EQ(0, Run("shop save --as x.db").status);
+    for (const char* file : {"html/x/x.htm", "text/x.txt", "mdb/x.mdb", "sql/x.sql"}) {
+        const std::string kind(file, std::strchr(file, '/'));
+        EXPECT_EQ(0, Run("x.db export " + kind).status) << file;
+        EXPECT_TRUE(fs::exists(Path(file + kind.size() + 1))) << file;
     }
 }
 
@@ -117,6 +125,7 @@ TEST_F(HostTest, WrongWordsAndFailuresHaveTheirStatus) {
         {"shop add-user '' --no-password", 2},
         {"shop remove-user ann --yes", 1},
         {"shop help import", 0},
+        {"--no-pager help salvage", 0},
         {"--version", 0},
         {"--help", 0},
     };
@@ -156,7 +165,9 @@ TEST_F(HostTest, MessagesSayWhatIsWrong) {
         {"--keep-going shop", "\nget\nadd 'x\ny\nz'\nnope\n", "line 2: error: TABLE is missing"},
         {"--keep-going shop", "\nget\nadd 'x\ny\nz'\nnope\n", "line 6: error: there is no"},
         {"shop remove-user ann --yes", "", "hand the database over first"},
+        {"shop", "set --format json\nset pager off --quiet\nset pager\n", "pager    off"},
         {"shop remove-user $'e\\x1Bve' --yes", "", "user e\\x1Bve removed\n"},
+        {"--keep-going shop", "delete-database --yes\ncreate\n", "a database is open"},
     };
     for (const Case& each : cases) {
         const Outcome outcome = Run(each.words, each.input);
@@ -173,6 +184,7 @@ TEST_F(HostTest, WhoeverChangesHisOwnNameOrPasswordKeepsHisRights) {
         {"set-user ann --password-file new.txt", "--password-file new.txt"},
         {"set-user ann --name eve --password-file new.txt", "--user eve --password-file new.txt"},
         {"owner ann --password-file new.txt --yes", "--password-file new.txt"},
+        {"owner ann --no-password --yes", "--password-file in.txt"},
     };
     const std::string shop = Read("shop.cdb");
     for (const auto& [command, log_on] : cases) {
@@ -194,6 +206,8 @@ TEST_F(HostTest, WhoeverChangesHisOwnNameOrPasswordKeepsHisRights) {
     EXPECT_EQ(1, Run("--user bob --password-file bob.txt shop tables").status);
     EXPECT_EQ(0, Run("--user bob --password-file new.txt shop tables").status);
     EXPECT_EQ(1, Run("--user bob --password-file new.txt shop set-user ann --no-password").status);
+    ASSERT_EQ(0, Run("shop owner bob --no-password --yes").status);
+    EXPECT_EQ(0, Run("--user bob shop log off errors", "", "TAVOLIN_PASSWORD=").status);
 }
 
 TEST_F(HostTest, RightsAreAskedForByCommand) {

@@ -23,7 +23,7 @@ TEST_F(HostTest, TypedPasswordsStayUnseen) {
         std::string back;
         for (int i = 0; i < 9; ++i) back += "\x1B[A";
         terminal.Answer("> ", back + "\n");  // the oldest line, after all others
-        terminal.Answer("Exists", "");
+        terminal.Answer("is open", "");
         terminal.Answer("> ", "quit\n");
         terminal.Answer("Save", "y\n");
         shown = terminal.All();
@@ -40,6 +40,36 @@ TEST_F(HostTest, TypedPasswordsStayUnseen) {
     }
     EXPECT_TRUE(fs::exists(folder / "shop.cdb"));
     EXPECT_TRUE(fs::exists(folder / ".local/state/tavolin/history"));
+}
+
+TEST_F(HostTest, CtrlCAtAQuestionIsAnInterruption) {
+    if (ProgramIsForeign()) GTEST_SKIP() << "the terminal is this machine's";
+    MakeShop();
+    Write("old.csv", "old");
+    const std::string shop = Read("shop.cdb");
+    struct Case {
+        std::vector<const char*> words;
+        bool password;
+        const char* prompt;
+    };
+    const Case cases[] = {
+        {{"shop", "tables"}, false, "Password of ann: "},
+        {{"shop"}, false, "Password of ann: "},
+        {{"check", "shop"}, false, "Password of ann: "},
+        {{"new", "create"}, false, "owner, ann: "},
+        {{"new", "create", "--ask-password"}, true, "for the database: "},
+        {{"shop", "add-user", "bob"}, true, "of bob: "},
+        {{"shop", "export", "csv", "People", "old.csv"}, true, "[yes/no] "},
+        {{"shop", "drop-table", "People"}, true, "[yes/no] "},
+    };
+    for (const Case& each : cases) {
+        Terminal terminal(Path(""), each.words, each.password);
+        terminal.Answer(each.prompt, "");
+        EXPECT_EQ(130, terminal.Status("\x03")) << each.words.back();
+    }
+    EXPECT_EQ(shop, Read("shop.cdb"));
+    EXPECT_EQ("old", Read("old.csv"));
+    EXPECT_FALSE(fs::exists(Path("new.cdb")));
 }
 
 }  // namespace
