@@ -3,9 +3,10 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The Tavolin developers <maintainers@tavolin.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "small in-process multi-user database")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-" A C++ library that keeps users with rights, tables of ten text fields, links between tables, and
- records with attachments in one file; and tavolin, a program for shells and scripts that works on
- such files. With headers and what CMake and pkg-config need to find them.")
+"A C++ library that keeps users with rights, tables of ten text fields, links
+between tables, and records with attachments in one file; and tavolin, a
+program for shells and scripts that works on such files. With headers and
+what CMake and pkg-config need to find them.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION database)
