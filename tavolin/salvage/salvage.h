@@ -53,10 +53,10 @@ class TAVOLIN_API SalvagedFile {
 
     // The state of a database of what can be read. Users keep their passwords and rights; a user
     // whose password is lost is disabled, and the database password, if lost, becomes the owner's.
-    // A new owner who is among the users must be let in by AccessOf; where that was for the password
-    // of the database, it becomes his own.
-    // What had to be changed is added to the findings. Raises DamagedState when an engine would not
-    // load the result, which no file should bring about.
+    // A new owner who is among the users must be let in by AccessOf; where that was for the
+    // password of the database, it becomes his own. What had to be changed is added to the
+    // findings. Raises DamagedState when an engine would not load the result, which no file should
+    // bring about.
     struct NewOwner {
         std::string name;
         std::string password;
