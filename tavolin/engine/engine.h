@@ -245,7 +245,8 @@ class TAVOLIN_API CVLDBEngine {
                                                     int plusFieldNumAsPrimKey = kNoField);
 
     // Makes a table named by the field's name and the table argument's text ("IDCustomers"), keyed
-    // on field 0, and links the field to it. If the link fails, the table stays, unless a StopScope stopped it.
+    // on field 0, and links the field to it. If the link fails, the table stays, unless a StopScope
+    // stopped it.
     std::shared_ptr<CVLTable> CreateNewLinkedTable(const TableArgument& linkToTable,
                                                    const FieldArgument& referencesFldNumOrName,
                                                    const FieldTexts& FieldLabels);

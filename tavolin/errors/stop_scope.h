@@ -6,8 +6,8 @@
 //         engine.LinkTables("Orders", "Buyer", "Buyers");  // raises 32755 "Operation Cancelled"
 //     }
 //
-// Those that ask, on the thread that made the scope, are CVLTable::Link, CVLDBEngine::LinkTables and
-// CVLDBEngine::CreateNewLinkedTable, before each record of the table whose field is linked, and
+// Those that ask, on the thread that made the scope, are CVLTable::Link, CVLDBEngine::LinkTables
+// and CVLDBEngine::CreateNewLinkedTable, before each record of the table whose field is linked, and
 // CVLDBEngine::DeleteRecord, before each record that it deletes and more often.
 #pragma once
 
