@@ -151,8 +151,10 @@ class CVLDBEngine::RecordDeletion {
         removals_.push_back({frame, records->PositionOf(frame.record->handle())});
     }
 
-    // Puts back what is gone, in the opposite order, and says so to those who were told.
+    // Puts back what is gone, in the opposite order, and says so to those who were told. Not when
+    // the record that all went with is gone: then it was a handler who ran out of memory.
     void TakeBack() {
+        if (frames_.empty() || !Stands(frames_.front())) return;
         for (auto each = removals_.rbegin(); each != removals_.rend(); ++each) {
             const Frame& frame = each->first;
             if (Stands(frame)) continue;

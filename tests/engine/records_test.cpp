@@ -126,6 +126,21 @@ TEST_F(RecordsTest, WhatAHandlerThrowsLeavesAfterTheChange) {
     ExpectError(51, "CVLDBEngine:AddRecord Method", "An internal malfunction has occurred",
                 [&] { engine_.AddRecord("T", 1, {"1"}); });
     EXPECT_EQ(Keys("T"), "1 ");
+    // Be it a lack of memory: what a deletion has taken along does not come back without it.
+    engine_.CreateNewPrimaryTable("U", {"ID", "Ref"});
+    engine_.LinkTables("U", 1, "T");
+    for (const bool of_the_engine : {true, false}) {
+        engine_.GetTable("U")->Add(engine_.CVLTableSet(), 1, {"u", "1"});
+        const auto run_out = [](const auto& record) {
+            if (record->Key() == "u") throw std::bad_alloc();
+        };
+        auto& event = of_the_engine ? engine_.OnRecordRemove : engine_.GetTable("U")->OnRecordRemove;
+        const auto connection = event.Connect(run_out);
+        EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("U", "u"); }), kOutOfMemory);
+        event.Disconnect(connection);
+        EXPECT_EQ(Keys("U") + Keys("T"), "");
+        engine_.GetTable("T")->Add(engine_.CVLTableSet(), 1, {"1"});
+    }
 }
 
 }  // namespace
