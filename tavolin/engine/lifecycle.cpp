@@ -284,9 +284,11 @@ void CVLDBEngine::AskToReplace(const std::string& path, const char* source) cons
 }
 
 bool CVLDBEngine::FileChangedByOthers() const {
-    if (!database_->tables || file_.empty()) return false;
-    const auto now = ReadMark(file_);
-    return now && now != file_mark_ && now != tried_mark_;
+    return Trap("CVLDBEngine:FileChangedByOthers Method", [&] {
+        if (!database_->tables || file_.empty()) return false;
+        const auto now = ReadMark(file_);
+        return now && now != file_mark_ && now != tried_mark_;
+    });
 }
 
 void CVLDBEngine::WriteState(const ByteBuffer& state, const std::string& path, bool compact,
