@@ -339,7 +339,8 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
         }
         OnDBDeletion.Fire(path, Today(), user->UserName());
         Log([&] { return Message("DataBase ", path, " Deleted By ", user->UserName()); }, false);
-        owners_->Refresh();
+        const auto owners = owners_;  // a handler may log somebody on
+        owners->Refresh();
         if (log_failure) throw *log_failure;
         return true;
     });

@@ -73,9 +73,10 @@ void CVLDBEngine::ForgetUnsavedEntries() {
 // One file has one entry, whichever way its path is written, and an owner without databases has
 // none.
 bool CVLDBEngine::Apply(const RegistryChange& change) {
-    if (!change.added && owners_->CanAdd(change.owner)) return false;
+    const auto owners = owners_;  // a handler may log somebody on
+    if (!change.added && owners->CanAdd(change.owner)) return false;
     const auto owner =
-        owners_->CanAdd(change.owner) ? owners_->Add(change.owner) : owners_->Item(change.owner);
+        owners->CanAdd(change.owner) ? owners->Add(change.owner) : owners->Item(change.owner);
     const auto databases = owner->CVLOwnerDBSet();
     const std::string path = JoinPath(change.dir, change.name);
     const bool there = FileExists(path);
@@ -92,7 +93,7 @@ bool CVLDBEngine::Apply(const RegistryChange& change) {
     if (change.added && !listed) {
         databases->Add(change.name, change.dir);
     }
-    if (databases->Count() == 0) owners_->Remove(*owner);
+    if (databases->Count() == 0) owners->Remove(*owner);
     return change.added != listed;
 }
 

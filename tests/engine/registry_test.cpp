@@ -122,6 +122,14 @@ TEST_F(RegistryTest, WithoutAPlaceForItTheDatabaseAndTheLogAreStillWritten) {
     EXPECT_EQ(engine_.GetDB(File("second.cdb"))->DBOwner(), "ann");
 }
 
+TEST_F(RegistryTest, AHandlerMayReadItAnewWhileItIsChanged) {
+    engine_.SaveDB();
+    engine_.CVLDBOwnerSet()->OnDBOwnerRemove.Connect(
+        [&](const auto&) { engine_.LogOn("ann", "secret"); });
+    EXPECT_TRUE(engine_.DeleteDB(File("shop.cdb")));
+    EXPECT_EQ(OnDisk("ann"), "");
+}
+
 TEST_F(RegistryTest, DeletedAndHandedOverDatabasesMove) {
     engine_.SaveDB();
     engine_.SaveDB({}, "second");
