@@ -190,11 +190,12 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, st
         database->name = parts.name;
         const auto user = authority_->user;  // whatever handlers do
         std::string absolute_path = AbsolutePath(DBPathName);
+        const PermitStateEnum permission = PermissionIn(database);
         ForgetUnsavedEntries();
         Register(*database);
-        const PermitStateEnum permission = PermissionIn(database);
         Open(std::move(database), std::move(absolute_path), mark);
-        authority_->permission = permission;
+        const bool same = authority_->user == user && authority_->permission != Undefined;
+        authority_->permission = same ? permission : Undefined;
         Log([&] { return Message("Log On: ", user->UserName(), " To ", DBPathName); },
             database_->switches.logDBLogOn);
         return database_->tables;
