@@ -150,10 +150,13 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
         if (!CreatorFullName.empty()) user->full_name_ = CreatorFullName;
         Open(std::move(database), std::move(absolute_path), {});
         authority_->permission = Ownership;
+        // A handler may open another one.
+        const auto tables = database_->tables;
+        const std::string name = database_->name;
         OnDBCreation.Fire(file, database_->created, user->UserName());
         Log([&] { return Message("New Database Created: ", file); }, false);
-        Log([&] { return Message(user->UserName(), " Is The Owner Of ", database_->name); }, false);
-        return database_->tables;
+        Log([&] { return Message(user->UserName(), " Is The Owner Of ", name); }, false);
+        return tables;
     };
     return Report(kSource, [&] {
         AskToCreate(kSource);
@@ -404,13 +407,15 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
         if (!EqualFold(old_owner, new_owner))
             RemoveEntry(old_owner, target.DBPath(), target.DBName());
         if (other) WriteRegistry();
+        const std::string name = target.DBName();
+        const bool logged = target.database_->switches.logOwnerChange;
+        const auto tables = database_->tables;  // a handler may open another database
         OnOwnerChange.Fire(new_owner);
         const auto message = [&] {
-            return Message("OwnerShip Of DataBase ", target.DBName(), " Has Been Changed From ",
-                           old_owner, " To ", new_owner);
+            return Message("OwnerShip Of DataBase ", name, " Has Been Changed From ", old_owner,
+                           " To ", new_owner);
         };
-        const bool logged = target.database_->switches.logOwnerChange;
-        Log(message, current && logged);
+        Log(message, current && logged && database_->tables == tables);
         if (other && logged) IfMemory([&] { other->WriteLog(other->LogLine(message())); });
         return true;
     });
