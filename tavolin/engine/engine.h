@@ -163,7 +163,8 @@ class TAVOLIN_API CVLDBEngine {
     // Makes a new, empty database of the logged-on user's, in memory, and opens it in the place of
     // the open one. A name without "." gets ".cdb". An empty password is the user's own. A file of
     // that name raises GetNewDBCreationError; so does nobody being logged on. Any other failure is
-    // GetDBAddError with the failure's description.
+    // GetDBAddError with the failure's description. The logged-on user becomes its first user; if
+    // he stands in another set than the open database's, a copy of him, who is logged on from then.
     std::shared_ptr<tavolin::CVLTableSet> CreateNewDB(std::string_view DBShortName,
                                                       std::string_view DBDir,
                                                       std::string_view DBPwd = {},

@@ -136,7 +136,11 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
             Raise(CVLErrorNum::GetNewDBCreationError(), kSource,
                   Message("DataBase Cannot Be Created! \r\nCause: This DataBase Exists!"));
         }
-        const auto user = authority_->user;
+        // Who stands among the users of another engine's database stays there.
+        const auto set = authority_->user->set_;
+        const auto user = set == nullptr || set == database_->users.get()
+                              ? authority_->user
+                              : authority_->user->Copy(database->session);
         database->session->owner = user->UserName();
         database->password = DBPwd.empty() ? std::string_view(user->UserPassword()) : DBPwd;
         database->created = Now();
@@ -149,6 +153,7 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
         user->can_read_ = user->can_read_write_ = user->can_delete_ = true;
         if (!CreatorFullName.empty()) user->full_name_ = CreatorFullName;
         Open(std::move(database), std::move(absolute_path), {});
+        authority_->user = user;
         authority_->permission = Ownership;
         // A handler may open another one.
         const auto tables = database_->tables;

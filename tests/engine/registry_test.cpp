@@ -88,6 +88,11 @@ TEST_F(RegistryTest, AUserWhoWasPutInPlaceKeepsWhatOthersWrote) {
     engine.CreateNewDB("second", FolderPath());
     engine.SaveDB();
     EXPECT_EQ(OnDisk("ann"), shop_ + File("second.cdb") + ";");
+    // Each database has an ann of its own.
+    owner_->UserName("eva");
+    EXPECT_EQ(engine_.DBOwner() + engine_.CVLDBUserSet()->Item("eva")->UserName(), "evaeva");
+    EXPECT_EQ(engine.DBOwner() + engine.CVLDBUserSet()->Item("ann")->UserName(), "annann");
+    EXPECT_EQ(engine.CVLDBUserSet()->Item(1), engine.LogedOnUser());
 }
 
 TEST_F(RegistryTest, AnUnreadableFileIsKeptAside) {
