@@ -98,7 +98,9 @@ class TAVOLIN_API CVLDBEngine {
     void LogedOnUser(std::shared_ptr<CVLDBUser> user);
 
     // Records who acts, and reads the owner registry; the password is not verified here. A registry
-    // that cannot be read counts as empty, and the file is kept aside when a new one is written.
+    // that cannot be read counts as empty, and the file is kept aside when a new one is written. One
+    // of a newer format is never written over: what would do so raises 321, SaveDB when the database
+    // has been saved, DeleteDB before it is deleted.
     bool LogOn(std::string_view UserName, std::string_view UserPassword);
     // LogOn with that user's name and password.
     bool LogOnAsUser(const std::shared_ptr<CVLDBUser>& user);

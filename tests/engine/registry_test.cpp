@@ -112,6 +112,19 @@ TEST_F(RegistryTest, AnUnreadableFileIsKeptAside) {
         const std::string number = i == 0 ? "" : std::to_string(i + 1);
         EXPECT_EQ(Contents(File("RDX.dat.unreadable") + number), damaged[i]);
     }
+    std::string newer = good;
+    newer[12 + 8] = 2;
+    WriteContents(File("RDX.dat"), newer);
+    EXPECT_TRUE(engine_.LogOn("ann", "secret"));
+    engine_.DBLegalUser(owner_, Ownership);
+    for (const char* name : {"shop", "second"}) {
+        ExpectError(kIncompatibleFormat, "CVLDBEngine:SaveDB Method",
+                    "The format of the data in the file is incompatible with the application",
+                    [&] { engine_.SaveDB({}, name); });
+    }
+    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteDB(File("second.cdb")); }), kIncompatibleFormat);
+    EXPECT_EQ(engine_.GetDB(File("second.cdb"))->DBOwner(), "ann");
+    EXPECT_EQ(Contents(File("RDX.dat")), newer);
     EXPECT_FALSE(FileSystem::Current().Exists(File("RDX.dat.unreadable5")));
 }
 
