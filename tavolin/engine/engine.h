@@ -427,6 +427,7 @@ class TAVOLIN_API CVLDBEngine {
     ByteBuffer ObjectState(BagSeal seal) const;
     bool IsOpenFile(std::string_view path) const;
     bool IsOwnFile(std::string_view path) const;
+    bool HoldsTriedSave(const std::string& file) const;
     void AskToReplace(const std::string& path, const char* source) const;
     void WriteState(const ByteBuffer& state, const std::string& path, bool compact,
                     std::uint8_t FileNumber, const char* source);
@@ -485,9 +486,14 @@ class TAVOLIN_API CVLDBEngine {
     std::unique_ptr<Database> database_;
     std::string file_;  // the open database's file from the root on; empty when it has none
     // What this engine knows to be in that file: what it read or wrote last, nothing when it has
-    // done neither, and what it tried to write last, which an error may have left there.
+    // done neither.
     std::optional<StateMark> file_mark_;
-    std::optional<StateMark> tried_mark_;
+    // And what it has tried to write since, there or elsewhere, which an error may have left there.
+    struct TriedSave {
+        std::string file;
+        StateMark mark;
+    };
+    std::vector<TriedSave> tried_;
     bool keep_changes_of_others_ = false;
     std::shared_ptr<tavolin::CVLDBOwnerSet> owners_;
     bool registry_read_ = false;

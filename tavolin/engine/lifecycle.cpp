@@ -1,4 +1,5 @@
 // Creating, loading, saving and deleting databases, and handing them to another owner.
+#include <algorithm>
 #include <optional>
 
 #include "tavolin/base/clock.h"
@@ -85,7 +86,7 @@ void CVLDBEngine::Open(std::unique_ptr<Database> database, std::string absolute_
     Install(std::move(database));
     file_ = std::move(absolute_path);
     file_mark_ = mark;
-    tried_mark_.reset();
+    tried_.clear();
     transaction_ = false;
     snapshot_.reset();
     std::erase_if(pending_, [](const PendingLine& line) { return !line.is_log_on; });
@@ -283,7 +284,9 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
 void CVLDBEngine::AskToReplace(const std::string& path, const char* source) const {
     const bool own = IsOpenFile(path);
     const bool changed = own && keep_changes_of_others_ && FileChangedByOthers();
-    if (changed || (!own && FileSystem::Current().Exists(path))) {
+    const bool others =
+        !own && FileSystem::Current().Exists(path) && !HoldsTriedSave(AbsolutePath(path));
+    if (changed || others) {
         Error error(CVLErrorNum::GetDBOverwriteError(), source,
                     Message("DataBase Cannot Be Saved!\r\nCause: Another DataBase With Same Name "
                             "Was Detected And Cannot Be Overwritten!"));
@@ -296,7 +299,14 @@ bool CVLDBEngine::FileChangedByOthers() const {
     return Trap("CVLDBEngine:FileChangedByOthers Method", [&] {
         if (!database_->tables || file_.empty()) return false;
         const auto now = ReadMark(file_);
-        return now && now != file_mark_ && now != tried_mark_;
+        return now && now != file_mark_ && !HoldsTriedSave(file_);
+    });
+}
+
+// Whether the file is as a save left it that failed in its last step.
+bool CVLDBEngine::HoldsTriedSave(const std::string& file) const {
+    return std::any_of(tried_.begin(), tried_.end(), [&](const TriedSave& save) {
+        return save.file == file && save.mark == ReadMark(file);
     });
 }
 
@@ -305,10 +315,11 @@ void CVLDBEngine::WriteState(const ByteBuffer& state, const std::string& path, b
     const StateMark mark = MarkOf(state);
     const auto last_look = [&] {
         AskToReplace(path, source);
-        if (IsOpenFile(path)) tried_mark_ = mark;
+        tried_.push_back({IsOpenFile(path) ? file_ : AbsolutePath(path), mark});
     };
     PrintToBinaryFile(state, path, FileNumber, compact, last_look);
     file_mark_ = mark;
+    tried_.clear();
 }
 
 std::shared_ptr<CVLDBEngine> CVLDBEngine::GetDB(std::string_view DBPathName, std::string_view DBPwd,
