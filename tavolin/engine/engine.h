@@ -444,7 +444,9 @@ class TAVOLIN_API CVLDBEngine {
     void AddEntry(const std::string& owner, const std::string& dir, const std::string& name);
     bool RemoveEntry(const std::string& owner, const std::string& dir, const std::string& name);
     bool Apply(const RegistryChange& change);
+    void MoveEntry(const std::string& from, const std::string& to, const Database& database);
     void ForgetUnsavedEntries();
+    void ForOtherDatabase(const std::function<void()>& body);
 
     // tables and records
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table) const;

@@ -352,7 +352,8 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
         }
         const std::string path(DBPathName);
         const bool own = IsOpenFile(path);
-        const auto log_failure = DeleteFiles(path, *other);
+        std::optional<Error> log_failure;
+        ForOtherDatabase([&] { log_failure = DeleteFiles(path, *other); });
         if (own) {
             file_.clear();
             file_mark_.reset();
@@ -360,7 +361,7 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
         OnDBDeletion.Fire(path, Today(), user->UserName());
         Log([&] { return Message("DataBase ", path, " Deleted By ", user->UserName()); }, false);
         const auto owners = owners_;  // a handler may log somebody on
-        owners->Refresh();
+        ForOtherDatabase([&] { owners->Refresh(); });
         if (log_failure) throw *log_failure;
         return true;
     });
@@ -419,10 +420,14 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
             other->WriteState(other->ObjectState(BagSeal::kChecksum), std::string(DBPathName),
                               false, 0, kSource);
         }
-        AddEntry(new_owner, target.DBPath(), target.DBName());
-        if (!EqualFold(old_owner, new_owner))
-            RemoveEntry(old_owner, target.DBPath(), target.DBName());
-        if (other) WriteRegistry();
+        if (current) {
+            MoveEntry(old_owner, new_owner, *database_);
+        } else {
+            ForOtherDatabase([&] {
+                MoveEntry(old_owner, new_owner, *other->database_);
+                WriteRegistry();
+            });
+        }
         const std::string name = target.DBName();
         const bool logged = target.database_->switches.logOwnerChange;
         const auto tables = database_->tables;  // a handler may open another database

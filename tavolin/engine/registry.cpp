@@ -58,6 +58,37 @@ bool CVLDBEngine::RemoveEntry(const std::string& owner, const std::string& dir,
     return removed;
 }
 
+void CVLDBEngine::MoveEntry(const std::string& from, const std::string& to,
+                            const Database& database) {
+    AddEntry(to, database.path, database.name);
+    if (!EqualFold(from, to)) RemoveEntry(from, database.path, database.name);
+}
+
+// Runs what changes the registry, and its file, for a database other than the open one. What was
+// done for that one waits for its save and is out of the registry meanwhile.
+void CVLDBEngine::ForOtherDatabase(const std::function<void()>& body) {
+    NeedRegistry();
+    auto unsaved = unwritten_;
+    std::erase_if(unsaved, [](const RegistryChange& change) { return change.saved; });
+    const auto put_back = [&] {
+        for (const RegistryChange& change : unsaved) {
+            if (change.added) {
+                AddEntry(change.owner, change.dir, change.name);
+            } else {
+                RemoveEntry(change.owner, change.dir, change.name);
+            }
+        }
+    };
+    ForgetUnsavedEntries();
+    try {
+        body();
+    } catch (...) {
+        IfMemory(put_back);
+        throw;
+    }
+    IfMemory(put_back);
+}
+
 // What was changed for the open database and not saved with it goes when another takes its place.
 void CVLDBEngine::ForgetUnsavedEntries() {
     const auto unwritten = std::exchange(unwritten_, {});

@@ -81,6 +81,21 @@ TEST_F(RegistryTest, FollowsAHandOverThatIsTakenBack) {
     EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), shop_);
 }
 
+TEST_F(RegistryTest, WhatIsNotSavedStaysOutOfItWhenOtherDatabasesChange) {
+    for (const char* name : {"shop", "second", "third"}) engine_.SaveDB({}, name);
+    engine_.ChangeOwner("bob", "b");
+    engine_.DeleteDB(File("shop.cdb"));
+    const std::string second = File("second.cdb") + ";", third = File("third.cdb") + ";";
+    EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), second + third);
+    engine_.ChangeOwner("cid", "c", {}, {}, File("second.cdb"));
+    EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), third);
+    EXPECT_EQ(OnDisk("cid"), second);
+    EXPECT_EQ(Listed(engine_, "ann") + Listed(engine_, "bob"), third);
+    EXPECT_EQ(Listed(engine_, "bob"), third);
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), "bob: " + third);
+}
+
 TEST_F(RegistryTest, AUserWhoWasPutInPlaceKeepsWhatOthersWrote) {
     engine_.SaveDB();
     CVLDBEngine engine;
