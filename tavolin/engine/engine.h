@@ -499,6 +499,7 @@ class TAVOLIN_API CVLDBEngine {
     bool keep_changes_of_others_ = false;
     std::shared_ptr<tavolin::CVLDBOwnerSet> owners_;
     bool registry_read_ = false;
+    std::string listed_owner_;  // the open database's when it was opened or saved last
     std::vector<RegistryChange> unwritten_;  // what has been done to the registry since
     bool transaction_ = false;
     std::shared_ptr<ByteBuffer> snapshot_;

@@ -83,6 +83,7 @@ void CVLDBEngine::Install(std::unique_ptr<Database> database) {
 // The same for a database other than the open one, whose transaction and pending lines end.
 void CVLDBEngine::Open(std::unique_ptr<Database> database, std::string absolute_path,
                        std::optional<StateMark> mark) {
+    listed_owner_ = database->session->owner;
     Install(std::move(database));
     file_ = std::move(absolute_path);
     file_mark_ = mark;
@@ -267,6 +268,10 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
         std::optional<Error> registry_failure;
         try {
             Register(*database_);
+            // The owner may have got another name.
+            if (!EqualFold(listed_owner_, DBOwner()))
+                MoveEntry(listed_owner_, DBOwner(), *database_);
+            listed_owner_ = DBOwner();
             WriteRegistry();
         } catch (...) {
             registry_failure = CurrentError();

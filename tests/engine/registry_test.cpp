@@ -96,6 +96,17 @@ TEST_F(RegistryTest, WhatIsNotSavedStaysOutOfItWhenOtherDatabasesChange) {
     EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), "bob: " + third);
 }
 
+TEST_F(RegistryTest, FollowsAnOwnerWhoIsRenamed) {
+    engine_.SaveDB();
+    owner_->UserName("eva");
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("ann") + "eva: " + OnDisk("eva"), "eva: " + shop_);
+    engine_.LoadDB(File("shop.cdb"));
+    engine_.GetUser("eva", "secret")->UserName("zoe");  // who is not the object that is logged on
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("eva") + "zoe: " + OnDisk("zoe"), "zoe: " + shop_);
+}
+
 TEST_F(RegistryTest, AUserWhoWasPutInPlaceKeepsWhatOthersWrote) {
     engine_.SaveDB();
     CVLDBEngine engine;
