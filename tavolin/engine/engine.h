@@ -470,7 +470,8 @@ class TAVOLIN_API CVLDBEngine {
     void LogMessage(const Message& message, bool switched_on);
     void LogPendingMessage(const Message& message, bool is_log_on);
     void LogTransaction(const char* text) noexcept;
-    void LogFailure(const Error& error) const noexcept;
+    void LogFailure(const Error& error) noexcept;
+    void LogAtOnce(std::string line);
     bool WriteLog(std::string_view text) const;
     void FlushPending() noexcept;
     std::string LogPath() const;
