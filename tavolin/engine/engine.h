@@ -98,9 +98,9 @@ class TAVOLIN_API CVLDBEngine {
     void LogedOnUser(std::shared_ptr<CVLDBUser> user);
 
     // Records who acts, and reads the owner registry; the password is not verified here. A registry
-    // that cannot be read counts as empty, and the file is kept aside when a new one is written. One
-    // of a newer format is never written over: what would do so raises 321, SaveDB when the database
-    // has been saved, DeleteDB before it is deleted.
+    // that cannot be read counts as empty, and the file is kept aside when a new one is written.
+    // One of a newer format is never written over: what would do so raises 321, SaveDB when the
+    // database has been saved, DeleteDB before it is deleted.
     bool LogOn(std::string_view UserName, std::string_view UserPassword);
     // LogOn with that user's name and password.
     bool LogOnAsUser(const std::shared_ptr<CVLDBUser>& user);
@@ -172,10 +172,11 @@ class TAVOLIN_API CVLDBEngine {
                                                       std::string_view DBPwd = {},
                                                       std::string_view CreatorFullName = {});
 
-    // Opens a database file in the place of the open database. The new one is read whole first: a
-    // failure leaves the open one, its log and its transaction as they were. A missing file raises
-    // GetDBNotFoundError; one that cannot be read, or is damaged, GetDBNotSetError, with what was
-    // wrong in Error::detail(). The permission state stays `Undefined` if it was; else it becomes
+    // Opens a database file in the place of the open database. DBPath and DBName are those of the
+    // path given, whatever the file says. The new one is read whole first: a failure leaves the
+    // open one, its log and its transaction as they were. A missing file raises GetDBNotFoundError;
+    // one that cannot be read, or is damaged, GetDBNotSetError, with what was wrong in
+    // Error::detail(). The permission state stays `Undefined` if it was; else it becomes
     // what the same user may do here. `DBPwd` and `observer` are accepted and have no effect:
     // DBLegalUser is the gate.
     std::shared_ptr<tavolin::CVLTableSet> LoadDB(
@@ -183,13 +184,16 @@ class TAVOLIN_API CVLDBEngine {
         const std::shared_ptr<IUpdater>& observer = nullptr);
 
     // Writes the database to its file, or to another folder or name, which then become its own;
-    // then the owner registry and the pending log. The file is replaced in one step. Asks for a
-    // right to write (GetUserPermissionToRWError). Another existing file is never written over
-    // (GetDBOverwriteError): the database's own file is the one that this engine created, last
-    // loaded or last saved, even when a roll-back has put an older name back. A password is set
-    // when the state is `Ownership`, and ignored otherwise. `compact` drops what a longer earlier
-    // state left behind in the file. 2^31 bytes or more raise 6 before any file is touched. When
-    // the registry alone fails, the database has been saved.
+    // then the owner registry and the pending log. A new name without "." gets ".cdb". The
+    // registry lists it under its owner if he is logged on or has become the owner since it was
+    // opened; a copy that somebody else saves is not listed. The file is replaced in one step. Asks
+    // for a right to write (GetUserPermissionToRWError). Another existing file is never written
+    // over (GetDBOverwriteError): the database's own file is the one that this engine created, last
+    // loaded or last saved, even when a roll-back has put an older name back, and one that a save
+    // of its own has left whose last step failed. A password is set when the state is `Ownership`,
+    // and ignored otherwise. `compact` drops what a longer earlier state left behind in the file.
+    // 2^31 bytes or more raise 6 before any file is touched. When the registry alone fails, the
+    // database has been saved.
     //
     // Another process, or another engine, may have saved the same file meanwhile: see
     // FileChangedByOthers and KeepChangesOfOthers.
@@ -500,7 +504,7 @@ class TAVOLIN_API CVLDBEngine {
     bool keep_changes_of_others_ = false;
     std::shared_ptr<tavolin::CVLDBOwnerSet> owners_;
     bool registry_read_ = false;
-    std::string listed_owner_;  // the open database's when it was opened or saved last
+    std::string listed_owner_;               // the open database's when it was opened or saved last
     std::vector<RegistryChange> unwritten_;  // what has been done to the registry since
     bool transaction_ = false;
     std::shared_ptr<ByteBuffer> snapshot_;

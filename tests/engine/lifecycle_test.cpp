@@ -68,9 +68,8 @@ TEST_F(LifecycleTest, ANewDatabaseIsItsCreatorsAndEmpty) {
 TEST_F(LifecycleTest, AHandlerMayOpenAnotherDatabase) {
     engine_.LogDBActivities(false, false, true);
     engine_.OnOwnerChange.Connect([&](const auto&) { engine_.CreateNewDB("other", FolderPath()); });
-    const auto connection = engine_.OnDBCreation.Connect([&](const auto&, Date, const auto&) {
-        engine_.LogDBActivities(false, false, true);
-    });
+    const auto connection = engine_.OnDBCreation.Connect(
+        [&](const auto&, Date, const auto&) { engine_.LogDBActivities(false, false, true); });
     engine_.ChangeOwner("bob", "b");
     EXPECT_TRUE(engine_.LogReport().ends_with(
         "OwnerShip Of DataBase shop.cdb Has Been Changed From ann To bob\r\n"));

@@ -207,10 +207,9 @@ TEST_F(LogTest, PendingLinesAreKeptUntilTheyCanBeWritten) {
     EXPECT_THROW(engine_.GetTable("none"), Error);
     std::filesystem::remove(folder_.path() / "shop.log");
     EXPECT_TRUE(engine_.SaveDB());
-    EXPECT_EQ(Contents(File("shop.log")),
-              "\r\n" + log_on_ + saved_ + Line("<Transaction Began>") +
-                  Line("New Table Created: Items") + " \r\n" +
-                  Line("ERROR: Table none Not Found!") + saved_);
+    EXPECT_EQ(Contents(File("shop.log")), "\r\n" + log_on_ + saved_ + Line("<Transaction Began>") +
+                                              Line("New Table Created: Items") + " \r\n" +
+                                              Line("ERROR: Table none Not Found!") + saved_);
 }
 
 TEST_F(LogTest, NeverTouchesADatabaseThatBearsTheNameOfTheLog) {

@@ -134,7 +134,8 @@ TEST_F(RecordsTest, WhatAHandlerThrowsLeavesAfterTheChange) {
         const auto run_out = [](const auto& record) {
             if (record->Key() == "u") throw std::bad_alloc();
         };
-        auto& event = of_the_engine ? engine_.OnRecordRemove : engine_.GetTable("U")->OnRecordRemove;
+        auto& event =
+            of_the_engine ? engine_.OnRecordRemove : engine_.GetTable("U")->OnRecordRemove;
         const auto connection = event.Connect(run_out);
         EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("U", "u"); }), kOutOfMemory);
         event.Disconnect(connection);
