@@ -86,12 +86,11 @@ TEST_F(RegistryTest, WhatIsNotSavedStaysOutOfItWhenOtherDatabasesChange) {
     engine_.ChangeOwner("bob", "b");
     engine_.DeleteDB(File("shop.cdb"));
     const std::string second = File("second.cdb") + ";", third = File("third.cdb") + ";";
-    EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), second + third);
+    EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), second + third + "bob: ");
     engine_.ChangeOwner("cid", "c", {}, {}, File("second.cdb"));
-    EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), third);
+    EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), third + "bob: ");
     EXPECT_EQ(OnDisk("cid"), second);
-    EXPECT_EQ(Listed(engine_, "ann") + Listed(engine_, "bob"), third);
-    EXPECT_EQ(Listed(engine_, "bob"), third);
+    EXPECT_EQ(Listed(engine_, "ann") + "bob: " + Listed(engine_, "bob"), "bob: " + third);
     engine_.SaveDB();
     EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), "bob: " + third);
 }
@@ -167,11 +166,14 @@ TEST_F(RegistryTest, WithoutAPlaceForItTheDatabaseAndTheLogAreStillWritten) {
 }
 
 TEST_F(RegistryTest, AHandlerMayReadItAnewWhileItIsChanged) {
-    engine_.SaveDB();
+    for (const char* name : {"shop", "second"}) engine_.SaveDB({}, name);
+    for (const char* owner : {"bob", "cid"}) engine_.CVLDBOwnerSet()->Add(owner);
+    int removed = 0;
     engine_.CVLDBOwnerSet()->OnDBOwnerRemove.Connect(
-        [&](const auto&) { engine_.LogOn("ann", "secret"); });
+        [&](const auto&) { ++removed, engine_.LogOn("ann", "secret"); });
     EXPECT_TRUE(engine_.DeleteDB(File("shop.cdb")));
-    EXPECT_EQ(OnDisk("ann"), "");
+    EXPECT_EQ(removed, 2);
+    EXPECT_EQ(OnDisk("ann"), File("second.cdb") + ";");
 }
 
 TEST_F(RegistryTest, DeletedAndHandedOverDatabasesMove) {
