@@ -101,6 +101,8 @@ class TAVOLIN_API CVLDBEngine {
 
     // Records who acts, and reads the owner registry; the password is not verified here. A registry
     // that cannot be read counts as empty, and the file is kept aside when a new one is written.
+    // One of a newer format is never written over: what would do so raises 321, SaveDB when the
+    // database has been saved, DeleteDB before it is deleted.
     bool LogOn(std::string_view UserName, std::string_view UserPassword);
     // LogOn with that user's name and password.
     bool LogOnAsUser(const std::shared_ptr<CVLDBUser>& user);
@@ -165,16 +167,18 @@ class TAVOLIN_API CVLDBEngine {
     // Makes a new, empty database of the logged-on user's, in memory, and opens it in the place of
     // the open one. A name without "." gets ".cdb". An empty password is the user's own. A file of
     // that name raises GetNewDBCreationError; so does nobody being logged on. Any other failure is
-    // GetDBAddError with the failure's description.
+    // GetDBAddError with the failure's description. The logged-on user becomes its first user; if
+    // he stands in another set than the open database's, a copy of him, who is logged on from then.
     std::shared_ptr<tavolin::CVLTableSet> CreateNewDB(std::string_view DBShortName,
                                                       std::string_view DBDir,
                                                       std::string_view DBPwd = {},
                                                       std::string_view CreatorFullName = {});
 
-    // Opens a database file in the place of the open database. The new one is read whole first: a
-    // failure leaves the open one, its log and its transaction as they were. A missing file raises
-    // GetDBNotFoundError; one that cannot be read, or is damaged, GetDBNotSetError, with what was
-    // wrong in Error::detail(). The permission state stays `Undefined` if it was; else it becomes
+    // Opens a database file in the place of the open database. DBPath and DBName are those of the
+    // path given, whatever the file says. The new one is read whole first: a failure leaves the
+    // open one, its log and its transaction as they were. A missing file raises GetDBNotFoundError;
+    // one that cannot be read, or is damaged, GetDBNotSetError, with what was wrong in
+    // Error::detail(). The permission state stays `Undefined` if it was; else it becomes
     // what the same user may do here. `DBPwd` and `observer` are accepted and have no effect:
     // DBLegalUser is the gate.
     std::shared_ptr<tavolin::CVLTableSet> LoadDB(
@@ -182,13 +186,16 @@ class TAVOLIN_API CVLDBEngine {
         const std::shared_ptr<IUpdater>& observer = nullptr);
 
     // Writes the database to its file, or to another folder or name, which then become its own;
-    // then the owner registry and the pending log. The file is replaced in one step. Asks for a
-    // right to write (GetUserPermissionToRWError). Another existing file is never written over
-    // (GetDBOverwriteError): the database's own file is the one that this engine created, last
-    // loaded or last saved, even when a roll-back has put an older name back. A password is set
-    // when the state is `Ownership`, and ignored otherwise. `compact` drops what a longer earlier
-    // state left behind in the file. 2^31 bytes or more raise 6 before any file is touched. When
-    // the registry alone fails, the database has been saved.
+    // then the owner registry and the pending log. A new name without "." gets ".cdb". The
+    // registry lists it under its owner if he is logged on or has become the owner since it was
+    // opened; a copy that somebody else saves is not listed. The file is replaced in one step. Asks
+    // for a right to write (GetUserPermissionToRWError). Another existing file is never written
+    // over (GetDBOverwriteError): the database's own file is the one that this engine created, last
+    // loaded or last saved, even when a roll-back has put an older name back, and one that a save
+    // of its own has left whose last step failed. A password is set when the state is `Ownership`,
+    // and ignored otherwise. `compact` drops what a longer earlier state left behind in the file.
+    // 2^31 bytes or more raise 6 before any file is touched. When the registry alone fails, the
+    // database has been saved.
     //
     // Another process, or another engine, may have saved the same file meanwhile: see
     // FileChangedByOthers and KeepChangesOfOthers.
@@ -427,6 +434,7 @@ class TAVOLIN_API CVLDBEngine {
     ByteBuffer ObjectState(BagSeal seal) const;
     bool IsOpenFile(std::string_view path) const;
     bool IsOwnFile(std::string_view path) const;
+    bool HoldsTriedSave(const std::string& file) const;
     void AskToReplace(const std::string& path, const char* source) const;
     void WriteState(const ByteBuffer& state, const std::string& path, bool compact,
                     std::uint8_t FileNumber, const char* source);
@@ -443,7 +451,9 @@ class TAVOLIN_API CVLDBEngine {
     void AddEntry(const std::string& owner, const std::string& dir, const std::string& name);
     bool RemoveEntry(const std::string& owner, const std::string& dir, const std::string& name);
     bool Apply(const RegistryChange& change);
+    void MoveEntry(const std::string& from, const std::string& to, const Database& database);
     void ForgetUnsavedEntries();
+    void ForOtherDatabase(const std::function<void()>& body);
 
     // tables and records
     std::shared_ptr<CVLTable> Resolve(const TableArgument& table) const;
@@ -467,7 +477,8 @@ class TAVOLIN_API CVLDBEngine {
     void LogMessage(const Message& message, bool switched_on);
     void LogPendingMessage(const Message& message, bool is_log_on);
     void LogTransaction(const char* text) noexcept;
-    void LogFailure(const Error& error) const noexcept;
+    void LogFailure(const Error& error) noexcept;
+    void LogAtOnce(std::string line);
     bool WriteLog(std::string_view text) const;
     void FlushPending() noexcept;
     std::string LogPath() const;
@@ -485,12 +496,18 @@ class TAVOLIN_API CVLDBEngine {
     std::unique_ptr<Database> database_;
     std::string file_;  // the open database's file from the root on; empty when it has none
     // What this engine knows to be in that file: what it read or wrote last, nothing when it has
-    // done neither, and what it tried to write last, which an error may have left there.
+    // done neither.
     std::optional<StateMark> file_mark_;
-    std::optional<StateMark> tried_mark_;
+    // And what it has tried to write since, there or elsewhere, which an error may have left there.
+    struct TriedSave {
+        std::string file;
+        StateMark mark;
+    };
+    std::vector<TriedSave> tried_;
     bool keep_changes_of_others_ = false;
     std::shared_ptr<tavolin::CVLDBOwnerSet> owners_;
     bool registry_read_ = false;
+    std::string listed_owner_;               // the open database's when it was opened or saved last
     std::vector<RegistryChange> unwritten_;  // what has been done to the registry since
     bool transaction_ = false;
     std::shared_ptr<ByteBuffer> snapshot_;

@@ -1,4 +1,5 @@
 // Creating, loading, saving and deleting databases, and handing them to another owner.
+#include <algorithm>
 #include <optional>
 
 #include "tavolin/base/clock.h"
@@ -82,10 +83,11 @@ void CVLDBEngine::Install(std::unique_ptr<Database> database) {
 // The same for a database other than the open one, whose transaction and pending lines end.
 void CVLDBEngine::Open(std::unique_ptr<Database> database, std::string absolute_path,
                        std::optional<StateMark> mark) {
+    listed_owner_ = database->session->owner;
     Install(std::move(database));
     file_ = std::move(absolute_path);
     file_mark_ = mark;
-    tried_mark_.reset();
+    tried_.clear();
     transaction_ = false;
     snapshot_.reset();
     std::erase_if(pending_, [](const PendingLine& line) { return !line.is_log_on; });
@@ -136,7 +138,11 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
             Raise(CVLErrorNum::GetNewDBCreationError(), kSource,
                   Message("DataBase Cannot Be Created! \r\nCause: This DataBase Exists!"));
         }
-        const auto user = authority_->user;
+        // Who stands among the users of another engine's database stays there.
+        const auto set = authority_->user->set_;
+        const auto user = set == nullptr || set == database_->users.get()
+                              ? authority_->user
+                              : authority_->user->Copy(database->session);
         database->session->owner = user->UserName();
         database->password = DBPwd.empty() ? std::string_view(user->UserPassword()) : DBPwd;
         database->created = Now();
@@ -149,11 +155,15 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::CreateNewDB(std::string_view DBShortNa
         user->can_read_ = user->can_read_write_ = user->can_delete_ = true;
         if (!CreatorFullName.empty()) user->full_name_ = CreatorFullName;
         Open(std::move(database), std::move(absolute_path), {});
+        authority_->user = user;
         authority_->permission = Ownership;
+        // A handler may open another one.
+        const auto tables = database_->tables;
+        const std::string name = database_->name;
         OnDBCreation.Fire(file, database_->created, user->UserName());
         Log([&] { return Message("New Database Created: ", file); }, false);
-        Log([&] { return Message(user->UserName(), " Is The Owner Of ", database_->name); }, false);
-        return database_->tables;
+        Log([&] { return Message(user->UserName(), " Is The Owner Of ", name); }, false);
+        return tables;
     };
     return Report(kSource, [&] {
         AskToCreate(kSource);
@@ -190,11 +200,12 @@ std::shared_ptr<CVLTableSet> CVLDBEngine::LoadDB(std::string_view DBPathName, st
         database->name = parts.name;
         const auto user = authority_->user;  // whatever handlers do
         std::string absolute_path = AbsolutePath(DBPathName);
+        const PermitStateEnum permission = PermissionIn(database);
         ForgetUnsavedEntries();
         Register(*database);
-        const PermitStateEnum permission = PermissionIn(database);
         Open(std::move(database), std::move(absolute_path), mark);
-        authority_->permission = permission;
+        const bool same = authority_->user == user && authority_->permission != Undefined;
+        authority_->permission = same ? permission : Undefined;
         Log([&] { return Message("Log On: ", user->UserName(), " To ", DBPathName); },
             database_->switches.logDBLogOn);
         return database_->tables;
@@ -257,6 +268,10 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
         std::optional<Error> registry_failure;
         try {
             Register(*database_);
+            // The owner may have got another name.
+            if (!EqualFold(listed_owner_, DBOwner()))
+                MoveEntry(listed_owner_, DBOwner(), *database_);
+            listed_owner_ = DBOwner();
             WriteRegistry();
         } catch (...) {
             registry_failure = CurrentError();
@@ -274,7 +289,9 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
 void CVLDBEngine::AskToReplace(const std::string& path, const char* source) const {
     const bool own = IsOpenFile(path);
     const bool changed = own && keep_changes_of_others_ && FileChangedByOthers();
-    if (changed || (!own && FileSystem::Current().Exists(path))) {
+    const bool others =
+        !own && FileSystem::Current().Exists(path) && !HoldsTriedSave(AbsolutePath(path));
+    if (changed || others) {
         Error error(CVLErrorNum::GetDBOverwriteError(), source,
                     Message("DataBase Cannot Be Saved!\r\nCause: Another DataBase With Same Name "
                             "Was Detected And Cannot Be Overwritten!"));
@@ -284,9 +301,18 @@ void CVLDBEngine::AskToReplace(const std::string& path, const char* source) cons
 }
 
 bool CVLDBEngine::FileChangedByOthers() const {
-    if (!database_->tables || file_.empty()) return false;
-    const auto now = ReadMark(file_);
-    return now && now != file_mark_ && now != tried_mark_;
+    return Trap("CVLDBEngine:FileChangedByOthers Method", [&] {
+        if (!database_->tables || file_.empty()) return false;
+        const auto now = ReadMark(file_);
+        return now && now != file_mark_ && !HoldsTriedSave(file_);
+    });
+}
+
+// Whether the file is as a save left it that failed in its last step.
+bool CVLDBEngine::HoldsTriedSave(const std::string& file) const {
+    return std::any_of(tried_.begin(), tried_.end(), [&](const TriedSave& save) {
+        return save.file == file && save.mark == ReadMark(file);
+    });
 }
 
 void CVLDBEngine::WriteState(const ByteBuffer& state, const std::string& path, bool compact,
@@ -294,10 +320,11 @@ void CVLDBEngine::WriteState(const ByteBuffer& state, const std::string& path, b
     const StateMark mark = MarkOf(state);
     const auto last_look = [&] {
         AskToReplace(path, source);
-        if (IsOpenFile(path)) tried_mark_ = mark;
+        tried_.push_back({IsOpenFile(path) ? file_ : AbsolutePath(path), mark});
     };
     PrintToBinaryFile(state, path, FileNumber, compact, last_look);
     file_mark_ = mark;
+    tried_.clear();
 }
 
 std::shared_ptr<CVLDBEngine> CVLDBEngine::GetDB(std::string_view DBPathName, std::string_view DBPwd,
@@ -330,14 +357,16 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
         }
         const std::string path(DBPathName);
         const bool own = IsOpenFile(path);
-        const auto log_failure = DeleteFiles(path, *other);
+        std::optional<Error> log_failure;
+        ForOtherDatabase([&] { log_failure = DeleteFiles(path, *other); });
         if (own) {
             file_.clear();
             file_mark_.reset();
         }
         OnDBDeletion.Fire(path, Today(), user->UserName());
         Log([&] { return Message("DataBase ", path, " Deleted By ", user->UserName()); }, false);
-        owners_->Refresh();
+        const auto owners = owners_;  // a handler may log somebody on
+        ForOtherDatabase([&] { owners->Refresh(); });
         if (log_failure) throw *log_failure;
         return true;
     });
@@ -396,17 +425,23 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
             other->WriteState(other->ObjectState(BagSeal::kChecksum), std::string(DBPathName),
                               false, 0, kSource);
         }
-        AddEntry(new_owner, target.DBPath(), target.DBName());
-        if (!EqualFold(old_owner, new_owner))
-            RemoveEntry(old_owner, target.DBPath(), target.DBName());
-        if (other) WriteRegistry();
+        if (current) {
+            MoveEntry(old_owner, new_owner, *database_);
+        } else {
+            ForOtherDatabase([&] {
+                MoveEntry(old_owner, new_owner, *other->database_);
+                WriteRegistry();
+            });
+        }
+        const std::string name = target.DBName();
+        const bool logged = target.database_->switches.logOwnerChange;
+        const auto tables = database_->tables;  // a handler may open another database
         OnOwnerChange.Fire(new_owner);
         const auto message = [&] {
-            return Message("OwnerShip Of DataBase ", target.DBName(), " Has Been Changed From ",
-                           old_owner, " To ", new_owner);
+            return Message("OwnerShip Of DataBase ", name, " Has Been Changed From ", old_owner,
+                           " To ", new_owner);
         };
-        const bool logged = target.database_->switches.logOwnerChange;
-        Log(message, current && logged);
+        Log(message, current && logged && database_->tables == tables);
         if (other && logged) IfMemory([&] { other->WriteLog(other->LogLine(message())); });
         return true;
     });

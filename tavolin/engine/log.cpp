@@ -50,7 +50,7 @@ void CVLDBEngine::LogMessage(const Message& message, bool switched_on) {
     log_report_.append(message.text()).append(kLineBreak);
     if (!switched_on) return;
     if (transaction_) {
-        WriteLog(LogLine(message));
+        LogAtOnce(LogLine(message));
     } else {
         pending_.push_back({LogLine(message), false});
     }
@@ -64,19 +64,24 @@ void CVLDBEngine::LogPendingMessage(const Message& message, bool is_log_on) {
 void CVLDBEngine::LogTransaction(const char* text) noexcept {
     IfMemory([&] {
         const Message message{std::string_view(text)};
-        if (database_->switches.logTransactions) WriteLog(LogLine(message));
+        if (database_->switches.logTransactions) LogAtOnce(LogLine(message));
         log_report_.append(message.text()).append(kLineBreak);
     });
 }
 
-void CVLDBEngine::LogFailure(const Error& error) const noexcept {
+void CVLDBEngine::LogFailure(const Error& error) noexcept {
     if (!database_->switches.logErrors) return;
     IfMemory([&] {
         std::string line = " ";
         line.append(kLineBreak).append(LogLine(Message())).append("ERROR: ");
         line.append(error.log_text());
-        WriteLog(line);
+        LogAtOnce(std::move(line));
     });
+}
+
+// A line that cannot be written waits for the next save, like all others.
+void CVLDBEngine::LogAtOnce(std::string line) {
+    if (database_->tables && !WriteLog(line)) pending_.push_back({std::move(line), false});
 }
 
 std::string CVLDBEngine::LogPath() const {
@@ -87,7 +92,6 @@ std::string CVLDBEngine::LogPath() const {
 
 // False when the text could not be written. Nobody but the owner of the lines hears of it.
 bool CVLDBEngine::WriteLog(std::string_view text) const {
-    if (!database_->tables) return false;
     try {
         const std::string path = LogPath();
         // The name is made from the database's, and may be that of another database.

@@ -155,8 +155,10 @@ class CVLDBEngine::RecordDeletion {
         removals_.push_back({frame, records->PositionOf(frame.record->handle())});
     }
 
-    // Puts back what is gone, in the opposite order, and says so to those who were told.
+    // Puts back what is gone, in the opposite order, and says so to those who were told. Not when
+    // the record that all went with is gone: then it was a handler who ran out of memory.
     void TakeBack() {
+        if (frames_.empty() || !Stands(frames_.front())) return;
         for (auto each = removals_.rbegin(); each != removals_.rend(); ++each) {
             const Frame& frame = each->first;
             if (Stands(frame)) continue;
@@ -177,7 +179,7 @@ class CVLDBEngine::RecordDeletion {
     // Enters the record that this field refers to, if nothing else refers to it.
     void Follow(const Frame& frame, int field) {
         if (!frame.table->FieldIsForeignKey(field)) return;
-        const auto linked = engine_.database_->tables->Lookup(frame.table->LinkedTable(field));
+        const auto linked = tables_->Lookup(frame.table->LinkedTable(field));
         const std::string value = frame.record->prop(field);
         if (!linked || value.empty()) return;
         const auto& records = *linked->CVLRecordSet()->Collection();
@@ -191,7 +193,7 @@ class CVLDBEngine::RecordDeletion {
     // Whether a record other than this one holds the value in a field that links to the table.
     bool OthersHold(const std::string& value, const std::string& table,
                     const CVLRecord& record) const {
-        return engine_.database_->tables->links().Any(table, [&](const CVLTable& referrer) {
+        return tables_->links().Any(table, [&](const CVLTable& referrer) {
             const auto& records = *referrer.CVLRecordSet()->Collection();
             for (int field = 0; field < kFieldCount; ++field) {
                 if (EqualFold(referrer.LinkedTable(field), table) &&
@@ -205,6 +207,8 @@ class CVLDBEngine::RecordDeletion {
 
     const StopCheck stop_;
     CVLDBEngine& engine_;
+    // A handler may open another database.
+    const std::shared_ptr<tavolin::CVLTableSet> tables_ = engine_.database_->tables;
     bool cascade_;
     std::vector<Frame> frames_;
     std::vector<std::pair<Frame, std::uint32_t>> removals_;

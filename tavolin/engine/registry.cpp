@@ -58,6 +58,37 @@ bool CVLDBEngine::RemoveEntry(const std::string& owner, const std::string& dir,
     return removed;
 }
 
+void CVLDBEngine::MoveEntry(const std::string& from, const std::string& to,
+                            const Database& database) {
+    AddEntry(to, database.path, database.name);
+    if (!EqualFold(from, to)) RemoveEntry(from, database.path, database.name);
+}
+
+// Runs what changes the registry, and its file, for a database other than the open one. What was
+// done for that one waits for its save and is out of the registry meanwhile.
+void CVLDBEngine::ForOtherDatabase(const std::function<void()>& body) {
+    NeedRegistry();
+    auto unsaved = unwritten_;
+    std::erase_if(unsaved, [](const RegistryChange& change) { return change.saved; });
+    const auto put_back = [&] {
+        for (const RegistryChange& change : unsaved) {
+            if (change.added) {
+                AddEntry(change.owner, change.dir, change.name);
+            } else {
+                RemoveEntry(change.owner, change.dir, change.name);
+            }
+        }
+    };
+    ForgetUnsavedEntries();
+    try {
+        body();
+    } catch (...) {
+        IfMemory(put_back);
+        throw;
+    }
+    IfMemory(put_back);
+}
+
 // What was changed for the open database and not saved with it goes when another takes its place.
 void CVLDBEngine::ForgetUnsavedEntries() {
     const auto unwritten = std::exchange(unwritten_, {});
@@ -73,9 +104,10 @@ void CVLDBEngine::ForgetUnsavedEntries() {
 // One file has one entry, whichever way its path is written, and an owner without databases has
 // none.
 bool CVLDBEngine::Apply(const RegistryChange& change) {
-    if (!change.added && owners_->CanAdd(change.owner)) return false;
+    const auto owners = owners_;  // a handler may log somebody on
+    if (!change.added && owners->CanAdd(change.owner)) return false;
     const auto owner =
-        owners_->CanAdd(change.owner) ? owners_->Add(change.owner) : owners_->Item(change.owner);
+        owners->CanAdd(change.owner) ? owners->Add(change.owner) : owners->Item(change.owner);
     const auto databases = owner->CVLOwnerDBSet();
     const std::string path = JoinPath(change.dir, change.name);
     const bool there = FileExists(path);
@@ -92,7 +124,7 @@ bool CVLDBEngine::Apply(const RegistryChange& change) {
     if (change.added && !listed) {
         databases->Add(change.name, change.dir);
     }
-    if (databases->Count() == 0) owners_->Remove(*owner);
+    if (databases->Count() == 0) owners->Remove(*owner);
     return change.added != listed;
 }
 

@@ -63,10 +63,7 @@ bool CVLDBEngine::TansactionAbort() {
         const PermitStateEnum permission = PermissionIn(database);
         // The registry follows, if the database was handed over inside the transaction.
         const std::string& owner = database->session->owner;
-        if (!EqualFold(owner, DBOwner())) {
-            AddEntry(owner, database->path, database->name);
-            RemoveEntry(DBOwner(), database->path, database->name);
-        }
+        if (!EqualFold(owner, DBOwner())) MoveEntry(DBOwner(), owner, *database);
         Install(std::move(database));
         authority_->permission = permission;
         transaction_ = false;

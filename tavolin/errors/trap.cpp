@@ -54,7 +54,9 @@ Error CurrentError() noexcept {
     try {
         throw;
     } catch (const Error& error) {
-        return error;
+        // No member refuses with a number that has a text of its own: a handler threw it.
+        if (!error.fresh() || GetErrorMessage(error.number()) == "ERROR") return error;
+        return Error(error.number(), error.detail().empty() ? error.description() : error.detail());
     } catch (const DamagedState& damage) {
         return Error(damage.newer() ? kIncompatibleFormat : kCorruptedFile, damage.what());
     } catch (const std::bad_alloc&) {

@@ -16,11 +16,12 @@ namespace tavolin {
 // The English text for a run-time error number, or "ERROR" when it has none.
 TAVOLIN_API std::string_view GetErrorMessage(std::int32_t number);
 
-// Turns the exception being handled into an Error: an Error as it is, anything else as the run-time
-// error that stands for it (std::bad_alloc is 7, a missing file 53, and so on).
+// Turns the exception being handled into an Error: an Error as it is, but with the text of
+// GetErrorMessage if its number has one; anything else as the run-time error that stands for it
+// (std::bad_alloc is 7, a missing file 53, and so on).
 TAVOLIN_API Error CurrentError() noexcept;
 
-// Raises again with the text of GetErrorMessage, or with the given description where it has none.
+// Raises again: a member's own refusal as it is, any other with the context as its source.
 [[noreturn]] TAVOLIN_API void RaiseError(Error error, std::string_view context);
 
 // A member's own refusal. It keeps `source` through that member's trap; the traps of the members

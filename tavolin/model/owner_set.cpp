@@ -90,7 +90,8 @@ bool CVLDBOwnerSet::LoadFile(const std::string& path) {
     try {
         RegistryState(ReadDatabaseFile(path));
         return true;
-    } catch (const DamagedState&) {
+    } catch (const DamagedState& damage) {
+        if (damage.newer()) throw;  // nothing is wrong with it
     } catch (const std::filesystem::filesystem_error&) {
         if (!unreadable_) throw;  // it could be read before, and may be again
     }

@@ -4,6 +4,7 @@
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
 #include "tavolin/model/session.h"
+#include "tavolin/model/stored_collection.h"
 #include "tavolin/model/user_note_set.h"
 #include "tavolin/model/user_set.h"
 #include "tavolin/persist/property_bag.h"
@@ -92,6 +93,14 @@ void CVLDBUser::TakeNotes(std::shared_ptr<tavolin::CVLUserNoteSet> notes) {
 void CVLDBUser::JoinSession(const std::shared_ptr<Session>& session) {
     session_ = session;
     notes_->JoinSession(session);
+}
+
+std::shared_ptr<CVLDBUser> CVLDBUser::Copy(std::shared_ptr<Session> session) const {
+    auto copy = std::make_shared<CVLDBUser>(std::move(session));
+    const auto state = MakeState([&](PropertyBagWriter& bag) { WriteProperties(bag); });
+    PropertyBagReader bag(state);
+    copy->ReadProperties(bag);
+    return copy;
 }
 
 bool CVLDBUser::Equals(const std::shared_ptr<CVLDBUser>& other) const {

@@ -91,6 +91,8 @@ class TAVOLIN_API CVLDBUser {
     void SetRight(bool& right, bool value, const char* source);
     void TakeNotes(std::shared_ptr<tavolin::CVLUserNoteSet> notes);
     void JoinSession(const std::shared_ptr<Session>& session);
+    // A user of the same state, notes included, who stands in no set and whom nobody listens to.
+    std::shared_ptr<CVLDBUser> Copy(std::shared_ptr<Session> session) const;
 
     std::shared_ptr<Session> session_;
     CVLDBUserSet* set_ = nullptr;  // the set that the user is filed in; it clears this when it goes

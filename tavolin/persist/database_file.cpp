@@ -7,7 +7,6 @@
 #include "tavolin/errors/error.h"
 #include "tavolin/persist/file_system.h"
 #include "tavolin/persist/little_endian.h"
-#include "tavolin/persist/paths.h"
 #include "tavolin/persist/property_bag_layout.h"
 
 namespace tavolin {
@@ -93,7 +92,8 @@ StateMark MarkOf(std::span<const std::uint8_t> state) {
 
 std::optional<StateMark> ReadMark(std::string_view path) {
     FileSystem& files = FileSystem::Current();
-    if (!FileExists(path)) return std::nullopt;
+    const PathKind kind = files.Kind(path);
+    if (kind == PathKind::kMissing || kind == PathKind::kNoFolder) return std::nullopt;
     const auto head = files.ReadFile(path, kDescriptorSize + bag_layout::kItemsAt);
     if (head.size() < kDescriptorSize) return StateMark();
     return MarkOf(std::span(head).subspan(kDescriptorSize));

@@ -31,8 +31,9 @@ TAVOLIN_API void WriteDatabaseFile(std::string_view path, std::span<const std::u
                                    const std::function<void()>& last_look = {});
 
 TAVOLIN_API StateMark MarkOf(std::span<const std::uint8_t> state);
-// That of a file, from its first bytes. Nothing when the file is missing; a file that does not
-// begin as a property bag has a mark that no property bag has. The file errors of FileSystem.
+// That of a file, from its first bytes. Nothing when the file or its folder is missing; a file that
+// does not begin as a property bag has a mark that no property bag has. The file errors of
+// FileSystem.
 TAVOLIN_API std::optional<StateMark> ReadMark(std::string_view path);
 
 }  // namespace tavolin

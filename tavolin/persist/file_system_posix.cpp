@@ -38,12 +38,17 @@ auto Retry(Call call) {
 
 class PosixFile final : public File {
   public:
-    PosixFile(int descriptor, fs::path path) : descriptor_(descriptor), path_(std::move(path)) {}
+    explicit PosixFile(fs::path path) : path_(std::move(path)) {}
     ~PosixFile() override {
         if (descriptor_ >= 0) ::close(descriptor_);
     }
     PosixFile(const PosixFile&) = delete;
     PosixFile& operator=(const PosixFile&) = delete;
+
+    void Open(int flags, mode_t rights) {
+        descriptor_ = Retry([&] { return ::open(path_.c_str(), flags | O_CLOEXEC, rights); });
+        if (descriptor_ < 0) Fail("cannot open", path_);
+    }
 
     struct stat Status() const {
         struct stat status {};
@@ -117,7 +122,7 @@ class PosixFile final : public File {
         return static_cast<std::size_t>(count);
     }
 
-    int descriptor_;
+    int descriptor_ = -1;
     fs::path path_;
     std::size_t waiting_ = 0;  // written since the disk was asked last
 };
@@ -137,9 +142,9 @@ int Flags(FileMode mode) {
 }
 
 std::unique_ptr<PosixFile> OpenDescriptor(const fs::path& path, int flags, mode_t rights) {
-    const int descriptor = Retry([&] { return ::open(path.c_str(), flags | O_CLOEXEC, rights); });
-    if (descriptor < 0) Fail("cannot open", path);
-    auto file = std::make_unique<PosixFile>(descriptor, path);
+    // Made first: once the machine has opened or created it, no memory is needed.
+    auto file = std::make_unique<PosixFile>(path);
+    file->Open(flags, rights);
     if (S_ISDIR(file->Status().st_mode)) Fail("cannot open", path, EISDIR);
     return file;
 }

@@ -66,12 +66,14 @@ int PortableCode(DWORD code) {
 
 class WindowsFile final : public File {
   public:
-    WindowsFile(HANDLE handle, fs::path path) : handle_(handle), path_(std::move(path)) {}
+    explicit WindowsFile(fs::path path) : path_(std::move(path)) {}
     ~WindowsFile() override {
         if (handle_ != INVALID_HANDLE_VALUE) ::CloseHandle(handle_);
     }
     WindowsFile(const WindowsFile&) = delete;
     WindowsFile& operator=(const WindowsFile&) = delete;
+
+    void Own(HANDLE handle) { handle_ = handle; }
 
     std::uint64_t Size() override {
         LARGE_INTEGER size{};
@@ -120,7 +122,7 @@ class WindowsFile final : public File {
         return count;
     }
 
-    HANDLE handle_;
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
     fs::path path_;
 };
 
@@ -146,6 +148,8 @@ bool IsTooLong(const fs::path& path) { return path.filename().native().size() > 
 
 std::unique_ptr<File> OpenHandle(const fs::path& path, DWORD access, DWORD share, DWORD how) {
     if (IsTooLong(path)) FailWith("cannot open", path, ENAMETOOLONG);
+    // Made first: once the machine has opened or created it, no memory is needed.
+    auto file = std::make_unique<WindowsFile>(path);
     HANDLE handle = INVALID_HANDLE_VALUE;
     const auto open = [&] {
         handle = ::CreateFileW(path.c_str(), access, share, nullptr, how, FILE_ATTRIBUTE_NORMAL,
@@ -154,7 +158,8 @@ std::unique_ptr<File> OpenHandle(const fs::path& path, DWORD access, DWORD share
         return handle != INVALID_HANDLE_VALUE || ::GetLastError() == ERROR_ACCESS_DENIED;
     };
     if (!Patiently(open) || handle == INVALID_HANDLE_VALUE) Fail("cannot open", path);
-    return std::make_unique<WindowsFile>(handle, path);
+    file->Own(handle);
+    return file;
 }
 
 // A place in the queue of those on this machine who want a folder's lock. Without it whoever asks

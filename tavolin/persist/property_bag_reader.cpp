@@ -272,10 +272,9 @@ std::span<const std::uint8_t> PropertyBagReader::ReadBlocks(std::string_view key
 PropertyBagReader::Blocks PropertyBagReader::TakeBlocks(std::string_view key) {
     const auto blocks = ReadBlocks(key);
     if (owner_) {
+        if (blocks.empty()) return {{}, owner_};
         const auto begin = static_cast<std::size_t>(blocks.data() - owner_->data());
-        return {blocks.empty() ? std::span<std::uint8_t>()
-                               : owner_->bytes().subspan(begin, blocks.size()),
-                owner_};
+        return {owner_->bytes().subspan(begin, blocks.size()), owner_};
     }
     auto copy = std::make_shared<ByteBuffer>(blocks.size());
     if (!blocks.empty()) std::memcpy(copy->data(), blocks.data(), blocks.size());

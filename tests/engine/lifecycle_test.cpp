@@ -65,6 +65,22 @@ TEST_F(LifecycleTest, ANewDatabaseIsItsCreatorsAndEmpty) {
     EXPECT_TRUE(engine_.PasswordCorrect("own"));
 }
 
+TEST_F(LifecycleTest, AHandlerMayOpenAnotherDatabase) {
+    engine_.LogDBActivities(false, false, true);
+    engine_.OnOwnerChange.Connect([&](const auto&) { engine_.CreateNewDB("other", FolderPath()); });
+    const auto connection = engine_.OnDBCreation.Connect(
+        [&](const auto&, Date, const auto&) { engine_.LogDBActivities(false, false, true); });
+    engine_.ChangeOwner("bob", "b");
+    EXPECT_TRUE(engine_.LogReport().ends_with(
+        "OwnerShip Of DataBase shop.cdb Has Been Changed From ann To bob\r\n"));
+    engine_.SaveDB();
+    EXPECT_EQ(Contents(File("other.log")).find("OwnerShip"), std::string::npos);
+    engine_.OnDBCreation.Disconnect(connection);
+    engine_.OnDBCreation.Connect([&](const auto&, Date, const auto&) { engine_.LoadDB(file_); });
+    EXPECT_EQ(engine_.CreateNewDB("new", FolderPath())->Count(), 0);
+    EXPECT_TRUE(engine_.LogReport().ends_with("ann Is The Owner Of new.cdb\r\n"));
+}
+
 TEST_F(LifecycleTest, EverythingSavedIsThereAfterLoading) {
     engine_.CreateNewUser("bob", "b\u00F6b", true, false, true, "Bob", "second", true);
     engine_.CreateNewLinkedTable("T", "Text", {"Word"});

@@ -199,9 +199,17 @@ TEST_F(LogTest, LinesOfOneDatabaseNeverReachAnothersFile) {
 TEST_F(LogTest, PendingLinesAreKeptUntilTheyCanBeWritten) {
     std::filesystem::create_directory(folder_.path() / "shop.log");
     EXPECT_TRUE(engine_.SaveDB());
+    // Those that do not wait elsewhere are no exception.
+    engine_.LogDBActivities(false, true, false, false, true, false, false, false, false, false,
+                            false, false, false, true);
+    engine_.TransactionBegin();
+    engine_.CreateNewPrimaryTable("Items", {"ID"});
+    EXPECT_THROW(engine_.GetTable("none"), Error);
     std::filesystem::remove(folder_.path() / "shop.log");
     EXPECT_TRUE(engine_.SaveDB());
-    EXPECT_EQ(Contents(File("shop.log")), "\r\n" + log_on_ + saved_ + saved_);
+    EXPECT_EQ(Contents(File("shop.log")), "\r\n" + log_on_ + saved_ + Line("<Transaction Began>") +
+                                              Line("New Table Created: Items") + " \r\n" +
+                                              Line("ERROR: Table none Not Found!") + saved_);
 }
 
 TEST_F(LogTest, NeverTouchesADatabaseThatBearsTheNameOfTheLog) {

@@ -68,6 +68,13 @@ TEST_F(OtherEnginesTest, AFileIsChangedWhenItHoldsAnotherState) {
     EXPECT_TRUE(loaded.FileChangedByOthers());
     fs::remove(path);
     EXPECT_FALSE(loaded.FileChangedByOthers());
+    fs::create_directory(path);
+    ExpectError(75, "CVLDBEngine:FileChangedByOthers Method", "Path/File access error",
+                [&] { loaded.FileChangedByOthers(); });
+    fs::create_directory(folder_.path() / "sub");
+    loaded.SaveDB(folder_ / "sub");
+    fs::remove_all(folder_.path() / "sub");
+    EXPECT_FALSE(loaded.FileChangedByOthers());
     CVLDBEngine none;
     EXPECT_FALSE(none.FileChangedByOthers());
 }

@@ -104,14 +104,20 @@ TEST_F(RecordsTest, HandlersMayCallBack) {
     EXPECT_EQ(Keys("A") + Keys("B"), "");
     EXPECT_EQ(removed_, "b a ");  // each is told of once
     engine_.OnRecordRemove.Disconnect(meddler);
-    // Another database in the middle of a deletion: the old one's records are out of reach.
-    engine_.AddRecord("A", 1, {"a", "b"});
-    engine_.OnRecordRemove.Connect(
-        [&](const auto&) { engine_.CreateNewDB("second", FolderPath()); });
+    // Another database in the middle of a deletion: the old one's records are out of reach, and
+    // those of the new one are not taken for them.
+    engine_.LinkTables("A", 2, "D");
+    engine_.AddRecord("A", 1, {"a", "b", "d"});
+    removed_.clear();
+    engine_.OnRecordRemove.Connect([&](const auto&) {
+        engine_.CreateNewDB("second", FolderPath());
+        engine_.CreateNewPrimaryTable("D", {"ID"});
+        engine_.AddRecord("D", 1, {"d"});
+    });
     EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("A", "a"); }),
               Num::GetUserPermissionToDelError());
     EXPECT_EQ(engine_.DBName(), "second.cdb");
-    EXPECT_EQ(engine_.CVLTableSet()->Count(), 0);
+    EXPECT_EQ(removed_, "b ");
 }
 
 TEST_F(RecordsTest, WhatAHandlerThrowsLeavesAfterTheChange) {
@@ -120,6 +126,22 @@ TEST_F(RecordsTest, WhatAHandlerThrowsLeavesAfterTheChange) {
     ExpectError(51, "CVLDBEngine:AddRecord Method", "An internal malfunction has occurred",
                 [&] { engine_.AddRecord("T", 1, {"1"}); });
     EXPECT_EQ(Keys("T"), "1 ");
+    // Be it a lack of memory: what a deletion has taken along does not come back without it.
+    engine_.CreateNewPrimaryTable("U", {"ID", "Ref"});
+    engine_.LinkTables("U", 1, "T");
+    for (const bool of_the_engine : {true, false}) {
+        engine_.GetTable("U")->Add(engine_.CVLTableSet(), 1, {"u", "1"});
+        const auto run_out = [](const auto& record) {
+            if (record->Key() == "u") throw std::bad_alloc();
+        };
+        auto& event =
+            of_the_engine ? engine_.OnRecordRemove : engine_.GetTable("U")->OnRecordRemove;
+        const auto connection = event.Connect(run_out);
+        EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("U", "u"); }), kOutOfMemory);
+        event.Disconnect(connection);
+        EXPECT_EQ(Keys("U") + Keys("T"), "");
+        engine_.GetTable("T")->Add(engine_.CVLTableSet(), 1, {"1"});
+    }
 }
 
 }  // namespace

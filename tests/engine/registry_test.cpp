@@ -81,6 +81,31 @@ TEST_F(RegistryTest, FollowsAHandOverThatIsTakenBack) {
     EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), shop_);
 }
 
+TEST_F(RegistryTest, WhatIsNotSavedStaysOutOfItWhenOtherDatabasesChange) {
+    for (const char* name : {"shop", "second", "third"}) engine_.SaveDB({}, name);
+    engine_.ChangeOwner("bob", "b");
+    engine_.DeleteDB(File("shop.cdb"));
+    const std::string second = File("second.cdb") + ";", third = File("third.cdb") + ";";
+    EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), second + third + "bob: ");
+    engine_.ChangeOwner("cid", "c", {}, {}, File("second.cdb"));
+    EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), third + "bob: ");
+    EXPECT_EQ(OnDisk("cid"), second);
+    EXPECT_EQ(Listed(engine_, "ann") + "bob: " + Listed(engine_, "bob"), "bob: " + third);
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), "bob: " + third);
+}
+
+TEST_F(RegistryTest, FollowsAnOwnerWhoIsRenamed) {
+    engine_.SaveDB();
+    owner_->UserName("eva");
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("ann") + "eva: " + OnDisk("eva"), "eva: " + shop_);
+    engine_.LoadDB(File("shop.cdb"));
+    engine_.GetUser("eva", "secret")->UserName("zoe");  // who is not the object that is logged on
+    engine_.SaveDB();
+    EXPECT_EQ(OnDisk("eva") + "zoe: " + OnDisk("zoe"), "zoe: " + shop_);
+}
+
 TEST_F(RegistryTest, AUserWhoWasPutInPlaceKeepsWhatOthersWrote) {
     engine_.SaveDB();
     CVLDBEngine engine;
@@ -88,6 +113,11 @@ TEST_F(RegistryTest, AUserWhoWasPutInPlaceKeepsWhatOthersWrote) {
     engine.CreateNewDB("second", FolderPath());
     engine.SaveDB();
     EXPECT_EQ(OnDisk("ann"), shop_ + File("second.cdb") + ";");
+    // Each database has an ann of its own.
+    owner_->UserName("eva");
+    EXPECT_EQ(engine_.DBOwner() + engine_.CVLDBUserSet()->Item("eva")->UserName(), "evaeva");
+    EXPECT_EQ(engine.DBOwner() + engine.CVLDBUserSet()->Item("ann")->UserName(), "annann");
+    EXPECT_EQ(engine.CVLDBUserSet()->Item(1), engine.LogedOnUser());
 }
 
 TEST_F(RegistryTest, AnUnreadableFileIsKeptAside) {
@@ -107,6 +137,19 @@ TEST_F(RegistryTest, AnUnreadableFileIsKeptAside) {
         const std::string number = i == 0 ? "" : std::to_string(i + 1);
         EXPECT_EQ(Contents(File("RDX.dat.unreadable") + number), damaged[i]);
     }
+    std::string newer = good;
+    newer[12 + 8] = 2;
+    WriteContents(File("RDX.dat"), newer);
+    EXPECT_TRUE(engine_.LogOn("ann", "secret"));
+    engine_.DBLegalUser(owner_, Ownership);
+    for (const char* name : {"shop", "second"}) {
+        ExpectError(kIncompatibleFormat, "CVLDBEngine:SaveDB Method",
+                    "The format of the data in the file is incompatible with the application",
+                    [&] { engine_.SaveDB({}, name); });
+    }
+    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteDB(File("second.cdb")); }), kIncompatibleFormat);
+    EXPECT_EQ(engine_.GetDB(File("second.cdb"))->DBOwner(), "ann");
+    EXPECT_EQ(Contents(File("RDX.dat")), newer);
     EXPECT_FALSE(FileSystem::Current().Exists(File("RDX.dat.unreadable5")));
 }
 
@@ -120,6 +163,17 @@ TEST_F(RegistryTest, WithoutAPlaceForItTheDatabaseAndTheLogAreStillWritten) {
     EXPECT_NE(Contents(File("second.log")).find("DATABASE SAVED! As "), std::string::npos);
     std::filesystem::create_directory(gone.folder().path());
     EXPECT_EQ(engine_.GetDB(File("second.cdb"))->DBOwner(), "ann");
+}
+
+TEST_F(RegistryTest, AHandlerMayReadItAnewWhileItIsChanged) {
+    for (const char* name : {"shop", "second"}) engine_.SaveDB({}, name);
+    for (const char* owner : {"bob", "cid"}) engine_.CVLDBOwnerSet()->Add(owner);
+    int removed = 0;
+    engine_.CVLDBOwnerSet()->OnDBOwnerRemove.Connect(
+        [&](const auto&) { ++removed, engine_.LogOn("ann", "secret"); });
+    EXPECT_TRUE(engine_.DeleteDB(File("shop.cdb")));
+    EXPECT_EQ(removed, 2);
+    EXPECT_EQ(OnDisk("ann"), File("second.cdb") + ";");
 }
 
 TEST_F(RegistryTest, DeletedAndHandedOverDatabasesMove) {

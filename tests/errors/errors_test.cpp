@@ -52,6 +52,10 @@ TEST(Trap, KeepsTheSourceOfTheMemberThatRaised) {
                 [&] { Trap("Outer:Make Method", inner); });
     ExpectError(5, "Outer:Make Method", "Invalid procedure call or argument",
                 [&] { Trap("Outer:Make Method", [] { RaiseRunTime(kInvalidCall); }); });
+    // A handler's own: the text goes with the number.
+    ExpectError(53, "Outer:Make Method", "Cannot find the specified file", [] {
+        Trap("Outer:Make Method", [] { throw Error(53, "Handler", Message("x")); });
+    });
     int value = 7;
     EXPECT_EQ(&Trap("Any:Get Property", [&]() -> int& { return value; }), &value);
 }

@@ -2,6 +2,8 @@
 // changed, nothing is lost, and the same call succeeds as soon as there is memory again.
 #include "tests/faults/allocations.h"
 
+#include <unistd.h>
+
 #include <functional>
 
 #include "tests/support/engine_state.h"
@@ -210,6 +212,31 @@ TEST_P(AllocationsTest, EachMayFail) {
     TryAll(operation, 4, false);
     TryAll(operation, 4, true);
     if (GetParam() < kInMemory) TryAll(operation, 60, false);
+}
+
+// Neither an open file nor a half-made one is left behind.
+TEST(FileAllocationsTest, EachMayFail) {
+    const TemporaryFolder folder;
+    const auto next_descriptor = [] {
+        const int next = ::dup(0);
+        ::close(next);
+        return next;
+    };
+    const int next = next_descriptor();
+    const std::uint8_t bytes[] = {1, 2, 3};
+    const ByteView chunks[] = {bytes};
+    bool reached = true;
+    for (std::size_t nth = 1; reached; ++nth) {
+        FailAllocation(nth, false);
+        try {
+            MachineFileSystem().Replace(folder / "file", chunks);
+        } catch (const std::bad_alloc&) {
+        }
+        reached = FailNoMore();
+        EXPECT_EQ(next_descriptor(), next) << nth;
+        const std::filesystem::directory_iterator files(folder.path());
+        for (const auto& entry : files) EXPECT_EQ(entry.path().filename(), "file") << nth;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, AllocationsTest,
