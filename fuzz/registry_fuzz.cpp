@@ -42,12 +42,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     CVLDBEngine engine;
     Require(engine.LogOn("ann", "secret"), "a log-on succeeds");
+    bool newer = false;
     const bool read = [&] {
         try {
             tavolin::CVLDBOwnerSet owners;
             owners.RegistryState(ReadDatabaseFile(kRegistry));
             return true;
-        } catch (const DamagedState&) {
+        } catch (const DamagedState& damage) {
+            newer = damage.newer();
             return false;
         }
     }();
@@ -56,6 +58,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(files[kRegistry] == before, "reading changes no file");
 
     engine.CreateNewDB("x", MemoryFiles::kFolder);
+    if (newer) {
+        Require(Refusal([&] { engine.SaveDB(); }) == kIncompatibleFormat, "a newer one is refused");
+        Require(files[kRegistry] == before, "and left alone");
+        return 0;
+    }
     Require(engine.SaveDB(), "a database can be saved");
     const bool aside = FileSystem::Current().Exists("/m\\RDX.dat.unreadable");
     Require(aside == !read, "what cannot be read is kept aside, and nothing else");
