@@ -140,7 +140,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     // Deletes, depth first, every table of `useTableSet` that only this one's links refer to. Asks
     // for `Ownership`. Tables that others refer to stay and lose the reference to this one. A set
-    // that this table is not in raises 5.
+    // that this table is not in raises 5; links to tables that are gone are passed over.
     void DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet);
 
     // CVLRecordSet::MakeItText, MakeItHTML and MakeItMDB for the records, with the table's labels,

@@ -527,9 +527,7 @@ void CVLTable::DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet) {
     Trap(kSource, [&] {
         AskToUnlink(*session_, kSource);
         if (!useTableSet) RaiseRunTime(kObjectNotSet);
-        if (is_result_ || (set_ != nullptr && useTableSet.get() != set_)) {
-            RaiseRunTime(kInvalidCall);
-        }
+        if (is_result_ || useTableSet.get() != set_) RaiseRunTime(kInvalidCall);
         Cascade(useTableSet).Run(shared_from_this());
     });
 }

@@ -139,6 +139,14 @@ TEST_F(TableLinksTest, DeletesWhatOnlyItsLinksReferTo) {
     f->DeleteLinks(tables_);
     EXPECT_EQ(Links(), "A(|)F(|)");
 
+    const auto g = Make("G"), h = Make("H"), k = Make("K");
+    g->Link(1, h);
+    h->Link(1, k);
+    tables_->Remove("G");  // its links lead nowhere
+    EXPECT_EQ(ErrorNumber([&] { g->DeleteLinks(tables_); }), kInvalidCall);
+    EXPECT_EQ(Links(), "A(|)F(|)H(1K|G)K(|H)");
+    for (const char* name : {"H", "K"}) engine_.DeleteTable(name, false);
+
     // Far deeper than calls may nest.
     auto previous = a_;
     for (int i = 0; i < 3000; ++i) {
