@@ -242,5 +242,22 @@ TEST(FileAllocationsTest, EachMayFail) {
 INSTANTIATE_TEST_SUITE_P(Operations, AllocationsTest,
                          testing::Range(0, static_cast<int>(std::size(kOperations))));
 
+// The places of so many records are made by the first removal, with an allocation for each.
+TEST(LargeResultTest, ARemovalThatFailedCanBeRepeated) {
+    ScopedLibraryFolder library;
+    Shop shop(PortablePath(library.folder().path()), 600);
+    std::size_t nth = 590;
+    for (bool reached = true; reached; ++nth) {
+        const auto result = shop.engine.GetTable("Orders")->Find("");
+        FailAllocation(nth);
+        const std::int32_t number = ErrorNumber([&] { result->Remove(600); });
+        reached = FailNoMore();
+        EXPECT_EQ(number, reached ? kOutOfMemory : 0);
+        if (reached) result->Remove(600);
+        EXPECT_EQ(result->Count(), 599) << nth;
+    }
+    EXPECT_GT(nth, 600u);
+}
+
 }  // namespace
 }  // namespace tavolin
