@@ -244,7 +244,7 @@ void CVLTable::WriteProperties(PropertyBagWriter& bag) const {
 
 void CVLTable::ReadProperties(PropertyBagReader& bag) {
     key_ = bag.ReadText("k");
-    type_ = bag.ReadByte("nk") == isLinkedTable ? isLinkedTable : isPrimaryTable;
+    type_ = static_cast<TableEnum>(bag.ReadByte("nk", isPrimaryTable));
     const auto part = [&](const char* key) {
         const std::uint8_t field = bag.ReadByte(key, kNoField);
         if (field >= kFieldCount && field != kNoField) bag.Refuse(key, "no such field");
