@@ -212,6 +212,10 @@ class TAVOLIN_API CVLRecordSet {
     void JoinSession(std::shared_ptr<Session> session);
     // Takes the records' rights away, unless they stand in another set as well.
     void Retire();
+    // How many tables have the set.
+    void AddHolder() { ++holders_; }
+    void DropHolder() { --holders_; }
+    int holders() const { return holders_; }
 
   private:
     RecordHandle Existing(const IndexKey& which, const char* source) const;
@@ -221,6 +225,7 @@ class TAVOLIN_API CVLRecordSet {
     const Session& session() const { return *records_->arena().session(); }
 
     std::shared_ptr<RecordCollection> records_;
+    int holders_ = 0;
 };
 
 }  // namespace tavolin

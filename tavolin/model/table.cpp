@@ -28,7 +28,11 @@ std::string TableArgument::Text() const {
 }
 
 CVLTable::CVLTable(std::shared_ptr<Session> session)
-    : session_(std::move(session)), records_(std::make_shared<tavolin::CVLRecordSet>(session_)) {}
+    : session_(std::move(session)), records_(std::make_shared<tavolin::CVLRecordSet>(session_)) {
+    records_->AddHolder();
+}
+
+CVLTable::~CVLTable() { records_->DropHolder(); }
 
 void CVLTable::Key(std::string_view name) {
     static constexpr const char* kSource = "CVLTable:Key Property Let";
@@ -101,9 +105,11 @@ void CVLTable::CVLRecordSet(std::shared_ptr<tavolin::CVLRecordSet> records) {
         if (records == records_) return;
         // The records of a search's result stand in another set; this one gets its own.
         if (records->Collection()->IsGuest()) records->ObjectState(records->ObjectState());
-        records_->Retire();
+        if (records_->holders() == 1) records_->Retire();
         records->JoinSession(session_);
+        records_->DropHolder();
         records_ = std::move(records);
+        records_->AddHolder();
     });
 }
 

@@ -33,6 +33,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
   public:
     // Library-internal: tables come from CVLTableSet::Add and from Find.
     explicit CVLTable(std::shared_ptr<Session> session);
+    ~CVLTable();
     CVLTable(const CVLTable&) = delete;
     CVLTable& operator=(const CVLTable&) = delete;
 
@@ -67,8 +68,9 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     const std::string& FieldName(int fldNum0to9) const;
     void FieldName(int fldNum0to9, std::string_view name);
 
-    // Never nothing. Setting nothing raises 91. The set that was there loses its rights. A search's
-    // result gets records of its own when it is given to a table.
+    // Never nothing. Setting nothing raises 91. The set that was there loses its rights unless
+    // another table holds it. A search's result gets records of its own when it is given to a
+    // table.
     std::shared_ptr<tavolin::CVLRecordSet> CVLRecordSet() const { return records_; }
     void CVLRecordSet(std::shared_ptr<tavolin::CVLRecordSet> records);
 
