@@ -37,9 +37,9 @@ CVLTable::~CVLTable() { records_->DropHolder(); }
 void CVLTable::Key(std::string_view name) {
     static constexpr const char* kSource = "CVLTable:Key Property Let";
     Trap(kSource, [&] {
-        const std::string kept(name);  // it may be one of the names that follow
+        std::string kept(name);  // it may be one of the names that follow
         if (set_ != nullptr) set_->Rename(*this, kept, kSource);
-        key_ = kept;
+        key_.swap(kept);
     });
 }
 
@@ -218,16 +218,6 @@ int CVLTable::FieldNumber(std::string_view name) const {
 
 int CVLTable::FieldNumber(const FieldArgument& field) const {
     return field.is_name() ? FieldNumber(field.name()) : CheckedByte(field.number());
-}
-
-void CVLTable::FollowRename(std::string_view old_name, std::string_view new_name) {
-    for (std::size_t i = 0; i < kFieldCount; ++i) {
-        const auto follows = [&](const std::string& name) {
-            return !name.empty() && EqualFold(name, old_name);
-        };
-        if (follows(referenced_[i])) SetMention(referenced_[i], new_name);
-        if (follows(linked_[i])) SetLink(i, new_name);
-    }
 }
 
 void CVLTable::WriteProperties(PropertyBagWriter& bag) const {

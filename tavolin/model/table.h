@@ -169,11 +169,10 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     void JoinSession(std::shared_ptr<Session> session);
     void NameResult(std::string_view key) { key_ = key; }
     template <class Body>
-    void ForEachMention(Body&& body) const {
-        for (const std::string& name : linked_) body(name);
-        for (const std::string& name : referenced_) body(name);
+    void ForEachMention(Body&& body) {
+        for (std::string& name : linked_) body(name);
+        for (std::string& name : referenced_) body(name);
     }
-    void FollowRename(std::string_view old_name, std::string_view new_name);
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
 

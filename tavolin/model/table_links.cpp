@@ -332,10 +332,9 @@ bool CVLTable::NoteReferenceFrom(std::string_view table) {
 // Every change of a table's links and slots goes through here.
 void CVLTable::SetMention(std::string& mention, std::string_view name) {
     std::string copy(name);
+    if (set_ != nullptr) set_->links().Add(copy, *this);  // or it fails and nothing has changed
     if (set_ != nullptr) set_->links().Remove(mention, *this);
-    mention.clear();
-    if (set_ != nullptr) set_->links().Add(copy, *this);
-    mention = std::move(copy);
+    mention.swap(copy);
 }
 
 // A field that links to nothing needs no counts.
