@@ -84,7 +84,8 @@ class CVLTable::Additions {
   public:
     template <class Body>
     std::shared_ptr<CVLRecord> Add(std::shared_ptr<tavolin::CVLRecordSet> records, Body&& add) {
-        Addition& addition = additions_.emplace_back(Addition{std::move(records), nullptr});
+        Addition& addition =
+            additions_.emplace_back(Addition{std::move(records), nullptr, nullptr});
         const auto set = addition.records;  // a handler may add more
         const std::size_t at = additions_.size() - 1;
         auto record = add(*set);
@@ -97,6 +98,7 @@ class CVLTable::Additions {
             if (!each->record) continue;
             each->records->Collection()->Remove(each->record->handle());
             each->records->OnRecordRemove.Fire(each->record);
+            if (each->told_by) each->told_by->OnRecordRemove.Fire(each->record);
         }
     }
 
@@ -107,10 +109,18 @@ class CVLTable::Additions {
         }
     }
 
+    std::size_t size() const { return additions_.size(); }
+    // The table fires its event for the addition at `index`, from 0.
+    void Tell(std::size_t index, const std::shared_ptr<CVLTable>& table) {
+        additions_[index].told_by = table;
+        table->OnRecordAdd.Fire(additions_[index].record);
+    }
+
   private:
     struct Addition {
         std::shared_ptr<tavolin::CVLRecordSet> records;
         std::shared_ptr<CVLRecord> record;
+        std::shared_ptr<CVLTable> told_by;
     };
     std::vector<Addition> additions_;
 };
@@ -179,17 +189,17 @@ class CVLTable::Filling {
     }
 
     void Fill(std::string_view value, std::int32_t n_key, Additions& all) const {
-        std::vector<std::shared_ptr<CVLRecord>> added;
+        const std::size_t first = all.size();
         for (const auto& table : chain_) {
             if (!table->CanAdd(value)) break;
             const std::string key = KeyOfOneField(*table, value);
             if (table->records_->Collection()->Find(key) != kNoHandle) break;
-            added.push_back(all.Add(table->records_, [&](tavolin::CVLRecordSet& records) {
+            all.Add(table->records_, [&](tavolin::CVLRecordSet& records) {
                 return records.Add(table->primary_key_, n_key, {value});
-            }));
+            });
         }
         // A table tells of its record when the records that it refers to are there.
-        for (std::size_t i = added.size(); i-- > 0;) chain_[i]->OnRecordAdd.Fire(added[i]);
+        for (std::size_t i = all.size() - first; i-- > 0;) all.Tell(first + i, chain_[i]);
     }
 
   private:
