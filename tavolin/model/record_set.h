@@ -109,7 +109,8 @@ class TAVOLIN_API CVLRecordSet {
 
     // Sets all ten fields of a record, those left out to the empty text. A field that differs in
     // letter case alone keeps its text. The fields of `Key` must be given as they are, in any case:
-    // another value raises GetRecordUpDateError, the fields before it being changed already.
+    // another value raises GetRecordUpDateError, the fields before it being changed already. When
+    // memory runs out they are put back, of which OnPropertyChange does not tell.
     std::shared_ptr<CVLRecord> Update(const PrimaryKeyType& Key, std::shared_ptr<CVLRecord> record,
                                       const FieldTexts& props = {},
                                       std::shared_ptr<CVLAttachmentSet> AttachmentSet = nullptr);

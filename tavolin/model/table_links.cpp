@@ -1,7 +1,6 @@
 // How tables hang together: linking and unlinking, the records that a reference brings along, and
 // the tables that a deletion takes along.
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <utility>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/stop_scope.h"
 #include "tavolin/errors/trap.h"
+#include "tavolin/model/former_record.h"
 #include "tavolin/model/permission.h"
 #include "tavolin/model/session.h"
 #include "tavolin/model/table.h"
@@ -31,41 +31,6 @@ void AskToUnlink(const Session& session, const char* source) {
                   " Is Not The DataBase Owner!\r\n"
                   "Thus Does Not Have The Right To Unlink A Field From A Table!"));
 }
-
-// What a record holds before it is updated.
-class FormerRecord {
-  public:
-    explicit FormerRecord(const CVLRecord& record)
-        : arena_(record.arena()),
-          record_(record.handle()),
-          attachments_(arena_->Attachments(record_, false)),
-          text_(arena_->AllFields(record_)) {
-        const char* begin = text_.data();
-        for (int i = 0; i < kFieldCount; ++i) {
-            auto& field = fields_[static_cast<std::size_t>(i)];
-            field = {begin, arena_->Field(record_, i).size()};
-            begin += field.size();
-        }
-    }
-    FormerRecord(const FormerRecord&) = delete;
-    FormerRecord& operator=(const FormerRecord&) = delete;
-
-    // They fit into the block that they came from, and attachments have a place if there have been
-    // others meanwhile.
-    void PutBack() const {
-        arena_->SetFields(record_, fields_, arena_->Differing(record_, fields_));
-        if (arena_->Attachments(record_, false) != attachments_) {
-            arena_->Attachments(record_, attachments_);
-        }
-    }
-
-  private:
-    std::shared_ptr<RecordArena> arena_;
-    RecordHandle record_;
-    std::shared_ptr<CVLAttachmentSet> attachments_;
-    std::string text_;
-    std::array<std::string_view, kFieldCount> fields_;
-};
 
 // The key that a record with this value in field 0 and nothing else gets in that table.
 std::string KeyOfOneField(const CVLTable& table, std::string_view value) {
@@ -250,16 +215,14 @@ std::shared_ptr<CVLRecord> CVLTable::Update(const std::shared_ptr<CVLTableSet>& 
         } else {
             const FormerRecord former(*record);
             Additions all;
-            bool updated = false;
             OrTakeBack(
                 [&] {
                     records->Update(primary_key_, record, props, std::move(AttachmentsTable));
-                    updated = true;
                     Fill(fillings, *record, type_, all);
                 },
                 [&] {
                     all.TakeBack();
-                    if (updated) former.PutBack();
+                    former.PutBack();
                 });
         }
         OnRecordUpDate.Fire(record);
