@@ -18,6 +18,7 @@
 
 #include "tavolin/base/event.h"
 #include "tavolin/base/export.h"
+#include "tavolin/errors/trap.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/record.h"
@@ -46,8 +47,10 @@ class RecordEnumerator {
 
     // The next record, or nothing at the end.
     std::shared_ptr<CVLRecord> Next() {
-        const RecordHandle record = cursor_.Next();
-        return record == kNoHandle ? nullptr : records_->Object(record);
+        return Trap("CVLRecordSet:NewEnum Property Get", [&] {
+            const RecordHandle record = cursor_.Next();
+            return record == kNoHandle ? nullptr : records_->Object(record);
+        });
     }
     void Reset() { cursor_.Reset(); }
 

@@ -27,6 +27,10 @@ void CVLDBUser::AskOwnership(const char* source) const {
                   "Thus Does Not Have The Right To Set User State!"));
 }
 
+void CVLDBUser::Key(std::string_view key) {
+    Trap("CVLDBUser:Key Property Let", [&] { key_ = key; });
+}
+
 void CVLDBUser::UserName(std::string_view name) {
     Trap("CVLDBUser:UserName Property Let", [&] {
         AskOwnership("CVLDBUser:UserName Property let");

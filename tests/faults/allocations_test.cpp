@@ -74,7 +74,7 @@ void BeginAndChange(Shop& shop) {
 }
 
 struct Operation {
-    const char* source;
+    const char* source;  // "" where each part of it has its own
     void (*prepare)(Shop&);
     void (*act)(Shop&);
     // After a failure it has been done all the same.
@@ -196,6 +196,7 @@ class AllocationsTest : public testing::TestWithParam<int> {
     static void CheckFailure(const Operation& operation, const Error& failure) {
         EXPECT_TRUE(failure.number() == kOutOfMemory || failure.number() == operation.number)
             << failure.number();
+        if (*operation.source == '\0') return;
         EXPECT_EQ(failure.source(), operation.source);
         EXPECT_NE(failure.description(), "");
     }
