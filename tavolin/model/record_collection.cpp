@@ -53,11 +53,6 @@ std::shared_ptr<CVLRecord> RecordCollection::Add(std::int32_t n_key, const Field
     }
 }
 
-void RecordCollection::AddExisting(RecordHandle record) {
-    File(record, {});
-    arena_->AddReference(record);
-}
-
 void RecordCollection::File(RecordHandle record, const Placement& placement) {
     if (placement.before || placement.after) MakePlaces();
     records_.store().Welcome(record);

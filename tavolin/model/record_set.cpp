@@ -187,10 +187,6 @@ void CVLRecordSet::AttachToRecord(const std::shared_ptr<CVLRecord>& record, std:
     });
 }
 
-void CVLRecordSet::AddExisting(const std::shared_ptr<CVLRecord>& record) {
-    Trap("CVLRecordSet:AddExisting Method", [&] { records_->AddExisting(record->handle()); });
-}
-
 void CVLRecordSet::ReplaceCollection(std::shared_ptr<RecordCollection> records) {
     records_ = std::move(records);
 }

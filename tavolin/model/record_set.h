@@ -203,8 +203,6 @@ class TAVOLIN_API CVLRecordSet {
 
     // Library-internal.
 
-    // Files a record that stands in the same arena, under its own key; no right, no event.
-    void AddExisting(const std::shared_ptr<CVLRecord>& record);
     // Remove, for a record that is known to stand in the set.
     void Remove(const std::shared_ptr<CVLRecord>& record);
     void ReplaceCollection(std::shared_ptr<RecordCollection> records);
