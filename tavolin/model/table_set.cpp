@@ -46,7 +46,10 @@ void CVLTableSet::Detach() {
 }
 
 bool CVLTableSet::CanAdd(IndexKey Key) const {
-    return Trap("CVLTableSet:CanAdd Method", [&] { return tables_->Find(Key) == nullptr; });
+    return Trap("CVLTableSet:CanAdd Method", [&] {
+        if (!Key.is_position() && Key.key().empty()) return false;
+        return tables_->Find(Key) == nullptr;
+    });
 }
 
 std::shared_ptr<CVLTable> CVLTableSet::Add(std::string_view Key, TableEnum TableType,

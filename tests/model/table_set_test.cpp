@@ -37,6 +37,7 @@ TEST_F(TableSetTest, AddsAndUpdates) {
                 "The Table That Is Being Added Already Exists In DataBase!",
                 [&] { set_->Add("t", isPrimaryTable); });
     EXPECT_EQ(ErrorNumber([&] { set_->Add("", isPrimaryTable); }), kInvalidCall);
+    EXPECT_TRUE(set_->CanAdd("") == false && set_->CanAdd("U"));
     for (const int type : {-1, 256, 257}) {
         const auto no_byte = static_cast<TableEnum>(type);
         const auto text = GetErrorMessage(kOverflow);
