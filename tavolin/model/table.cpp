@@ -182,7 +182,8 @@ std::shared_ptr<CVLTable> CVLTable::Find(std::string_view Value, bool ValueIsAKe
                                          int inFldNum0to9) const {
     static constexpr const char* kSource = "CVLTable:Find Method";
     return Trap(kSource, [&] {
-        const int field = CheckedPart(CheckedByte(inFldNum0to9), kSource);
+        const int number = CheckedByte(inFldNum0to9);
+        const int field = ValueIsAKey ? kNoField : CheckedPart(number, kSource);
         auto result = std::make_shared<CVLTable>(session_);
         result->foreign_ = foreign_;
         result->labels_ = labels_;

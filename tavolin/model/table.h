@@ -127,9 +127,9 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     // A new table of this one's shape that holds the matches: the records that contain `Value` in
     // the given field, or in all fields joined without a separator, ignoring case; or, when
-    // `ValueIsAKey`, the one with that key. The records are shared, not copied; adding to the
-    // result or removing from it changes the result only, and it can be neither linked nor unlinked
-    // (5). An empty value matches every record.
+    // `ValueIsAKey`, which leaves the field out, the one with that key. The records are shared, not
+    // copied; adding to the result or removing from it changes the result only, and it can be
+    // neither linked nor unlinked (5). An empty value matches every record.
     std::shared_ptr<CVLTable> Find(std::string_view Value, bool ValueIsAKey = false,
                                    int inFldNum0to9 = kNoField) const;
 
