@@ -67,10 +67,8 @@ std::uint8_t CVLTable::NumberOfLinkedTables() const {
 }
 
 bool CVLTable::FieldIsForeignKey(int fldNum0to9) const {
-    static constexpr const char* kSource = "CVLTable:FieldIsForeignKey Property Get";
-    return Trap(kSource, [&]() -> bool {
-        return foreign_[static_cast<std::size_t>(CheckedField(fldNum0to9, kSource))];
-    });
+    return Trap("CVLTable:FieldIsForeignKey Property Get",
+                [&]() -> bool { return foreign_[CheckedSlot(fldNum0to9)]; });
 }
 
 const std::string& CVLTable::FieldLabel(int fldNum0to9) const {

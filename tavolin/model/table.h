@@ -59,7 +59,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     // How many fields are foreign keys.
     std::uint8_t NumberOfLinkedTables() const;
-    bool FieldIsForeignKey(int fldNum0to9) const;
+    bool FieldIsForeignKey(int fldNum0to9) const;  // above 9: 9
     // isLinkedTable once another table links to it.
     TableEnum SpecificType() const { return type_; }
 

@@ -34,6 +34,7 @@ TEST_F(TableTest, ChecksFieldNumbers) {
                 "Field Is Out Of Range(0-9)", [&] { table_->FieldLabel(10, "x"); });
     EXPECT_EQ(ErrorNumber([&] { table_->LinkedTable(10); }), kSubscriptOutOfRange);
     EXPECT_EQ(ErrorNumber([&] { table_->ReferencedTable(10, "x"); }), kSubscriptOutOfRange);
+    EXPECT_EQ(ErrorNumber([&] { table_->FieldIsForeignKey(10); }), kSubscriptOutOfRange);
     for (int field : {-1, 256}) {
         EXPECT_EQ(ErrorNumber([&] { table_->FieldName(field); }), kOverflow);
         EXPECT_EQ(ErrorNumber([&] { table_->LinkedTable(field); }), kOverflow);
