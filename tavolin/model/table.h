@@ -88,13 +88,16 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     // whose value is not yet a key in the table it links to, a record there with that value in
     // field 0 and the same nKey, and so on along chains of links. All linked tables are looked up
     // in `useTableSet` first: a missing one raises GetTableNotFoundError before anything is added.
+    // Where the key that the value makes is taken although CanAdd(value) is true, as when the
+    // primary key leaves field 0 out, nothing is added there and the chain ends.
     std::shared_ptr<CVLRecord> Add(const std::shared_ptr<CVLTableSet>& useTableSet,
                                    std::int32_t nKey, const FieldTexts& props,
                                    std::shared_ptr<CVLAttachmentSet> AttachmentsTable = nullptr,
                                    const Placement& place = {});
 
     // Updates a record as CVLRecordSet::Update does, then adds missing referenced records as Add
-    // does, with this table's type as their nKey.
+    // does, with this table's type as their nKey. Linked tables are looked up before the update. A
+    // search's result, which adds none in Add, does so here.
     std::shared_ptr<CVLRecord> Update(const std::shared_ptr<CVLTableSet>& useTableSet,
                                       std::shared_ptr<CVLRecord> record, const FieldTexts& props,
                                       std::shared_ptr<CVLAttachmentSet> AttachmentsTable = nullptr);
@@ -108,6 +111,8 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     // Makes a field a foreign key into a table and returns that table, which gets a record for
     // every value of the field that is no key there yet, unless this table was linked to it before.
+    // A field that linked elsewhere takes this table out of the references of the table there,
+    // unless another field still links to that.
     // Asks for a right to write, else GetUserPermissionToRWError. A field above 9 raises
     // GetReferencedFldNotFoundError, a table of another set 5. After a failure in the middle the
     // changes made so far stay, unless a StopScope stopped it (32755).
