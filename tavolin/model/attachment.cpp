@@ -5,6 +5,10 @@
 
 namespace tavolin {
 
+void CVLAttachment::Key(std::string_view key) {
+    Trap("CVLAttachment:Key Property Let", [&] { key_ = key; });
+}
+
 void CVLAttachment::attachmentPathName(std::string_view path) {
     Trap("CVLAttachment:AttachmentPathName Property Let", [&] {
         path_ = path;

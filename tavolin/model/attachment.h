@@ -21,7 +21,7 @@ class TAVOLIN_API CVLAttachment {
 
     // The key in the attachment's set as it was given; assigning it does not file it anew.
     const std::string& Key() const { return key_; }
-    void Key(std::string_view key) { key_ = key; }
+    void Key(std::string_view key);
 
     // A number of the caller's choice.
     std::int32_t nKey() const { return n_key_; }

@@ -1,9 +1,11 @@
 // Walking a set by 1-based positions, written once for every set that offers it.
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <string>
+#include <initializer_list>
 #include <string_view>
+#include <utility>
 
 #include "tavolin/errors/trap.h"
 
@@ -43,13 +45,26 @@ class Navigation {
   private:
     auto Move(std::string_view step, std::int32_t number, std::int64_t position,
               bool available) const {
-        const std::string source =
-            std::string(texts_.set).append(":").append(step).append(" Method");
-        return Trap(source, [&] {
-            if (!available)
-                throw Error(number, source, Message(std::string_view(texts_.description)));
+        try {
+            if (!available) {
+                throw Error(number, {}, Message(std::string_view(texts_.description)));
+            }
             return set_.Item(position);
-        });
+        } catch (...) {
+            Fail(step, CurrentError());
+        }
+    }
+
+    // Puts the source together without memory, which may be what there is none of.
+    [[noreturn]] void Fail(std::string_view step, Error error) const {
+        using Parts = std::initializer_list<std::string_view>;
+        std::array<char, 64> source;
+        std::size_t size = 0;
+        for (const std::string_view part : Parts{texts_.set, ":", step, " Method"}) {
+            size += part.copy(source.data() + size, source.size() - size);
+        }
+        error.Settle();
+        RaiseError(std::move(error), {source.data(), size});
     }
 
     Set& set_;

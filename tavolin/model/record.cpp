@@ -20,7 +20,9 @@ CVLRecord::CVLRecord(std::shared_ptr<RecordArena> arena, RecordHandle record)
 CVLRecord::~CVLRecord() { arena_->Forget(record_); }
 
 EventConnection CVLRecord::PropertyChange::Connect(PropertyChangeEvent::Handler handler) {
-    return record_.arena_->ChangeEvent(record_.record_, true)->Connect(std::move(handler));
+    return Trap("CVLRecord:OnPropertyChange Method", [&] {
+        return record_.arena_->ChangeEvent(record_.record_, true)->Connect(std::move(handler));
+    });
 }
 
 void CVLRecord::PropertyChange::Disconnect(EventConnection connection) {
@@ -28,7 +30,9 @@ void CVLRecord::PropertyChange::Disconnect(EventConnection connection) {
     if (event) event->Disconnect(connection);
 }
 
-std::string CVLRecord::Key() const { return arena_->Key(record_); }
+std::string CVLRecord::Key() const {
+    return Trap("CVLRecord:Key Property Get", [&] { return arena_->Key(record_); });
+}
 
 void CVLRecord::Key(std::string_view key) {
     Trap("CVLRecord:Key Property Let", [&] { arena_->SetKey(record_, key); });

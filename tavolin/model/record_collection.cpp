@@ -53,11 +53,6 @@ std::shared_ptr<CVLRecord> RecordCollection::Add(std::int32_t n_key, const Field
     }
 }
 
-void RecordCollection::AddExisting(RecordHandle record) {
-    File(record, {});
-    arena_->AddReference(record);
-}
-
 void RecordCollection::File(RecordHandle record, const Placement& placement) {
     if (placement.before || placement.after) MakePlaces();
     records_.store().Welcome(record);
@@ -179,8 +174,8 @@ void RecordCollection::MakePlaces() {
     if (!store.guest || store.places_made) return;
     const auto all = AllRecords();
     for (const RecordHandle record : all) store.places.emplace(record, 0);
-    store.places_made = true;
     records_.Arrange(all);
+    store.places_made = true;
 }
 
 std::uint32_t RecordCollection::Store::Leaf(RecordHandle record) const {
@@ -192,8 +187,8 @@ std::uint32_t RecordCollection::Store::Leaf(RecordHandle record) const {
 void RecordCollection::Store::SetLeaf(RecordHandle record, std::uint32_t leaf) {
     if (!guest) {
         arena->SetLeaf(record, leaf);
-    } else if (places_made) {
-        places.find(record)->second = leaf;
+    } else if (const auto place = places.find(record); place != places.end()) {
+        place->second = leaf;
     }
 }
 

@@ -45,8 +45,6 @@ class RecordCollection {
                                    const PrimaryKeyType& primary_key,
                                    std::shared_ptr<CVLAttachmentSet> attachments,
                                    const Placement& placement);
-    // Files an existing record of this arena at the end, under its own key.
-    void AddExisting(RecordHandle record);
     // Appends records that the arena has adopted just now, with the reference that it has counted;
     // the keys are looked at later.
     void Adopt(std::span<const RecordHandle> records);

@@ -5,6 +5,7 @@
 #include "tavolin/errors/trap.h"
 #include "tavolin/model/attachment_set.h"
 #include "tavolin/model/field_argument.h"
+#include "tavolin/model/former_record.h"
 #include "tavolin/model/navigation.h"
 #include "tavolin/model/permission.h"
 #include "tavolin/model/record_sort.h"
@@ -26,26 +27,42 @@ void CheckParts(const PrimaryKeyType& key, const char* source) {
     }
 }
 
-// Sets the fields that differ in more than letter case, up to one that `fixed` holds; false when
-// there is such a one. All at once, unless somebody is told of each.
-bool SetProps(CVLRecord& record, const FieldTexts& props, const PrimaryKeyType& fixed) {
-    RecordArena& arena = *record.arena();
-    const auto event = arena.ChangeEvent(record.handle(), false);
-    const bool one_by_one = event && event->HasHandlers();
-    std::array<bool, kFieldCount> changed = arena.Differing(record.handle(), props);
+// Both set the fields that differ in more than letter case, up to one that `fixed` holds; false
+// when there is such a one.
+bool SetPropsAtOnce(const CVLRecord& record, const FieldTexts& props, const PrimaryKeyType& fixed) {
+    std::array<bool, kFieldCount> changed = record.arena()->Differing(record.handle(), props);
     bool allowed = true;
     for (int field = 0; field < kFieldCount; ++field) {
         bool& differs = changed[static_cast<std::size_t>(field)];
-        if (one_by_one) {  // a handler may have changed it
-            differs = !EqualFold(arena.Field(record.handle(), field), props[field]);
-        }
         if (differs && fixed.Holds(field)) allowed = false;
         differs = differs && allowed;
-        if (differs && one_by_one) record.prop(field, props[field]);
     }
     const bool any = std::find(changed.begin(), changed.end(), true) != changed.end();
-    if (any && !one_by_one) arena.SetFields(record.handle(), props, changed);
+    if (any) record.arena()->SetFields(record.handle(), props, changed);
     return allowed;
+}
+
+// Somebody is told of each, who may change the next ones.
+bool SetPropsOneByOne(CVLRecord& record, const FieldTexts& props, const PrimaryKeyType& fixed) {
+    const FormerRecord former(record);
+    bool allowed = true;
+    OrTakeBack(
+        [&] {
+            for (int field = 0; allowed && field < kFieldCount; ++field) {
+                const auto now = record.arena()->Field(record.handle(), field);
+                if (EqualFold(now, props[field])) continue;
+                allowed = !fixed.Holds(field);
+                if (allowed) record.prop(field, props[field]);
+            }
+        },
+        [&] { former.PutBack(); });
+    return allowed;
+}
+
+bool SetProps(CVLRecord& record, const FieldTexts& props, const PrimaryKeyType& fixed) {
+    const auto event = record.arena()->ChangeEvent(record.handle(), false);
+    const bool told = event && event->HasHandlers();
+    return told ? SetPropsOneByOne(record, props, fixed) : SetPropsAtOnce(record, props, fixed);
 }
 
 }  // namespace
@@ -168,10 +185,6 @@ void CVLRecordSet::AttachToRecord(const std::shared_ptr<CVLRecord>& record, std:
         if (!record) RaiseRunTime(kObjectNotSet);
         record->Attach(attachNkey, attachFilePathName, aType);
     });
-}
-
-void CVLRecordSet::AddExisting(const std::shared_ptr<CVLRecord>& record) {
-    Trap("CVLRecordSet:AddExisting Method", [&] { records_->AddExisting(record->handle()); });
 }
 
 void CVLRecordSet::ReplaceCollection(std::shared_ptr<RecordCollection> records) {

@@ -18,6 +18,7 @@
 
 #include "tavolin/base/event.h"
 #include "tavolin/base/export.h"
+#include "tavolin/errors/trap.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/index_key.h"
 #include "tavolin/model/record.h"
@@ -46,8 +47,10 @@ class RecordEnumerator {
 
     // The next record, or nothing at the end.
     std::shared_ptr<CVLRecord> Next() {
-        const RecordHandle record = cursor_.Next();
-        return record == kNoHandle ? nullptr : records_->Object(record);
+        return Trap("CVLRecordSet:NewEnum Property Get", [&] {
+            const RecordHandle record = cursor_.Next();
+            return record == kNoHandle ? nullptr : records_->Object(record);
+        });
     }
     void Reset() { cursor_.Reset(); }
 
@@ -109,7 +112,8 @@ class TAVOLIN_API CVLRecordSet {
 
     // Sets all ten fields of a record, those left out to the empty text. A field that differs in
     // letter case alone keeps its text. The fields of `Key` must be given as they are, in any case:
-    // another value raises GetRecordUpDateError, the fields before it being changed already.
+    // another value raises GetRecordUpDateError, the fields before it being changed already. When
+    // memory runs out they are put back, of which OnPropertyChange does not tell.
     std::shared_ptr<CVLRecord> Update(const PrimaryKeyType& Key, std::shared_ptr<CVLRecord> record,
                                       const FieldTexts& props = {},
                                       std::shared_ptr<CVLAttachmentSet> AttachmentSet = nullptr);
@@ -199,8 +203,6 @@ class TAVOLIN_API CVLRecordSet {
 
     // Library-internal.
 
-    // Files a record that stands in the same arena, under its own key; no right, no event.
-    void AddExisting(const std::shared_ptr<CVLRecord>& record);
     // Remove, for a record that is known to stand in the set.
     void Remove(const std::shared_ptr<CVLRecord>& record);
     void ReplaceCollection(std::shared_ptr<RecordCollection> records);
@@ -212,6 +214,10 @@ class TAVOLIN_API CVLRecordSet {
     void JoinSession(std::shared_ptr<Session> session);
     // Takes the records' rights away, unless they stand in another set as well.
     void Retire();
+    // How many tables have the set.
+    void AddHolder() { ++holders_; }
+    void DropHolder() { --holders_; }
+    int holders() const { return holders_; }
 
   private:
     RecordHandle Existing(const IndexKey& which, const char* source) const;
@@ -221,6 +227,7 @@ class TAVOLIN_API CVLRecordSet {
     const Session& session() const { return *records_->arena().session(); }
 
     std::shared_ptr<RecordCollection> records_;
+    int holders_ = 0;
 };
 
 }  // namespace tavolin

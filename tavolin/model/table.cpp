@@ -28,14 +28,18 @@ std::string TableArgument::Text() const {
 }
 
 CVLTable::CVLTable(std::shared_ptr<Session> session)
-    : session_(std::move(session)), records_(std::make_shared<tavolin::CVLRecordSet>(session_)) {}
+    : session_(std::move(session)), records_(std::make_shared<tavolin::CVLRecordSet>(session_)) {
+    records_->AddHolder();
+}
+
+CVLTable::~CVLTable() { records_->DropHolder(); }
 
 void CVLTable::Key(std::string_view name) {
     static constexpr const char* kSource = "CVLTable:Key Property Let";
     Trap(kSource, [&] {
-        const std::string kept(name);  // it may be one of the names that follow
+        std::string kept(name);  // it may be one of the names that follow
         if (set_ != nullptr) set_->Rename(*this, kept, kSource);
-        key_ = kept;
+        key_.swap(kept);
     });
 }
 
@@ -63,10 +67,8 @@ std::uint8_t CVLTable::NumberOfLinkedTables() const {
 }
 
 bool CVLTable::FieldIsForeignKey(int fldNum0to9) const {
-    static constexpr const char* kSource = "CVLTable:FieldIsForeignKey Property Get";
-    return Trap(kSource, [&]() -> bool {
-        return foreign_[static_cast<std::size_t>(CheckedField(fldNum0to9, kSource))];
-    });
+    return Trap("CVLTable:FieldIsForeignKey Property Get",
+                [&]() -> bool { return foreign_[CheckedSlot(fldNum0to9)]; });
 }
 
 const std::string& CVLTable::FieldLabel(int fldNum0to9) const {
@@ -101,9 +103,11 @@ void CVLTable::CVLRecordSet(std::shared_ptr<tavolin::CVLRecordSet> records) {
         if (records == records_) return;
         // The records of a search's result stand in another set; this one gets its own.
         if (records->Collection()->IsGuest()) records->ObjectState(records->ObjectState());
-        records_->Retire();
+        if (records_->holders() == 1) records_->Retire();
         records->JoinSession(session_);
+        records_->DropHolder();
         records_ = std::move(records);
+        records_->AddHolder();
     });
 }
 
@@ -176,7 +180,8 @@ std::shared_ptr<CVLTable> CVLTable::Find(std::string_view Value, bool ValueIsAKe
                                          int inFldNum0to9) const {
     static constexpr const char* kSource = "CVLTable:Find Method";
     return Trap(kSource, [&] {
-        const int field = CheckedPart(CheckedByte(inFldNum0to9), kSource);
+        const int number = CheckedByte(inFldNum0to9);
+        const int field = ValueIsAKey ? kNoField : CheckedPart(number, kSource);
         auto result = std::make_shared<CVLTable>(session_);
         result->foreign_ = foreign_;
         result->labels_ = labels_;
@@ -214,16 +219,6 @@ int CVLTable::FieldNumber(const FieldArgument& field) const {
     return field.is_name() ? FieldNumber(field.name()) : CheckedByte(field.number());
 }
 
-void CVLTable::FollowRename(std::string_view old_name, std::string_view new_name) {
-    for (std::size_t i = 0; i < kFieldCount; ++i) {
-        const auto follows = [&](const std::string& name) {
-            return !name.empty() && EqualFold(name, old_name);
-        };
-        if (follows(referenced_[i])) SetMention(referenced_[i], new_name);
-        if (follows(linked_[i])) SetLink(i, new_name);
-    }
-}
-
 void CVLTable::WriteProperties(PropertyBagWriter& bag) const {
     bag.Write("k", key_);
     bag.WriteByte("nk", static_cast<std::uint8_t>(type_));
@@ -244,7 +239,7 @@ void CVLTable::WriteProperties(PropertyBagWriter& bag) const {
 
 void CVLTable::ReadProperties(PropertyBagReader& bag) {
     key_ = bag.ReadText("k");
-    type_ = bag.ReadByte("nk") == isLinkedTable ? isLinkedTable : isPrimaryTable;
+    type_ = static_cast<TableEnum>(bag.ReadByte("nk", isPrimaryTable));
     const auto part = [&](const char* key) {
         const std::uint8_t field = bag.ReadByte(key, kNoField);
         if (field >= kFieldCount && field != kNoField) bag.Refuse(key, "no such field");

@@ -33,6 +33,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
   public:
     // Library-internal: tables come from CVLTableSet::Add and from Find.
     explicit CVLTable(std::shared_ptr<Session> session);
+    ~CVLTable();
     CVLTable(const CVLTable&) = delete;
     CVLTable& operator=(const CVLTable&) = delete;
 
@@ -58,7 +59,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     // How many fields are foreign keys.
     std::uint8_t NumberOfLinkedTables() const;
-    bool FieldIsForeignKey(int fldNum0to9) const;
+    bool FieldIsForeignKey(int fldNum0to9) const;  // above 9: 9
     // isLinkedTable once another table links to it.
     TableEnum SpecificType() const { return type_; }
 
@@ -67,8 +68,9 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     const std::string& FieldName(int fldNum0to9) const;
     void FieldName(int fldNum0to9, std::string_view name);
 
-    // Never nothing. Setting nothing raises 91. The set that was there loses its rights. A search's
-    // result gets records of its own when it is given to a table.
+    // Never nothing. Setting nothing raises 91. The set that was there loses its rights unless
+    // another table holds it. A search's result gets records of its own when it is given to a
+    // table.
     std::shared_ptr<tavolin::CVLRecordSet> CVLRecordSet() const { return records_; }
     void CVLRecordSet(std::shared_ptr<tavolin::CVLRecordSet> records);
 
@@ -86,13 +88,16 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     // whose value is not yet a key in the table it links to, a record there with that value in
     // field 0 and the same nKey, and so on along chains of links. All linked tables are looked up
     // in `useTableSet` first: a missing one raises GetTableNotFoundError before anything is added.
+    // Where the key that the value makes is taken although CanAdd(value) is true, as when the
+    // primary key leaves field 0 out, nothing is added there and the chain ends.
     std::shared_ptr<CVLRecord> Add(const std::shared_ptr<CVLTableSet>& useTableSet,
                                    std::int32_t nKey, const FieldTexts& props,
                                    std::shared_ptr<CVLAttachmentSet> AttachmentsTable = nullptr,
                                    const Placement& place = {});
 
     // Updates a record as CVLRecordSet::Update does, then adds missing referenced records as Add
-    // does, with this table's type as their nKey.
+    // does, with this table's type as their nKey. Linked tables are looked up before the update. A
+    // search's result, which adds none in Add, does so here.
     std::shared_ptr<CVLRecord> Update(const std::shared_ptr<CVLTableSet>& useTableSet,
                                       std::shared_ptr<CVLRecord> record, const FieldTexts& props,
                                       std::shared_ptr<CVLAttachmentSet> AttachmentsTable = nullptr);
@@ -106,6 +111,8 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     // Makes a field a foreign key into a table and returns that table, which gets a record for
     // every value of the field that is no key there yet, unless this table was linked to it before.
+    // A field that linked elsewhere takes this table out of the references of the table there,
+    // unless another field still links to that.
     // Asks for a right to write, else GetUserPermissionToRWError. A field above 9 raises
     // GetReferencedFldNotFoundError, a table of another set 5. After a failure in the middle the
     // changes made so far stay, unless a StopScope stopped it (32755).
@@ -125,9 +132,9 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     // A new table of this one's shape that holds the matches: the records that contain `Value` in
     // the given field, or in all fields joined without a separator, ignoring case; or, when
-    // `ValueIsAKey`, the one with that key. The records are shared, not copied; adding to the
-    // result or removing from it changes the result only, and it can be neither linked nor unlinked
-    // (5). An empty value matches every record.
+    // `ValueIsAKey`, which leaves the field out, the one with that key. The records are shared, not
+    // copied; adding to the result or removing from it changes the result only, and it can be
+    // neither linked nor unlinked (5). An empty value matches every record.
     std::shared_ptr<CVLTable> Find(std::string_view Value, bool ValueIsAKey = false,
                                    int inFldNum0to9 = kNoField) const;
 
@@ -140,7 +147,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     // Deletes, depth first, every table of `useTableSet` that only this one's links refer to. Asks
     // for `Ownership`. Tables that others refer to stay and lose the reference to this one. A set
-    // that this table is not in raises 5.
+    // that this table is not in raises 5; links to tables that are gone are passed over.
     void DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet);
 
     // CVLRecordSet::MakeItText, MakeItHTML and MakeItMDB for the records, with the table's labels,
@@ -167,11 +174,10 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     void JoinSession(std::shared_ptr<Session> session);
     void NameResult(std::string_view key) { key_ = key; }
     template <class Body>
-    void ForEachMention(Body&& body) const {
-        for (const std::string& name : linked_) body(name);
-        for (const std::string& name : referenced_) body(name);
+    void ForEachMention(Body&& body) {
+        for (std::string& name : linked_) body(name);
+        for (std::string& name : referenced_) body(name);
     }
-    void FollowRename(std::string_view old_name, std::string_view new_name);
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
 

@@ -1,7 +1,6 @@
 // How tables hang together: linking and unlinking, the records that a reference brings along, and
 // the tables that a deletion takes along.
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <utility>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/stop_scope.h"
 #include "tavolin/errors/trap.h"
+#include "tavolin/model/former_record.h"
 #include "tavolin/model/permission.h"
 #include "tavolin/model/session.h"
 #include "tavolin/model/table.h"
@@ -32,41 +32,6 @@ void AskToUnlink(const Session& session, const char* source) {
                   "Thus Does Not Have The Right To Unlink A Field From A Table!"));
 }
 
-// What a record holds before it is updated.
-class FormerRecord {
-  public:
-    explicit FormerRecord(const CVLRecord& record)
-        : arena_(record.arena()),
-          record_(record.handle()),
-          attachments_(arena_->Attachments(record_, false)),
-          text_(arena_->AllFields(record_)) {
-        const char* begin = text_.data();
-        for (int i = 0; i < kFieldCount; ++i) {
-            auto& field = fields_[static_cast<std::size_t>(i)];
-            field = {begin, arena_->Field(record_, i).size()};
-            begin += field.size();
-        }
-    }
-    FormerRecord(const FormerRecord&) = delete;
-    FormerRecord& operator=(const FormerRecord&) = delete;
-
-    // They fit into the block that they came from, and attachments have a place if there have been
-    // others meanwhile.
-    void PutBack() const {
-        arena_->SetFields(record_, fields_, arena_->Differing(record_, fields_));
-        if (arena_->Attachments(record_, false) != attachments_) {
-            arena_->Attachments(record_, attachments_);
-        }
-    }
-
-  private:
-    std::shared_ptr<RecordArena> arena_;
-    RecordHandle record_;
-    std::shared_ptr<CVLAttachmentSet> attachments_;
-    std::string text_;
-    std::array<std::string_view, kFieldCount> fields_;
-};
-
 // The key that a record with this value in field 0 and nothing else gets in that table.
 std::string KeyOfOneField(const CVLTable& table, std::string_view value) {
     std::string key;
@@ -84,7 +49,8 @@ class CVLTable::Additions {
   public:
     template <class Body>
     std::shared_ptr<CVLRecord> Add(std::shared_ptr<tavolin::CVLRecordSet> records, Body&& add) {
-        Addition& addition = additions_.emplace_back(Addition{std::move(records), nullptr});
+        Addition& addition =
+            additions_.emplace_back(Addition{std::move(records), nullptr, nullptr});
         const auto set = addition.records;  // a handler may add more
         const std::size_t at = additions_.size() - 1;
         auto record = add(*set);
@@ -97,6 +63,7 @@ class CVLTable::Additions {
             if (!each->record) continue;
             each->records->Collection()->Remove(each->record->handle());
             each->records->OnRecordRemove.Fire(each->record);
+            if (each->told_by) each->told_by->OnRecordRemove.Fire(each->record);
         }
     }
 
@@ -107,10 +74,18 @@ class CVLTable::Additions {
         }
     }
 
+    std::size_t size() const { return additions_.size(); }
+    // The table fires its event for the addition at `index`, from 0.
+    void Tell(std::size_t index, const std::shared_ptr<CVLTable>& table) {
+        additions_[index].told_by = table;
+        table->OnRecordAdd.Fire(additions_[index].record);
+    }
+
   private:
     struct Addition {
         std::shared_ptr<tavolin::CVLRecordSet> records;
         std::shared_ptr<CVLRecord> record;
+        std::shared_ptr<CVLTable> told_by;
     };
     std::vector<Addition> additions_;
 };
@@ -179,17 +154,17 @@ class CVLTable::Filling {
     }
 
     void Fill(std::string_view value, std::int32_t n_key, Additions& all) const {
-        std::vector<std::shared_ptr<CVLRecord>> added;
+        const std::size_t first = all.size();
         for (const auto& table : chain_) {
             if (!table->CanAdd(value)) break;
             const std::string key = KeyOfOneField(*table, value);
             if (table->records_->Collection()->Find(key) != kNoHandle) break;
-            added.push_back(all.Add(table->records_, [&](tavolin::CVLRecordSet& records) {
+            all.Add(table->records_, [&](tavolin::CVLRecordSet& records) {
                 return records.Add(table->primary_key_, n_key, {value});
-            }));
+            });
         }
         // A table tells of its record when the records that it refers to are there.
-        for (std::size_t i = added.size(); i-- > 0;) chain_[i]->OnRecordAdd.Fire(added[i]);
+        for (std::size_t i = all.size() - first; i-- > 0;) all.Tell(first + i, chain_[i]);
     }
 
   private:
@@ -240,16 +215,14 @@ std::shared_ptr<CVLRecord> CVLTable::Update(const std::shared_ptr<CVLTableSet>& 
         } else {
             const FormerRecord former(*record);
             Additions all;
-            bool updated = false;
             OrTakeBack(
                 [&] {
                     records->Update(primary_key_, record, props, std::move(AttachmentsTable));
-                    updated = true;
                     Fill(fillings, *record, type_, all);
                 },
                 [&] {
                     all.TakeBack();
-                    if (updated) former.PutBack();
+                    former.PutBack();
                 });
         }
         OnRecordUpDate.Fire(record);
@@ -332,10 +305,9 @@ bool CVLTable::NoteReferenceFrom(std::string_view table) {
 // Every change of a table's links and slots goes through here.
 void CVLTable::SetMention(std::string& mention, std::string_view name) {
     std::string copy(name);
+    if (set_ != nullptr) set_->links().Add(copy, *this);  // or it fails and nothing has changed
     if (set_ != nullptr) set_->links().Remove(mention, *this);
-    mention.clear();
-    if (set_ != nullptr) set_->links().Add(copy, *this);
-    mention = std::move(copy);
+    mention.swap(copy);
 }
 
 // A field that links to nothing needs no counts.
@@ -527,9 +499,7 @@ void CVLTable::DeleteLinks(const std::shared_ptr<CVLTableSet>& useTableSet) {
     Trap(kSource, [&] {
         AskToUnlink(*session_, kSource);
         if (!useTableSet) RaiseRunTime(kObjectNotSet);
-        if (is_result_ || (set_ != nullptr && useTableSet.get() != set_)) {
-            RaiseRunTime(kInvalidCall);
-        }
+        if (is_result_ || useTableSet.get() != set_) RaiseRunTime(kInvalidCall);
         Cascade(useTableSet).Run(shared_from_this());
     });
 }

@@ -1,5 +1,8 @@
 #include "tavolin/model/table_set.h"
 
+#include <vector>
+
+#include "tavolin/base/text.h"
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
 #include "tavolin/model/field_argument.h"
@@ -43,7 +46,10 @@ void CVLTableSet::Detach() {
 }
 
 bool CVLTableSet::CanAdd(IndexKey Key) const {
-    return Trap("CVLTableSet:CanAdd Method", [&] { return tables_->Find(Key) == nullptr; });
+    return Trap("CVLTableSet:CanAdd Method", [&] {
+        if (!Key.is_position() && Key.key().empty()) return false;
+        return tables_->Find(Key) == nullptr;
+    });
 }
 
 std::shared_ptr<CVLTable> CVLTableSet::Add(std::string_view Key, TableEnum TableType,
@@ -143,8 +149,30 @@ void CVLTableSet::Rename(const CVLTable& table, std::string_view name, const cha
     const auto other = tables_->Find(name);
     if (other && other.get() != &table) RaiseTableTaken(source);
     const std::string old_name = table.Key();
-    if (tables_->Find(old_name).get() == &table) tables_->Rename(old_name, name);
-    for (CVLTable* const each : links_.All(old_name)) each->FollowRename(old_name, name);
+    struct Mention {
+        CVLTable* by;
+        std::string* text;
+        std::string new_text;
+    };
+    std::vector<Mention> mentions;
+    for (CVLTable* const each : links_.All(old_name)) {
+        each->ForEachMention([&](std::string& text) {
+            if (EqualFold(text, old_name)) mentions.push_back({each, &text, std::string(name)});
+        });
+    }
+    std::size_t added = 0;
+    try {
+        for (; added < mentions.size(); ++added) links_.Add(name, *mentions[added].by);
+        if (tables_->Find(old_name).get() == &table) tables_->Rename(old_name, name);
+    } catch (...) {
+        while (added > 0) links_.Remove(name, *mentions[--added].by);
+        throw;
+    }
+    // Nothing fails from here on.
+    for (Mention& mention : mentions) {
+        links_.Remove(old_name, *mention.by);
+        mention.text->swap(mention.new_text);
+    }
 }
 
 void CVLTableSet::JoinSession(std::shared_ptr<Session> session) {

@@ -36,7 +36,7 @@ class TAVOLIN_API CVLTableSet {
     Event<std::shared_ptr<CVLTable>> OnTableUpDate;  // after the update
     Event<std::shared_ptr<CVLTable>> OnTableRemove;  // after the removal
 
-    // True when no table has that name or position.
+    // True when no table has that name or position; always false for an empty name.
     bool CanAdd(IndexKey Key) const;
 
     // Adds a table at the end and returns it; its labels start equal to its field names. A name

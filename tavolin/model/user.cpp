@@ -27,12 +27,18 @@ void CVLDBUser::AskOwnership(const char* source) const {
                   "Thus Does Not Have The Right To Set User State!"));
 }
 
+void CVLDBUser::Key(std::string_view key) {
+    Trap("CVLDBUser:Key Property Let", [&] { key_ = key; });
+}
+
 void CVLDBUser::UserName(std::string_view name) {
     Trap("CVLDBUser:UserName Property Let", [&] {
         AskOwnership("CVLDBUser:UserName Property let");
-        if (set_ != nullptr) set_->Rename(*this, name, "CVLDBUser:UserName Property Let");
-        if (key_ == user_name_) key_ = name;
-        user_name_ = name;
+        std::string user_name(name);
+        std::string key = key_ == user_name_ ? user_name : key_;
+        if (set_ != nullptr) set_->Rename(*this, user_name, "CVLDBUser:UserName Property Let");
+        user_name_.swap(user_name);
+        key_.swap(key);
     });
 }
 

@@ -38,7 +38,7 @@ class TAVOLIN_API CVLDBUser {
 
     // A free text beside the name; the user's name when he is added to a set.
     const std::string& Key() const { return key_; }
-    void Key(std::string_view key) { key_ = key; }
+    void Key(std::string_view key);
 
     // The log-on name. Renaming a user who stands in a set files him under the new name there, and
     // the database's owner under it as well; a name that another user of the set has, in any letter

@@ -130,8 +130,10 @@ void CVLDBUserSet::Remove(IndexKey vntIndexKey) {
 void CVLDBUserSet::Rename(const CVLDBUser& user, std::string_view name, const char* source) {
     const auto other = users_->Find(name);
     if (other && other.get() != &user) RaiseUserTaken(source);
+    const bool is_owner = EqualFold(session_->owner, user.UserName());
+    std::string owner = is_owner ? std::string(name) : session_->owner;
     if (users_->Find(user.UserName()).get() == &user) users_->Rename(user.UserName(), name);
-    if (EqualFold(session_->owner, user.UserName())) session_->owner = name;
+    session_->owner.swap(owner);
 }
 
 void CVLDBUserSet::JoinSession(std::shared_ptr<Session> session) {

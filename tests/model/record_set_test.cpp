@@ -112,6 +112,14 @@ TEST_F(RecordSetTest, UpdatesFieldByField) {
                     "Record Key Cannot Be UpDated!", [&] { set_.Update(second, record, other); });
     }
     EXPECT_EQ(record->prop(0) + record->prop(1) + record->prop(3), "32");
+    record->OnPropertyChange.Connect([](const auto&, const auto& name, const auto&) {
+        if (name == "prop3") throw Error(kOutOfMemory);
+    });
+    EXPECT_EQ(ErrorNumber([&] {
+                  set_.Update(second, record, {"5", "6", "Key", "7"});
+              }),
+              kOutOfMemory);
+    EXPECT_EQ(record->prop(0) + record->prop(1) + record->prop(3), "32");
 }
 
 TEST_F(RecordSetTest, SharesAndStoresAttachments) {

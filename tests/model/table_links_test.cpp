@@ -84,6 +84,15 @@ TEST_F(TableLinksTest, FillsAlongChains) {
     EXPECT_EQ(b_->Count(), 3);
     EXPECT_EQ(a_->Count(), 3);
 
+    b_->SetPrimaryKeyFields(0);  // who was told of a record is told when it is taken back
+    c_->OnRecordRemove.Connect([&](const auto& gone) { events += "-" + gone->prop(0); });
+    const auto refuse = b_->OnRecordAdd.Connect([](const auto&) { throw Error(kOutOfMemory); });
+    events.clear();
+    EXPECT_EQ(ErrorNumber([&] { a_->Add(tables_, 1, {"6", "short"}); }), kOutOfMemory);
+    EXPECT_EQ(events, "CB-short");
+    EXPECT_EQ(a_->Count() + b_->Count(), 6);
+    b_->OnRecordAdd.Disconnect(refuse);
+
     c_->Link(0, a_);  // in a circle
     a_->Add(tables_, 1, {"4", "deep"});
     tables_->Remove("C");
@@ -138,6 +147,14 @@ TEST_F(TableLinksTest, DeletesWhatOnlyItsLinksReferTo) {
     a_->Unlink(d);
     f->DeleteLinks(tables_);
     EXPECT_EQ(Links(), "A(|)F(|)");
+
+    const auto g = Make("G"), h = Make("H"), k = Make("K");
+    g->Link(1, h);
+    h->Link(1, k);
+    tables_->Remove("G");  // its links lead nowhere
+    EXPECT_EQ(ErrorNumber([&] { g->DeleteLinks(tables_); }), kInvalidCall);
+    EXPECT_EQ(Links(), "A(|)F(|)H(1K|G)K(|H)");
+    for (const char* name : {"H", "K"}) engine_.DeleteTable(name, false);
 
     // Far deeper than calls may nest.
     auto previous = a_;

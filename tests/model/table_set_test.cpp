@@ -37,6 +37,7 @@ TEST_F(TableSetTest, AddsAndUpdates) {
                 "The Table That Is Being Added Already Exists In DataBase!",
                 [&] { set_->Add("t", isPrimaryTable); });
     EXPECT_EQ(ErrorNumber([&] { set_->Add("", isPrimaryTable); }), kInvalidCall);
+    EXPECT_TRUE(set_->CanAdd("") == false && set_->CanAdd("U"));
     for (const int type : {-1, 256, 257}) {
         const auto no_byte = static_cast<TableEnum>(type);
         const auto text = GetErrorMessage(kOverflow);
@@ -57,6 +58,26 @@ TEST_F(TableSetTest, AddsAndUpdates) {
     set_->Remove("T");
     EXPECT_EQ(ErrorNumber([&] { set_->Item("T"); }), N::GetTableNotFoundError());
     EXPECT_EQ(events, "+T=T=T-T0");
+
+    set_->Add("Odd", static_cast<TableEnum>(255));
+    engine_.TransactionBegin();
+    engine_.TansactionAbort();
+    EXPECT_EQ(engine_.GetTable("Odd")->SpecificType(), 255);
+}
+
+TEST_F(TableSetTest, RecordsOfTwoTablesServeTheOtherWhenOneGetsItsOwn) {
+    const auto one = set_->Add("One", isPrimaryTable), two = set_->Add("Two", isPrimaryTable);
+    const auto shared = one->CVLRecordSet();
+    const auto add = [&](const char* key) {
+        return ErrorNumber([&] { shared->Add(kFirst, 1, {key}); });
+    };
+    two->CVLRecordSet(shared);
+    two->CVLRecordSet(std::make_shared<CVLRecordSet>());
+    EXPECT_EQ(add("a"), 0);
+    set_->Add("Three", isPrimaryTable, shared);
+    set_->Remove("Three");
+    one->CVLRecordSet(std::make_shared<CVLRecordSet>());
+    EXPECT_EQ(add("b"), N::GetUserPermissionToRWError());
 }
 
 }  // namespace

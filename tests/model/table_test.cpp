@@ -34,6 +34,7 @@ TEST_F(TableTest, ChecksFieldNumbers) {
                 "Field Is Out Of Range(0-9)", [&] { table_->FieldLabel(10, "x"); });
     EXPECT_EQ(ErrorNumber([&] { table_->LinkedTable(10); }), kSubscriptOutOfRange);
     EXPECT_EQ(ErrorNumber([&] { table_->ReferencedTable(10, "x"); }), kSubscriptOutOfRange);
+    EXPECT_EQ(ErrorNumber([&] { table_->FieldIsForeignKey(10); }), kSubscriptOutOfRange);
     for (int field : {-1, 256}) {
         EXPECT_EQ(ErrorNumber([&] { table_->FieldName(field); }), kOverflow);
         EXPECT_EQ(ErrorNumber([&] { table_->LinkedTable(field); }), kOverflow);
@@ -71,7 +72,7 @@ TEST_F(TableTest, Finds) {
     EXPECT_EQ(Found("", false, 7), "123");
     EXPECT_EQ(Found(""), "123");
     EXPECT_EQ(Found("none"), "");
-    EXPECT_EQ(Found("3", true), "3");
+    EXPECT_EQ(Found("3", true) + Found("3", true, 42), "33");
     EXPECT_EQ(Found("", true), "");
     table_->GetRecord("1")->Key("Own");  // a search goes by the key that a record shows
     EXPECT_EQ(Found("OWN", true), "Own");
