@@ -121,6 +121,7 @@ class SortTexts {
             if (i == field_) kept.end = kept_text_.size() - kept.at;
         }
         kept.size = kept_text_.size() - kept.at;
+        kept_text_.append(2 * kWordBytes, '\0');  // may be read like what is behind other texts
         kept_of_[record] = static_cast<std::uint32_t>(kept_.size());
         kept_.push_back(kept);
     }
