@@ -4,7 +4,10 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 
-say() { printf '\n== %s\n' "$*"; }
+say() {
+    step=$*
+    printf '\n== %s\n' "$step"
+}
 
 # Installs the Debian packages named that are not there. Says what is missing where it cannot.
 need() {
