@@ -85,7 +85,7 @@ def machine(runner):
     commit = first(["git", "rev-parse", "--short", "HEAD"])
     stores = ", ".join(first([runner.program(name), "--version"])
                        for name in ("sqlite", "lmdb", "leveldb"))
-    return [f"{model}, {cores} cores, L3 {cache}, {memory:.0f} GiB, Linux {platform.release()}.",
+    return [f"{model}, {cores} cores, L3 {cache}, {memory:.0f} GiB, Linux {platform.release().split('-')[0]}.",
             f"{compiler}, {setting['CMAKE_BUILD_TYPE']}. {stores}. Commit {commit}."]
 
 
