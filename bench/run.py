@@ -83,9 +83,10 @@ def machine(runner):
                "=" in line and not line.startswith(("#", "//"))}
     compiler = first([setting["CMAKE_CXX_COMPILER"], "--version"])
     commit = first(["git", "rev-parse", "--short", "HEAD"])
+    release = ".".join(platform.release().split(".")[:2])  # what follows is its distributor's
     stores = ", ".join(first([runner.program(name), "--version"])
                        for name in ("sqlite", "lmdb", "leveldb"))
-    return [f"{model}, {cores} cores, L3 {cache}, {memory:.0f} GiB, Linux {platform.release().split('-')[0]}.",
+    return [f"{model}, {cores} cores, L3 {cache}, {memory:.0f} GiB, Linux {release}.",
             f"{compiler}, {setting['CMAKE_BUILD_TYPE']}. {stores}. Commit {commit}."]
 
 
