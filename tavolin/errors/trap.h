@@ -40,8 +40,8 @@ decltype(auto) Trap(std::string_view context, Body&& body) {
 }
 
 // Runs body() and, when memory runs out in it or it is stopped, take_back() before that is passed
-// on. What a handler throws is another matter: it comes after the change that it was told of, which
-// stays.
+// on. Other errors of handlers are another matter: they come after the change that the handler was
+// told of, which stays. One that runs out of memory itself cannot be told from the library.
 template <class Body, class TakeBack>
 void OrTakeBack(Body&& body, TakeBack&& take_back) {
     try {
