@@ -13,16 +13,21 @@ ROWS = [
     ("bulk-add-table", "add all: `CVLTable::Add`", "the same"),
     ("get-key", "get by key, random: `CVLDBEngine::GetRecord`", "2 dependent cold lines"),
     ("get-key-table", "get by key, random: `CVLTable::GetRecord`", "the same"),
+    ("get-key-pages", "get by key, 16 at a time: `CVLTable::GetRecords`", "the same"),
     ("get-position", "get by position: `CVLDBEngine::GetRecord`", "1 cold line"),
     ("get-position-table", "get by position: `CVLTable::GetRecord`", "the same"),
+    ("get-position-pages", "get by position, 16 at a time: `CVLTable::GetRecords`", "the same"),
     ("get-position-edited", "get by position after insertions: engine", "1 cold line"),
     ("get-position-edited-table", "get by position after insertions: table", "the same"),
+    ("get-position-edited-pages", "get by position after insertions, 16 at a time", "the same"),
     ("get-position-sorted", "get by position after a sort: engine", "1 cold line"),
     ("get-position-sorted-table", "get by position after a sort: table", "the same"),
+    ("get-position-sorted-pages", "get by position after a sort, 16 at a time", "the same"),
     ("update", "update by key, random", "2 dependent cold lines"),
     ("insert-front", "insert at the front", "memmove of 1 KiB"),
     ("insert-middle", "insert in the middle", "memmove of 1 KiB"),
-    ("delete-key", "delete by key, random", "2 dependent cold lines"),
+    ("delete-key", "delete by key, random: `CVLDBEngine::DeleteRecord`", "2 dependent cold lines"),
+    ("delete-key-table", "delete by key, random: `CVLTable::Remove`", "the same"),
     ("delete-cascade-first", "the first delete with a cascade", ""),
     ("delete-cascade", "delete with a cascade over a foreign key", "4 dependent cold lines"),
     ("link", "link a field of the full table", ""),
@@ -50,11 +55,9 @@ ROWS = [
 ]
 PEERS = [("naive", "object tree"), ("sqlite", "SQLite rowid"), ("sqlite_pk", "SQLite PK"),
          ("lmdb", "LMDB"), ("leveldb", "LevelDB")]
-SAME = {
-    "bulk-add-table": "bulk-add", "get-key-table": "get-key", "memory-engine": "memory",
-    "get-position-table": "get-position", "get-position-edited-table": "get-position-edited",
-    "get-position-sorted-table": "get-position-sorted",
-}
+SAME = {"bulk-add-table": "bulk-add", "memory-engine": "memory", "delete-key-table": "delete-key"}
+for one in ("get-key", "get-position", "get-position-edited", "get-position-sorted"):
+    SAME |= {f"{one}-table": one, f"{one}-pages": one}
 
 BIG = 1000000
 SMALL = 100000
@@ -69,12 +72,16 @@ TARGETS = [
     ("get by key: within 2 × of two dependent cold lines", BIG, "get-key", ["machine"], "get-key",
      0.5),
     ("get by position: 20 × SQLite by rowid", BIG, "get-position", ["sqlite"], "get-position", 20),
+    ("get by position, 16 at a time: 20 × SQLite by rowid", BIG, "get-position-pages", ["sqlite"],
+     "get-position", 20),
     ("get by position after edits: no worse than 10 × the flat vector", BIG, "get-position-edited",
      ["naive"], "get-position-edited", 0.1),
     ("insert at the front: under 1 µs at 100k", SMALL, "insert-front", [], "", 1000),
     ("insert in the middle: under 1 µs at 100k", SMALL, "insert-middle", [], "", 1000),
     ("delete by key: 4 × SQLite's faster table", BIG, "delete-key", ["sqlite", "sqlite_pk"],
      "delete-key", 4),
+    ("delete by key through `CVLTable::Remove`: 4 × SQLite's faster table", BIG,
+     "delete-key-table", ["sqlite", "sqlite_pk"], "delete-key", 4),
     ("delete with a cascade: no more than 4 deletions by key", BIG, "delete-cascade", ["tavolin"],
      "delete-key", 0.25),
     ("find in one field: 15 × SQLite LIKE", BIG, "find-one-rare", ["sqlite"], "find-one-rare", 15),

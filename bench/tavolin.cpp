@@ -46,6 +46,19 @@ class TavolinStore {
         return Touch(table_->GetRecord(position + 1)->prop(1));
     }
 
+    // A page is got, and what it holds read one after the other.
+    template <class Which>
+    std::uint64_t InPages(const std::vector<Which>& which, std::size_t i) {
+        if (i % kPage == 0) {
+            wanted_.clear();
+            for (std::size_t at = i; at < std::min(i + kPage, which.size()); ++at) {
+                wanted_.push_back(KeyFor(which[at]));
+            }
+            page_ = table_->GetRecords(wanted_);
+        }
+        return Touch(page_[i % kPage]->prop(1));
+    }
+
     void Update(std::string_view key, const Fields& fields) {
         engine_->UpDateRecord(kTable, engine_->GetRecord(kTable, key), 1, fields);
     }
@@ -57,6 +70,7 @@ class TavolinStore {
         }
     }
     void Delete(std::string_view key) { engine_->DeleteRecord(kTable, key, false); }
+    void DeleteDirectly(std::string_view key) { table_->Remove(key); }
 
     std::uint64_t Find(int field, std::string_view needle, bool digest) {
         const auto found = engine_->Find(needle, false, table_, field < 0 ? int{kNoField} : field);
@@ -112,6 +126,10 @@ class TavolinStore {
     }
 
   private:
+    static constexpr std::size_t kPage = 16;
+    static IndexKey KeyFor(std::string_view key) { return key; }
+    static IndexKey KeyFor(std::size_t position) { return position + 1; }
+
     template <class Visit>
     static void Show(const CVLRecord& record, Visit&& visit) {
         std::array<std::string, 10> texts;
@@ -174,6 +192,8 @@ class TavolinStore {
     std::unique_ptr<CVLDBEngine> engine_;
     std::shared_ptr<CVLDBUser> user_;
     std::shared_ptr<CVLTable> table_;
+    std::vector<IndexKey> wanted_;
+    std::vector<std::shared_ptr<CVLRecord>> page_;
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 // that it can do: those it lacks are left out of its run.
 //
 //     Add, Get, Update, Delete          one record, by its key without regard to case
+//     InPages                           the same by keys or positions, some at a time
 //     At, InsertAt                      by a position from 0 on; LeaveGaps is called on an empty
 //                                       store that is going to be inserted into
 //     Find, Sort                        field -1 is all of them
@@ -96,6 +97,7 @@ class Workload {
             bench_.Each("get-key-table", keys.size(),
                         [&](std::size_t i) { return store_->GetDirectly(keys[i]); });
         }
+        LookInPages("get-key-pages", keys);
         LookByPosition("get-position");
     }
 
@@ -108,6 +110,15 @@ class Workload {
                 bench_.Each(operation + "-table", positions.size(),
                             [&](std::size_t i) { return store_->AtDirectly(positions[i]); });
             }
+            LookInPages(operation + "-pages", positions);
+        }
+    }
+
+    template <class Which>
+    void LookInPages(const std::string& operation, const std::vector<Which>& which) {
+        if constexpr (requires { store_->InPages(which, std::size_t{0}); }) {
+            bench_.Each(operation, which.size(),
+                        [&](std::size_t i) { return store_->InPages(which, i); });
         }
     }
 
@@ -224,12 +235,19 @@ class Workload {
         Insert();
         LookByPosition("get-position-edited");
         const auto victims = data_.Victims(std::max<std::size_t>(data_.size() / 4, 1));
-        bench_.Each("delete-key", victims.size(), [&](std::size_t i) {
+        const std::size_t half = victims.size() / 2;
+        bench_.Each("delete-key", half, [&](std::size_t i) {
             store_->Delete(victims[i]);
             return 0;
         });
         store_->End();
         CompareState(Store::kKeepsOrder ? "edits" : "edits-without-insertions");
+        if constexpr (requires { store_->DeleteDirectly(victims[0]); }) {
+            bench_.Each("delete-key-table", half, [&](std::size_t i) {
+                store_->DeleteDirectly(victims[half + i]);
+                return 0;
+            });
+        }
     }
 
     void Insert() {

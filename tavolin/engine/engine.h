@@ -280,6 +280,10 @@ class TAVOLIN_API CVLDBEngine {
     std::shared_ptr<CVLRecord> GetRecord(const TableArgument& fromTable,
                                          const IndexKey& RecordNumOrKey);
 
+    // CVLRecordSet::Items: many at once, sooner than one by one.
+    std::vector<std::shared_ptr<CVLRecord>> GetRecords(const TableArgument& fromTable,
+                                                       std::span<const IndexKey> which);
+
     // CVLTable::Add.
     std::shared_ptr<CVLRecord> AddRecord(
         const TableArgument& toTable, std::int32_t nKey, const FieldTexts& props,

@@ -43,6 +43,14 @@ std::shared_ptr<CVLRecord> CVLDBEngine::GetRecord(const TableArgument& fromTable
     });
 }
 
+std::vector<std::shared_ptr<CVLRecord>> CVLDBEngine::GetRecords(const TableArgument& fromTable,
+                                                                std::span<const IndexKey> which) {
+    return WithRecordsOf(fromTable, "CVLDBEngine:GetRecords Method",
+                         [&](const std::shared_ptr<CVLTable>& table) {
+                             return table->CVLRecordSet()->Items(which);
+                         });
+}
+
 std::shared_ptr<CVLRecord> CVLDBEngine::AddRecord(
     const TableArgument& toTable, std::int32_t nKey, const FieldTexts& props,
     std::shared_ptr<CVLAttachmentSet> AttachmentsTable, const Placement& place) {
@@ -111,11 +119,12 @@ class CVLDBEngine::RecordDeletion {
         table->SetCascadeGuard(false);
     }
 
-    void Leave() {
-        const Frame frame = std::move(frames_.back());
+    Frame Leave() {
+        Frame frame = std::move(frames_.back());
         frames_.pop_back();
         if (cascade_) in_deletion_.erase(frame.record.get());
         frame.table->SetCascadeGuard(true);
+        return frame;
     }
 
     // A handler may have taken the record out while what it refers to was being deleted.
@@ -138,8 +147,7 @@ class CVLDBEngine::RecordDeletion {
         }
         if (frames_.size() > 1) NoteRemoval(frame);
         frame.table->Remove(frame.record);
-        const Frame done = frame;
-        Leave();
+        const Frame done = Leave();
         engine_.OnRecordRemove.Fire(done.record);
         engine_.Log(
             [&] {

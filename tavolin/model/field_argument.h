@@ -51,10 +51,18 @@ class FieldArgument {
 };
 
 // The number itself when it is one of an unsigned 8-bit value; else raises 6.
-int CheckedByte(int number);
+inline int CheckedByte(int number) {
+    if (number < 0 || number > 255) RaiseRunTime(kOverflow);
+    return number;
+}
+
+[[noreturn]] void RefuseField(const char* source);
 
 // The number of a field; above 9 raises GetFieldOutOfRangeError under `source`, outside 0 to 255
 // raises 6.
-int CheckedField(int number, const char* source);
+inline int CheckedField(int number, const char* source) {
+    if (CheckedByte(number) >= kFieldCount) RefuseField(source);
+    return number;
+}
 
 }  // namespace tavolin

@@ -5,8 +5,8 @@
 //     objects.Find(record);     // &object
 //     objects.Erase(record);
 //
-// Every record that is handed out passes through here twice, and mostly there are few at a time: an
-// open table that is half empty at least, small enough then to stay in the nearest memory.
+// Every record that is handed out passes through here twice, and mostly it is the only one at its
+// time: that has a slot to itself. The others are in an open table that is half empty at least.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +24,7 @@ class HostedObjects {
   public:
     // The record's object, or nullptr.
     CVLRecord* Find(std::uint32_t record) const {
+        if (single_.record == record) return single_.object;
         if (size_ == 0) return nullptr;
         const Slot& slot = slots_[Place(record)];
         return slot.record == record ? slot.object : nullptr;
@@ -31,17 +32,22 @@ class HostedObjects {
 
     // After it, one Insert cannot fail. A failure to get memory changes nothing.
     void ReserveOneMore() {
-        if (2 * (size_ + 1) > slots_.size()) Grow();
+        if (single_.record != kNoHandle && 2 * (size_ + 1) > slots_.size()) Grow();
     }
 
     // Of a record that has none yet.
     void Insert(std::uint32_t record, CVLRecord* object) noexcept {
+        if (single_.record == kNoHandle) {
+            single_ = {object, record, false};
+            return;
+        }
         slots_[Place(record)] = {object, record, false};
         ++size_;
     }
 
     // Notes that perhaps nothing but the object holds the record; false when there is no object.
     bool MarkLast(std::uint32_t record) noexcept {
+        if (single_.record == record) return single_.last = true;
         if (size_ == 0) return false;
         Slot& slot = slots_[Place(record)];
         if (slot.record != record) return false;
@@ -51,6 +57,7 @@ class HostedObjects {
 
     // Whether there was an object with that mark.
     bool Erase(std::uint32_t record) noexcept {
+        if (single_.record == record) return std::exchange(single_, Slot()).last;
         if (size_ == 0) return false;
         const std::size_t at = Place(record);
         if (slots_[at].record != record) return false;
@@ -101,8 +108,9 @@ class HostedObjects {
         slots_[hole] = Slot();
     }
 
-    std::vector<Slot> slots_;  // a power of two of them
-    std::size_t size_ = 0;
+    Slot single_;
+    std::vector<Slot> slots_;  // none, or a power of two of them
+    std::size_t size_ = 0;     // of them in use
 };
 
 }  // namespace tavolin

@@ -36,6 +36,7 @@ class IndexKey {
         return key;
     }
 
+    bool usable() const { return error_ == 0; }
     bool is_position() const {
         if (error_ != 0) RaiseRunTime(static_cast<RunTimeError>(error_));
         return is_position_;

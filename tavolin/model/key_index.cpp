@@ -41,7 +41,7 @@ void KeyIndex::ReserveOneMore() {
 }
 
 void KeyIndex::Clear() {
-    std::vector<Slot>().swap(slots_);
+    decltype(slots_)().swap(slots_);
     size_ = 0;
 }
 
@@ -54,7 +54,7 @@ void KeyIndex::Put(std::uint32_t hash, std::uint32_t handle) {
 // Slot numbers rise with the spread hash, so a walk along the old slots fills the new ones nearly
 // in sequence.
 void KeyIndex::Resize(std::size_t slots) {
-    std::vector<Slot> old(slots);
+    decltype(slots_) old(slots);
     old.swap(slots_);
     for (const Slot& slot : old) {
         if (slot.handle != kNoHandle) Put(slot.hash, slot.handle);

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "tavolin/base/large_pages.h"
 #include "tavolin/base/prefetch.h"
 #include "tavolin/model/order_list.h"
 
@@ -73,7 +74,7 @@ class KeyIndex {
     void Resize(std::size_t slots);
     void Close(std::size_t hole);
 
-    std::vector<Slot> slots_;
+    std::vector<Slot, LargePages<Slot>> slots_;
     std::size_t size_ = 0;
 };
 

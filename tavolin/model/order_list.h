@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "tavolin/base/export.h"
+#include "tavolin/base/prefetch.h"
 
 namespace tavolin {
 
@@ -50,6 +51,12 @@ class OrderList {
         if (position - 1 >= size_) return kNoHandle;
         const Spot spot = Locate(position - 1);
         return chunks_[spot.chunk].handles[spot.offset];
+    }
+
+    // Has the place of the handle at a position, 1..size(), fetched from memory, for later.
+    void Prefetch(std::uint32_t position) const {
+        const Spot spot = Locate(position - 1);
+        PrefetchLine(&chunks_[spot.chunk].handles[spot.offset]);
     }
 
     // The 1-based position of an element with its leaf, or 0 when it is not in that leaf. Any

@@ -1,13 +1,23 @@
 // The refusals that the sets of a database share.
 #pragma once
 
+#include "tavolin/model/session.h"
+
 namespace tavolin {
 
-class Session;
+[[noreturn]] void RefuseRead(const Session& session, const char* source);
+[[noreturn]] void RefuseWrite(const Session& session, const char* source);
+[[noreturn]] void RefuseDelete(const Session& session, const char* source);
 
 // Raise "User <name> Does Not Have Permission To ...!" unless the session has the right.
-void AskRead(const Session& session, const char* source);
-void AskWrite(const Session& session, const char* source);
-void AskDelete(const Session& session, const char* source);
+inline void AskRead(const Session& session, const char* source) {
+    if (!session.MayRead()) RefuseRead(session, source);
+}
+inline void AskWrite(const Session& session, const char* source) {
+    if (!session.MayWrite()) RefuseWrite(session, source);
+}
+inline void AskDelete(const Session& session, const char* source) {
+    if (!session.MayDelete()) RefuseDelete(session, source);
+}
 
 }  // namespace tavolin

@@ -25,7 +25,7 @@ constexpr std::size_t kSlabUnits = std::size_t{1} << 17;
 constexpr std::size_t kFirstSlabUnits = 64;
 // A large arena's slabs fill a large page each, without which most reads of a record would have to
 // wait for the place of its page first.
-constexpr std::size_t kLargeArenaUnits = 32 * kSlabUnits;
+constexpr std::size_t kLargeArenaUnits = 8 * kSlabUnits;
 constexpr std::size_t kLargeSlabUnits =
     2 * kSlabUnits - (TextSearcher::kPadding + ByteBuffer::kPadding) / kUnit;
 constexpr std::size_t kTypicalImage = 64;  // bytes

@@ -36,6 +36,12 @@ RecordCollection::~RecordCollection() {
     ForEachRun([this](std::span<const RecordHandle> records) { arena_->Release(records); });
 }
 
+RecordHandle RecordCollection::FindKey(std::string_view key) const { return records_.FindKey(key); }
+
+void RecordCollection::FetchAhead(std::span<const IndexKey> which) const {
+    records_.FetchAhead(which, [this](RecordHandle record) { arena_->Prefetch(record); });
+}
+
 std::shared_ptr<CVLRecord> RecordCollection::Add(std::int32_t n_key, const FieldTexts& fields,
                                                  const PrimaryKeyType& primary_key,
                                                  std::shared_ptr<CVLAttachmentSet> attachments,

@@ -34,7 +34,13 @@ class RecordCollection {
     const std::shared_ptr<RecordArena>& shared_arena() const { return arena_; }
 
     std::int32_t Count() const { return static_cast<std::int32_t>(records_.size()); }
-    RecordHandle Find(const IndexKey& which) const { return records_.Find(which); }
+    RecordHandle Find(const IndexKey& which) const {
+        return which.is_position() ? records_.At(which.position()) : FindKey(which.key());
+    }
+    RecordHandle FindKey(std::string_view key) const;
+    // Before Find is asked for up to kBatch of them: they are found sooner then.
+    static constexpr std::size_t kBatch = 16;
+    void FetchAhead(std::span<const IndexKey> which) const;
     std::shared_ptr<CVLRecord> Object(RecordHandle record) const {
         return RecordArena::Object(arena_, record);
     }

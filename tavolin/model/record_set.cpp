@@ -1,5 +1,7 @@
 #include "tavolin/model/record_set.h"
 
+#include <algorithm>
+
 #include "tavolin/base/text.h"
 #include "tavolin/errors/error_num.h"
 #include "tavolin/errors/trap.h"
@@ -137,8 +139,25 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Item(IndexKey vntIndexKey) const {
         static constexpr const char* kSource = "CVLRecordSet:Item Property Get";
         AskRead(session(), kSource);
         const RecordHandle record = Existing(vntIndexKey, kSource);
-        records_->arena().Prefetch(record);  // arrives while the object is made
         return records_->Object(record);
+    });
+}
+
+std::vector<std::shared_ptr<CVLRecord>> CVLRecordSet::Items(std::span<const IndexKey> which) const {
+    static constexpr const char* kSource = "CVLRecordSet:Items Method";
+    return Trap(kSource, [&] {
+        AskRead(session(), kSource);
+        std::vector<std::shared_ptr<CVLRecord>> found;
+        found.reserve(which.size());
+        while (!which.empty()) {
+            const auto batch = which.first(std::min(which.size(), RecordCollection::kBatch));
+            records_->FetchAhead(batch);
+            for (const IndexKey& one : batch) {
+                found.push_back(records_->Object(Existing(one, kSource)));
+            }
+            which = which.subspan(batch.size());
+        }
+        return found;
     });
 }
 

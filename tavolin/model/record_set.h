@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -121,6 +122,10 @@ class TAVOLIN_API CVLRecordSet {
     // The record at a position or under a key. No such position raises GetRecordNotFoundError; no
     // such key GetDBNotSetError.
     std::shared_ptr<CVLRecord> Item(IndexKey vntIndexKey) const;
+    // The records that Item gives for each of these, in their order. Where they lie far apart they
+    // are found in a fraction of the time that it takes one by one. Raises as Item does for the
+    // first that is not there.
+    std::vector<std::shared_ptr<CVLRecord>> Items(std::span<const IndexKey> which) const;
     std::int32_t Count() const { return records_->Count(); }
 
     // Takes a record out; raises as Item does.

@@ -55,10 +55,10 @@ class Session {
         return authority().is_own_file && authority().is_own_file(path);
     }
 
-    bool IsOwner() const { return Permission() == Ownership; }
-    bool MayDelete() const { return IsOwner() || Permission() == ToDelete; }
-    bool MayWrite() const { return MayDelete() || Permission() == ToReadWrite; }
-    bool MayRead() const { return MayWrite() || Permission() == ToRead; }
+    bool IsOwner() const { return Has<Ownership>(); }
+    bool MayDelete() const { return Has<Ownership, ToDelete>(); }
+    bool MayWrite() const { return Has<Ownership, ToDelete, ToReadWrite>(); }
+    bool MayRead() const { return Has<Ownership, ToDelete, ToReadWrite, ToRead>(); }
 
     void Retire() { retired_ = true; }
     // One of the same engine for what is not in use any more.
@@ -72,6 +72,12 @@ class Session {
     std::string owner;
 
   private:
+    template <PermitStateEnum... permissions>
+    bool Has() const {
+        const PermitStateEnum permission = Permission();
+        return ((permission == permissions) || ...);
+    }
+
     const Authority& authority() const { return authority_ ? *authority_ : Newest(); }
     // That of the session that is current now; without any engine, one in which nobody is logged
     // on.

@@ -161,6 +161,11 @@ std::shared_ptr<CVLRecord> CVLTable::GetRecord(IndexKey RecordNumOrKey) const {
     return Trap("CVLTable:GetRecord Method", [&] { return records_->Item(RecordNumOrKey); });
 }
 
+std::vector<std::shared_ptr<CVLRecord>> CVLTable::GetRecords(
+    std::span<const IndexKey> which) const {
+    return Trap("CVLTable:GetRecords Method", [&] { return records_->Items(which); });
+}
+
 bool CVLTable::Sort(int ByFieldNum0to9) {
     return Trap("CVLTable:Sort Method", [&] { return records_->Sort(ByFieldNum0to9); });
 }

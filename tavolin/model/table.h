@@ -12,6 +12,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -120,6 +121,8 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
     // CVLRecordSet::Item.
     std::shared_ptr<CVLRecord> GetRecord(IndexKey RecordNumOrKey) const;
+    // CVLRecordSet::Items.
+    std::vector<std::shared_ptr<CVLRecord>> GetRecords(std::span<const IndexKey> which) const;
 
     // 99 is no field; with all four left out the key is field 0.
     PrimaryKeyType SetPrimaryKeyFields(int FieldNum = kNoField, int withFieldNum = kNoField,
