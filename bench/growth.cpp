@@ -2,6 +2,7 @@
 // the size and tells whose cost for one call, or for one element, grows with it; bench/guard keeps
 // some of the counts.
 #include <CLI/CLI.hpp>
+#include <array>
 #include <filesystem>
 #include <functional>
 
@@ -190,6 +191,14 @@ const std::vector<Case>& RecordCases() {
          [](Trial& t) {
              t.Fill();
              t.Calls([&](std::size_t i) { t.engine.GetRecord("Records", t.Scattered(i)); });
+         }},
+        {"GetRecords by key",
+         [](Trial& t) {
+             t.Fill();
+             t.Calls([&](std::size_t i) {
+                 const std::string one = t.Scattered(i), other = t.Scattered(i + 1);
+                 t.engine.GetRecords("Records", std::array<IndexKey, 2>{one, other});
+             });
          }},
         {"GetRecord by position",
          [](Trial& t) {

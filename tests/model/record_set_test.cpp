@@ -54,6 +54,39 @@ TEST_F(RecordSetTest, ComposesKeys) {
     EXPECT_EQ(set_.Count(), 4);
 }
 
+TEST_F(RecordSetTest, GivesManyRecordsAtOnce) {
+    std::vector<std::string> keys;
+    for (int i = 0; i < 1500; ++i) {
+        keys.push_back("k" + std::to_string(i));
+        set_.Add(kFirst, 1, {keys.back()}, nullptr, {.before = i % 3 == 1 ? 1 : i / 2 + 1});
+    }
+    const auto expect = [&](const CVLRecordSet& set) {
+        std::mt19937 random(5);
+        std::vector<IndexKey> which;
+        for (std::size_t i = 0; i < 40; ++i) {
+            which.emplace_back(random() % 500 + 1);
+            which.emplace_back(std::string_view(keys[random() % keys.size()]));
+            which.push_back(which[i]);
+        }
+        std::erase_if(which, [&](const IndexKey& one) { return set.CanAdd(one); });
+        const auto found = set.Items(which);
+        ASSERT_EQ(found.size(), which.size());
+        for (std::size_t i = 0; i < which.size(); ++i) EXPECT_EQ(found[i], set.Item(which[i]));
+    };
+    ASSERT_NO_FATAL_FAILURE(expect(set_));
+    // The first that is not there decides, whatever comes behind it.
+    const std::vector<IndexKey> no_place = {1, "k7", 1501, "x", IndexKey::Unusable(kTypeMismatch)};
+    ExpectError(N::GetRecordNotFoundError(), "CVLRecordSet:Items Method",
+                "No Record Is Found On This Range!", [&] { set_.Items(no_place); });
+    const std::vector<IndexKey> no_key = {1, "x", 0};
+    EXPECT_EQ(ErrorNumber([&] { set_.Items(no_key); }), N::GetDBNotSetError());
+    const std::vector<IndexKey> no_use = {IndexKey::Unusable(kTypeMismatch), 0};
+    EXPECT_EQ(ErrorNumber([&] { set_.Items(no_use); }), kTypeMismatch);
+    set_.Item("k3")->Key("another");
+    set_.Sort(0);
+    ASSERT_NO_FATAL_FAILURE(expect(set_));
+}
+
 TEST_F(RecordSetTest, HasNoEndsWhenEmptyAndKeepsItsStateWithoutRights) {
     ExpectNoEnds("CVLRecordSet", "Record Not Found Error ", N::GetFirstRecordError(),
                  {[&] { set_.FirstRecord(); }, [&] { set_.LastRecord(); },
