@@ -36,7 +36,7 @@ std::string OwnerPassword(const Host& host, const Arguments& words, const std::s
 }  // namespace
 
 void DumpCommand(Host& host, const Arguments& words) {
-    const std::string path = words.Get("OUT", "-");
+    const std::string path = OutputPath(words.Get("OUT", "-"));
     AskToWrite(host, words, path);
     const InterruptCatcher catcher;
     ForgetInterrupt();

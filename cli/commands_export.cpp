@@ -157,9 +157,7 @@ void ExportTextCommand(Host& host, const Arguments& words) {
     const auto given = words.Find("FILE.txt");
     CVLDBEngine& engine = host.engine();
     const Target target = TargetOf(given, WithoutExtension(engine.DBName()) + ".txt", kEnd);
-    if (fs::exists(PathOf(target.Path()))) {
-        host.Confirm(words, "Write over " + target.Path() + "?", false);
-    }
+    AskToWrite(host, words, target.Path());
     WritingFiles(NotComplete(target),
                  [&] { engine.MakeItText(TextOf(target.folder), NameWithDot(target, kEnd)); });
     host.Note("exported to " + target.Path());

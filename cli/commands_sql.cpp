@@ -11,8 +11,7 @@ namespace tavolin::cli {
 void ExportSqlCommand(Host& host, const Arguments& words) {
     CVLDBEngine& engine = host.engine();
     const std::string otherwise = WithoutExtension(engine.DBName()) + ".sql";
-    const std::string given = MachinePath(words.Get("OUT", otherwise));
-    const std::string path = given == "-" ? given : FolderPath(given);
+    const std::string path = OutputPath(words.Get("OUT", otherwise));
     AskToWrite(host, words, path);
     const InterruptCatcher catcher;
     ForgetInterrupt();

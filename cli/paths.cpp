@@ -46,6 +46,10 @@ std::string LibraryPath(std::string_view path) {
     return dir + name;
 }
 
+std::string OutputPath(const std::string& given) {
+    return given == "-" ? given : FolderPath(MachinePath(given));
+}
+
 std::string FirstLine(const std::string& path) {
     std::ifstream file(PathOf(path), std::ios::binary);
     std::string line;

@@ -18,7 +18,8 @@
 
 namespace tavolin::cli {
 
-// Asks before a file that is there is written over; the database's own is refused.
+// Asks before a file that is there is written over; the database's own is refused. The path is as
+// OutputPath gives it.
 void AskToWrite(Host& host, const Arguments& words, const std::string& path);
 
 class TextOutput {
