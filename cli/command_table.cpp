@@ -122,7 +122,7 @@ constexpr Command kRecords[] = {
      "update Customers 7 City=Rome 'Name=Ann Lee-Fox'", Need::kWrite, kAnywhere, UpdateCommand},
     {"delete", "TABLE KEY [--no-cascade]", "Delete a record and what only it refers to.",
      "delete Orders 1", Need::kDelete, kAnywhere, DeleteCommand,
-     "A record that others refer to is refused.\n"
+     "Records that refer to it stay, with its key in their field.\n"
      "--no-cascade: keep what it refers to"},
     {"attach", "TABLE KEY PATH [--kind picture|sound|movie|other]",
      "Attach a file to a record; its path is kept, not the file.",
