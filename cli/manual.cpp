@@ -88,13 +88,8 @@ void Tail(std::ostream& out) {
     Entry(out, "PAGER", "what shows answers that are longer than the screen");
     out << ".SH EXIT STATUS\n";
     Entry(out, "0", "success");
-    Entry(
-        out, "1",
-        "a command was refused or failed; of check, the file is damaged; of salvage, something is "
-        "lost or in doubt");
-    Entry(out, "2",
-          "the words make no sense; of check, the file could not be read; of salvage, nothing was "
-          "written");
+    Entry(out, "1", "a command was refused or failed; check and salvage tell theirs");
+    Entry(out, "2", "the words make no sense; check and salvage tell theirs");
     Entry(out, "130", "interrupted; the file is as it was");
 }
 

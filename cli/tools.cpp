@@ -26,11 +26,14 @@ constexpr Command kTools[] = {
     {"check", "FILE", "Say whether a database's file is damaged, and where.",
      "tavolin check shop.cdb", Need::kNothing, Where::kAnywhere, nullptr,
      "A registry of owners can be checked as well. Nothing in the file is believed, so it may be "
-     "one that cannot be loaded."},
+     "one that cannot be loaded.\n"
+     "The exit status is 0 for a whole file, 1 for a damaged one, 2 when it cannot be read."},
     {"salvage", "FILE NEW [--replace] [--take-ownership]",
      "Make a new database of what can still be read of a damaged one.",
      "tavolin salvage shop.cdb saved.cdb", Need::kNothing, Where::kAnywhere, nullptr,
      "What is lost is listed. FILE stays as it is.\n"
+     "The exit status is 0 when nothing is lost, 1 when something is lost or in doubt, 2 when "
+     "no new file was written.\n"
      "--replace: write over a file NEW that is there\n"
      "--take-ownership: become the owner of NEW when it is lost who owns FILE, or with which "
      "password"},
