@@ -28,13 +28,13 @@ enum class Need {
 };
 
 struct HostOptions {
-    std::string file;  // as the user wrote it; that of a tool is among the words
+    std::string file;  // as the user wrote it; empty for `help` and the tools
     std::string tool;  // "check" or "salvage", which work on a file that cannot be loaded
     std::string user;
     std::optional<std::string> password;  // nothing: ask for it on a terminal when it is needed
     Output output;
     bool keep_going = false;
-    std::vector<std::string> words;  // of the one command; none for a session
+    std::vector<std::string> words;  // of the one command or tool; none for a session
 };
 
 class Host {

@@ -84,6 +84,9 @@ std::optional<HostOptions> ParseOptions(std::vector<std::string> words) {
     if (options.file.empty())
         throw UsageError("FILE is missing; try `tavolin --help` or `tavolin help`");
     if (IsTool(options.file)) options.tool = std::exchange(options.file, {});
+    if (options.file == "help") {
+        options.words.insert(options.words.begin(), std::exchange(options.file, {}));
+    }
     options.user = UserName(options.user);
     options.password = Password(password_file);
     ChangeSetting(options.output, "format", format);
