@@ -64,10 +64,11 @@ void Head(std::ostream& out) {
            "\" \"User commands\"\n"
            ".SH NAME\ntavolin \\- work on a Tavolin database file\n"
            ".SH SYNOPSIS\n.B tavolin\n[\\fIOPTIONS\\fR] \\fIFILE\\fR [\\fICOMMAND WORDS\\fR...]\n"
-           ".br\n.B tavolin check\n\\fIFILE\\fR\n"
-           ".br\n.B tavolin salvage\n\\fIFILE NEW\\fR [\\-\\-replace] [\\-\\-take\\-ownership]\n"
-           ".br\n.B tavolin help\n[\\fICOMMAND\\fR]\n"
-           ".SH DESCRIPTION\n"
+           ".br\n.B tavolin help\n[\\fICOMMAND\\fR]\n";
+    for (const Command& tool : Tools()) {
+        out << ".br\n.B tavolin " << tool.name << '\n' << Roff(tool.pattern) << '\n';
+    }
+    out << ".SH DESCRIPTION\n"
            "Runs one command on a database file and saves what it changed.\n"
            "Without a command, commands are read from the input: on a terminal\n"
            "with a prompt, editing, history and completion, else a line after\n"
