@@ -38,8 +38,6 @@ std::string OwnerPassword(const Host& host, const Arguments& words, const std::s
 void DumpCommand(Host& host, const Arguments& words) {
     const std::string path = OutputPath(words.Get("OUT", "-"));
     AskToWrite(host, words, path);
-    const InterruptCatcher catcher;
-    ForgetInterrupt();
     TextOutput out(path);
     DumpWriter(host.engine(), out.text(), [&] { out.Flow(); }).Write();
     out.Finish();

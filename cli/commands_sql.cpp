@@ -3,7 +3,6 @@
 #include "cli/log_activities.h"
 #include "cli/paths.h"
 #include "cli/sql_writer.h"
-#include "cli/terminal.h"
 #include "cli/text_output.h"
 
 namespace tavolin::cli {
@@ -13,8 +12,6 @@ void ExportSqlCommand(Host& host, const Arguments& words) {
     const std::string otherwise = WithoutExtension(engine.DBName()) + ".sql";
     const std::string path = OutputPath(words.Get("OUT", otherwise));
     AskToWrite(host, words, path);
-    const InterruptCatcher catcher;
-    ForgetInterrupt();
     TextOutput out(path);
     SqlWriter(engine, engine.LogedOnIsOwner(engine.LogedOnUser()), LogFileOf(host.Path()),
               out.text(), [&] { out.Flow(); })
