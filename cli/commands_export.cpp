@@ -38,9 +38,7 @@ Target TargetOf(const std::optional<std::string>& given, const std::string& othe
         throw UsageError(target.Path() + " is no name for it" +
                          (end.empty() ? "" : ": it must end in " + std::string(end)));
     }
-    if (!fs::is_directory(target.folder)) {
-        throw CommandFailure("the folder " + TextOf(target.folder) + " is not there");
-    }
+    RequireFolder(target.folder);
     return target;
 }
 
