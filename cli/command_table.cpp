@@ -262,9 +262,10 @@ constexpr Command kShell[] = {
      kSessionOnly, QuitCommand,
      "Unsaved changes are asked about on a terminal, and are a failure elsewhere. `quit!` is quit "
      "--discard.\n"
-     "--discard: give unsaved changes up without a question"},
+     "--discard: give unsaved changes up without a question",
+     false},
     {"exit", "[--discard]", "The same as quit.", "exit", Need::kNothing, kSessionOnly, QuitCommand,
-     "--discard: give unsaved changes up without a question"},
+     "--discard: give unsaved changes up without a question", false},
 };
 
 constexpr Subject kSubjects[] = {

@@ -98,7 +98,7 @@ void Tail(std::ostream& out) {
 
 void PrintManual(std::ostream& out) {
     Head(out);
-    out << ".SH COMMANDS\nEach but quit and exit takes these options as well:\n";
+    out << ".SH COMMANDS\nEach but those that leave the session takes these options as well:\n";
     for (const PatternPart& part : ParsePattern(kOutputPattern)) {
         Entry(out, PartText(part), ExplanationOf({}, part.name));
     }
