@@ -1,7 +1,5 @@
 #include "cli/command.h"
 
-#include "cli/commands.h"
-
 namespace tavolin::cli {
 
 static const Command* CommandNamed(std::string_view name) {
@@ -27,7 +25,7 @@ const Command* TakeCommand(std::span<const std::string>& words) {
 
 std::vector<PatternPart> PartsOf(const Command& command) {
     std::vector<PatternPart> parts = ParsePattern(command.pattern);
-    if (command.run == QuitCommand) return parts;  // nothing is shown
+    if (!command.shows) return parts;
     const std::vector<PatternPart> common = ParsePattern(kOutputPattern);
     parts.insert(parts.end(), common.begin(), common.end());
     return parts;

@@ -24,6 +24,7 @@ struct Command {
     // More about it, a paragraph a line. A line such as "--kind: what the file is" explains an
     // option; those that mean the same everywhere are explained in one place, see ExplanationOf.
     std::string_view details = {};
+    bool shows = true;  // answers or notes, and so takes kOutputPattern as well
 };
 
 // Commands of one subject, in the order in which they are shown.

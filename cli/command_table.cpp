@@ -122,7 +122,7 @@ constexpr Command kRecords[] = {
      "update Customers 7 City=Rome 'Name=Ann Lee-Fox'", Need::kWrite, kAnywhere, UpdateCommand},
     {"delete", "TABLE KEY [--no-cascade]", "Delete a record and what only it refers to.",
      "delete Orders 1", Need::kDelete, kAnywhere, DeleteCommand,
-     "A record that others refer to is refused.\n"
+     "Records that refer to it stay, with its key in their field.\n"
      "--no-cascade: keep what it refers to"},
     {"attach", "TABLE KEY PATH [--kind picture|sound|movie|other]",
      "Attach a file to a record; its path is kept, not the file.",
@@ -262,9 +262,10 @@ constexpr Command kShell[] = {
      kSessionOnly, QuitCommand,
      "Unsaved changes are asked about on a terminal, and are a failure elsewhere. `quit!` is quit "
      "--discard.\n"
-     "--discard: give unsaved changes up without a question"},
+     "--discard: give unsaved changes up without a question",
+     false},
     {"exit", "[--discard]", "The same as quit.", "exit", Need::kNothing, kSessionOnly, QuitCommand,
-     "--discard: give unsaved changes up without a question"},
+     "--discard: give unsaved changes up without a question", false},
 };
 
 constexpr Subject kSubjects[] = {

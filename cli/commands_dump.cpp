@@ -36,10 +36,8 @@ std::string OwnerPassword(const Host& host, const Arguments& words, const std::s
 }  // namespace
 
 void DumpCommand(Host& host, const Arguments& words) {
-    const std::string path = words.Get("OUT", "-");
+    const std::string path = OutputPath(words.Get("OUT", "-"));
     AskToWrite(host, words, path);
-    const InterruptCatcher catcher;
-    ForgetInterrupt();
     TextOutput out(path);
     DumpWriter(host.engine(), out.text(), [&] { out.Flow(); }).Write();
     out.Finish();
@@ -54,10 +52,7 @@ void RestoreCommand(Host& host, const Arguments& words) {
     if (fs::exists(PathOf(host.Path()))) {
         throw CommandFailure(host.Path() + " is there already; restore makes a new database");
     }
-    const fs::path folder = PathOf(host.Path()).parent_path();
-    if (!fs::is_directory(folder)) {
-        throw CommandFailure("the folder " + TextOf(folder) + " is not there");
-    }
+    RequireFolder(PathOf(host.Path()).parent_path());
     const ByteSource source = InputSource(host, path);
     std::optional<std::string> database_password;
     if (const auto file = words.Find("--database-password-file")) {

@@ -1,7 +1,6 @@
 // The order of records, and publishing the database.
 #include <cstring>
 #include <filesystem>
-#include <iostream>
 #include <optional>
 
 #include "cli/commands.h"
@@ -10,7 +9,6 @@
 #include "cli/failure.h"
 #include "cli/fields.h"
 #include "cli/paths.h"
-#include "cli/progress.h"
 #include "cli/terminal.h"
 #include "cli/text_output.h"
 #include "cli/waiting.h"
@@ -40,9 +38,7 @@ Target TargetOf(const std::optional<std::string>& given, const std::string& othe
         throw UsageError(target.Path() + " is no name for it" +
                          (end.empty() ? "" : ": it must end in " + std::string(end)));
     }
-    if (!fs::is_directory(target.folder)) {
-        throw CommandFailure("the folder " + TextOf(target.folder) + " is not there");
-    }
+    RequireFolder(target.folder);
     return target;
 }
 
@@ -92,27 +88,6 @@ std::string FileNameOf(std::string name) {
     return name;
 }
 
-// Everything of the file is there before any of an old one is gone.
-void WriteWhole(const Target& target, const CVLTable& table) {
-    const auto rows = static_cast<std::uint64_t>(table.Count());
-    Progress progress(rows, "records");
-    std::string text = CsvLine(FieldTitles(table));
-    const std::vector<int> fields = FieldsOf(table);
-    std::uint64_t done = 0;
-    for (const auto& record : table.CVLRecordSet()->NewEnum()) {
-        if (Interrupted()) throw Cancelled("nothing was written");
-        text += CsvLine(Values(*record, fields));
-        ++done;
-        progress.Show(done, done);
-    }
-    if (target.name.empty()) {
-        std::cout << text;
-    } else {
-        const ByteView bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
-        FileSystem::Current().Replace(LibraryPath(target.Path()), std::span(&bytes, 1));
-    }
-}
-
 // A session goes on after Ctrl-C with the order that the records had; one command on its own is
 // ended by it.
 void SortOrNot(Host& host, CVLTable& table, int field) {
@@ -129,17 +104,18 @@ void SortOrNot(Host& host, CVLTable& table, int field) {
 
 void ExportCsvCommand(Host& host, const Arguments& words) {
     const auto table = host.Table(words["TABLE"]);
-    const auto given = words.Find("FILE.csv");
-    const InterruptCatcher catcher;
-    if (given == "-") {
-        host.BeginAnswers();
-        return WriteWhole({}, *table);
+    const std::string path = OutputPath(words.Get("FILE.csv", FileNameOf(table->Key()) + ".csv"));
+    AskToWrite(host, words, path);
+    TextOutput out(path);
+    out.text() = CsvLine(FieldTitles(*table));
+    const std::vector<int> fields = FieldsOf(*table);
+    for (const auto& record : table->CVLRecordSet()->NewEnum()) {
+        out.text() += CsvLine(Values(*record, fields));
+        out.Flow();
     }
-    const Target target = TargetOf(given, FileNameOf(table->Key()) + ".csv");
-    AskToWrite(host, words, target.Path());
-    WriteWhole(target, *table);
-    host.Note(Counted(static_cast<std::size_t>(table->Count()), "record") + " exported to " +
-              target.Path());
+    out.Finish();
+    if (path == "-") return;
+    host.Note(Counted(static_cast<std::size_t>(table->Count()), "record") + " exported to " + path);
 }
 
 void SortCommand(Host& host, const Arguments& words) {
@@ -157,9 +133,7 @@ void ExportTextCommand(Host& host, const Arguments& words) {
     const auto given = words.Find("FILE.txt");
     CVLDBEngine& engine = host.engine();
     const Target target = TargetOf(given, WithoutExtension(engine.DBName()) + ".txt", kEnd);
-    if (fs::exists(PathOf(target.Path()))) {
-        host.Confirm(words, "Write over " + target.Path() + "?", false);
-    }
+    AskToWrite(host, words, target.Path());
     WritingFiles(NotComplete(target),
                  [&] { engine.MakeItText(TextOf(target.folder), NameWithDot(target, kEnd)); });
     host.Note("exported to " + target.Path());

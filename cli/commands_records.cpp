@@ -78,13 +78,6 @@ std::vector<std::string> Merged(const CVLTable& table, const CVLRecord& record,
     return values;
 }
 
-attachmentEnum KindNamed(std::string_view name) {
-    for (const attachmentEnum kind : {aPicture, aSound, aMovie}) {
-        if (name == AttachmentKindText(kind)) return kind;
-    }
-    return Miscellenius;
-}
-
 void PrintMatches(Host& host, const CVLTable& table, const CVLTable& matches, bool with_name) {
     const std::vector<int> fields = FieldsOf(table);
     std::vector<std::string> titles = FieldTitles(table);
@@ -209,8 +202,8 @@ void CountCommand(Host& host, const Arguments& words) {
 
 void AttachCommand(Host& host, const Arguments& words) {
     const auto record = FindRecord(host, words);
-    host.Table(words["TABLE"])
-        ->AttachToRecord(record, words["PATH"], KindNamed(words.Get("--kind")));
+    const attachmentEnum kind = AttachmentKindNamed(words.Get("--kind")).value_or(Miscellenius);
+    host.Table(words["TABLE"])->AttachToRecord(record, words["PATH"], kind);
     host.Changed();
     host.Note("attached to record " + record->Key());
 }

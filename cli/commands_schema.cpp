@@ -116,7 +116,7 @@ void DropTableCommand(Host& host, const Arguments& words) {
     host.Confirm(words, "Delete the table " + name + " with " + records + "?");
     host.Changed();
     {
-        const Waiting waiting("deleting");
+        const Waiting waiting("deleting", "and cannot be stopped");
         host.engine().DeleteTable(name, !words.Has("--no-cascade"));
     }
     const auto gone = before - host.engine().CVLTableSet()->Count();

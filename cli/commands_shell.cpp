@@ -31,17 +31,16 @@ void HelpCommand(Host& host, const Arguments& arguments) {
     if (names.empty()) return PrintOverview(std::cout);
     std::span<const std::string> words = names;
     const Command* const command = TakeCommand(words);
-    if (command != nullptr && words.empty()) {
-        PrintCommand(std::cout, *command);
-        if (command->need != Need::kNewDatabase) return;
-        std::cout << "\nThe registry of owners is RDX.dat in the folder TAVOLIN_FOLDER, else "
-                     "beside the\nprogram, or in "
-                  << kUsersFolder << "\nwhen you may not write there.\n";
-    } else if (const Command* const tool = ToolNamed(names[0]); tool && names.size() == 1) {
-        PrintCommand(std::cout, *tool);
-    } else if (names.size() > 1 || !ExplainSubject(names[0])) {
-        RaiseNoCommand(names[0]);
-    }
+    const Command* const tool = names.size() == 1 ? ToolNamed(names[0]) : nullptr;
+    const bool known = command != nullptr && words.empty();
+    if (known) PrintCommand(std::cout, *command);
+    if (known && tool != nullptr) std::cout << "\nAnd without loading a database:\n\n";
+    if (tool != nullptr) return PrintCommand(std::cout, *tool);
+    if (!known && (names.size() > 1 || !ExplainSubject(names[0]))) RaiseNoCommand(names[0]);
+    if (!known || command->need != Need::kNewDatabase) return;
+    std::cout << "\nThe registry of owners is RDX.dat in the folder TAVOLIN_FOLDER, else "
+                 "beside the\nprogram, or in "
+              << kUsersFolder << "\nwhen you may not write there.\n";
 }
 
 void SetCommand(Host& host, const Arguments& words) {

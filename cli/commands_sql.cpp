@@ -3,7 +3,6 @@
 #include "cli/log_activities.h"
 #include "cli/paths.h"
 #include "cli/sql_writer.h"
-#include "cli/terminal.h"
 #include "cli/text_output.h"
 
 namespace tavolin::cli {
@@ -11,11 +10,8 @@ namespace tavolin::cli {
 void ExportSqlCommand(Host& host, const Arguments& words) {
     CVLDBEngine& engine = host.engine();
     const std::string otherwise = WithoutExtension(engine.DBName()) + ".sql";
-    const std::string given = MachinePath(words.Get("OUT", otherwise));
-    const std::string path = given == "-" ? given : FolderPath(given);
+    const std::string path = OutputPath(words.Get("OUT", otherwise));
     AskToWrite(host, words, path);
-    const InterruptCatcher catcher;
-    ForgetInterrupt();
     TextOutput out(path);
     SqlWriter(engine, engine.LogedOnIsOwner(engine.LogedOnUser()), LogFileOf(host.Path()),
               out.text(), [&] { out.Flow(); })

@@ -40,10 +40,11 @@ Date DateOf(DumpLine& line) {
 }
 
 attachmentEnum AttachmentKind(DumpLine& line) {
-    for (const attachmentEnum kind : {aPicture, aSound, aMovie, Miscellenius}) {
-        if (line.TakeWord(AttachmentKindText(kind))) return kind;
-    }
-    return static_cast<attachmentEnum>(line.Number());
+    DumpLine behind = line;
+    const auto kind = AttachmentKindNamed(behind.Word());
+    if (!kind) return static_cast<attachmentEnum>(line.Number());
+    line = behind;
+    return *kind;
 }
 
 [[noreturn]] void FailMeaning(const DumpLine& line, std::string_view word) {

@@ -110,12 +110,10 @@ void Host::ActAs(const std::string& user, const std::string& password) {
 
 void Host::Create(const std::string& database_password, const std::string& full_name) {
     if (loaded_) throw CommandFailure("a database is open: `tavolin NEW create` makes a new one");
-    const auto [dir, name] = SplitPath(LibraryPath(DatabasePath(options_.file)));
-    const std::filesystem::path folder = PathOf(DatabasePath(options_.file)).parent_path();
-    if (!std::filesystem::is_directory(folder)) {
-        throw CommandFailure("the folder " + TextOf(folder) + " is not there");
-    }
-    if (std::filesystem::exists(PathOf(Path()))) {
+    const std::string path = Path();
+    const auto [dir, name] = SplitPath(LibraryPath(path));
+    RequireFolder(PathOf(path).parent_path());
+    if (std::filesystem::exists(PathOf(path))) {
         engine_.CreateNewDB(name, dir);  // refuses, before anybody has typed a password
     }
     if (!options_.password && InputIsTerminal()) {

@@ -28,13 +28,13 @@ enum class Need {
 };
 
 struct HostOptions {
-    std::string file;  // as the user wrote it; that of a tool is among the words
+    std::string file;  // as the user wrote it; empty for `help` and the tools
     std::string tool;  // "check" or "salvage", which work on a file that cannot be loaded
     std::string user;
     std::optional<std::string> password;  // nothing: ask for it on a terminal when it is needed
     Output output;
     bool keep_going = false;
-    std::vector<std::string> words;  // of the one command; none for a session
+    std::vector<std::string> words;  // of the one command or tool; none for a session
 };
 
 class Host {
@@ -63,7 +63,8 @@ class Host {
     const std::string& user() const { return options_.user; }
     std::string password() const { return options_.password.value_or(""); }
 
-    // Makes and saves the database. Without a password it is the user's own.
+    // Makes and saves the database. Without a password it is the user's own. CommandFailure when a
+    // database is open, and when the folder is not there.
     void Create(const std::string& database_password, const std::string& full_name);
 
     // Where the open database is written to, or the path that the user's FILE means.
@@ -100,11 +101,14 @@ class Host {
     void Note(std::string_view text);
 
     // Asks before what cannot be taken back. Goes on with --yes, with a yes on a terminal, and in a
-    // transaction when that can take it back; else raises CommandFailure.
+    // transaction when that can take it back; else raises CommandFailure, or Cancelled after
+    // Ctrl-C.
     void Confirm(const Arguments& arguments, const std::string& question, bool abortable = true);
 
     // A password to be set: "" with --no-password, the first line of --password-file, the
-    // environment's TAVOLIN_NEW_PASSWORD, or typed twice. None of them raises UsageError.
+    // environment's TAVOLIN_NEW_PASSWORD, or typed twice on a terminal, where what ReadSecret
+    // raises comes through. UsageError when there is none of them; CommandFailure for a file that
+    // cannot be read.
     std::string NewPassword(const Arguments& arguments, const std::string& whose) const;
 
   private:

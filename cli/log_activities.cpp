@@ -1,6 +1,6 @@
 #include "cli/log_activities.h"
 
-#include "tavolin/base/text.h"
+#include "tavolin/persist/paths.h"
 
 namespace tavolin::cli {
 namespace {
@@ -35,10 +35,8 @@ void SetLog(CVLDBEngine& engine, const LogType& log) {
 }
 
 std::string LogFileOf(const std::string& database_path) {
-    const std::size_t name = database_path.find_last_of("/\\") + 1;
-    std::string log = ReplaceFold(database_path.substr(name), "cdb", "log");
-    if (EqualFold(log, database_path.substr(name))) log += ".log";
-    return database_path.substr(0, name) + log;
+    const auto [dir, name] = SplitPath(database_path);
+    return dir + LogFileName(name);
 }
 
 }  // namespace tavolin::cli

@@ -28,12 +28,11 @@ int main(int argc, char** argv) {
         if (words == std::vector<std::string>{"help", "--man"}) return PrintManual(std::cout);
         std::optional<HostOptions> options = ParseOptions(words);
         if (!options) return;
-        if (options->file == "help") options->words.insert(options->words.begin(), "help");
-        ChooseDataFolder();
         if (!options->tool.empty()) {
             status = RunTool(*options);
             return;
         }
+        if (!options->file.empty()) ChooseDataFolder();
         Host host(*options);
         status = host.in_session() ? RunSession(host) : RunOneCommand(host);
         if (!std::cout.flush()) throw CommandFailure("the output cannot be written");

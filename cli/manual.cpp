@@ -64,10 +64,11 @@ void Head(std::ostream& out) {
            "\" \"User commands\"\n"
            ".SH NAME\ntavolin \\- work on a Tavolin database file\n"
            ".SH SYNOPSIS\n.B tavolin\n[\\fIOPTIONS\\fR] \\fIFILE\\fR [\\fICOMMAND WORDS\\fR...]\n"
-           ".br\n.B tavolin check\n\\fIFILE\\fR\n"
-           ".br\n.B tavolin salvage\n\\fIFILE NEW\\fR [\\-\\-replace] [\\-\\-take\\-ownership]\n"
-           ".br\n.B tavolin help\n[\\fICOMMAND\\fR]\n"
-           ".SH DESCRIPTION\n"
+           ".br\n.B tavolin help\n[\\fICOMMAND\\fR]\n";
+    for (const Command& tool : Tools()) {
+        out << ".br\n.B tavolin " << tool.name << '\n' << Roff(tool.pattern) << '\n';
+    }
+    out << ".SH DESCRIPTION\n"
            "Runs one command on a database file and saves what it changed.\n"
            "Without a command, commands are read from the input: on a terminal\n"
            "with a prompt, editing, history and completion, else a line after\n"
@@ -88,13 +89,8 @@ void Tail(std::ostream& out) {
     Entry(out, "PAGER", "what shows answers that are longer than the screen");
     out << ".SH EXIT STATUS\n";
     Entry(out, "0", "success");
-    Entry(
-        out, "1",
-        "a command was refused or failed; of check, the file is damaged; of salvage, something is "
-        "lost or in doubt");
-    Entry(out, "2",
-          "the words make no sense; of check, the file could not be read; of salvage, nothing was "
-          "written");
+    Entry(out, "1", "a command was refused or failed; check and salvage tell theirs");
+    Entry(out, "2", "the words make no sense; check and salvage tell theirs");
     Entry(out, "130", "interrupted; the file is as it was");
 }
 
@@ -102,7 +98,7 @@ void Tail(std::ostream& out) {
 
 void PrintManual(std::ostream& out) {
     Head(out);
-    out << ".SH COMMANDS\nEach but quit and exit takes these options as well:\n";
+    out << ".SH COMMANDS\nEach but those that leave the session takes these options as well:\n";
     for (const PatternPart& part : ParsePattern(kOutputPattern)) {
         Entry(out, PartText(part), ExplanationOf({}, part.name));
     }

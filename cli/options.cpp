@@ -17,9 +17,8 @@ namespace {
 
 const std::string kFooter =
     "`tavolin check FILE` says whether a database file is damaged, and where; `tavolin salvage\n"
-    "FILE NEW` makes a new database of what can still be read of one; with --replace also over\n"
-    "a file that is there, with --take-ownership as yours when it is lost who the owner is.\n"
-    "For a database that is named so itself write ./check.\n"
+    "FILE NEW` makes a new database of what can still be read of one. For a database that is\n"
+    "named so itself write ./check.\n"
     "Without COMMAND, commands are read from the input. `tavolin help` lists the commands,\n"
     "`tavolin help COMMAND` explains one; for a database of that name write ./help.\n"
     "The password is that of --password-file or TAVOLIN_PASSWORD; on a terminal it is asked\n"
@@ -28,7 +27,7 @@ const std::string kFooter =
     std::string(kUsersFolder) +
     " when you may not write there.\n"
     "Exit status: 0, 1 for a refused or failed command, 2 for words that make no sense,\n"
-    "130 after Ctrl-C; `tavolin help salvage` and the manual tell those of check and salvage.";
+    "130 after Ctrl-C; `tavolin help check` and `tavolin help salvage` tell theirs.";
 
 std::string UserName(const std::string& given) {
     if (!given.empty()) return given;
@@ -85,6 +84,9 @@ std::optional<HostOptions> ParseOptions(std::vector<std::string> words) {
     if (options.file.empty())
         throw UsageError("FILE is missing; try `tavolin --help` or `tavolin help`");
     if (IsTool(options.file)) options.tool = std::exchange(options.file, {});
+    if (options.file == "help") {
+        options.words.insert(options.words.begin(), std::exchange(options.file, {}));
+    }
     options.user = UserName(options.user);
     options.password = Password(password_file);
     ChangeSetting(options.output, "format", format);

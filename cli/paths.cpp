@@ -46,6 +46,15 @@ std::string LibraryPath(std::string_view path) {
     return dir + name;
 }
 
+void RequireFolder(const std::filesystem::path& folder) {
+    if (std::filesystem::is_directory(folder)) return;
+    throw CommandFailure("the folder " + TextOf(folder) + " is not there");
+}
+
+std::string OutputPath(const std::string& given) {
+    return given == "-" ? given : FolderPath(MachinePath(given));
+}
+
 std::string FirstLine(const std::string& path) {
     std::ifstream file(PathOf(path), std::ios::binary);
     std::string line;

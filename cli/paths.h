@@ -27,6 +27,12 @@ std::string LibraryPath(std::string_view path);
 // The absolute path of a folder, without a separator at its end unless it is the root.
 std::string FolderPath(std::string_view folder);
 
+// CommandFailure unless the folder is there.
+void RequireFolder(const std::filesystem::path& folder);
+
+// The file that a user names to be written, absolute; "-", the standard output, stays as it is.
+std::string OutputPath(const std::string& given);
+
 // The first line of a file, without its line break; raises CommandFailure if it cannot be read.
 std::string FirstLine(const std::string& path);
 

@@ -1,10 +1,8 @@
 #include "cli/run_command.h"
 
-#include <chrono>
 #include <cstdio>
 #include <iostream>
 
-#include "cli/command.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
 #include "cli/help.h"
@@ -23,6 +21,25 @@ const Command& CommandOf(Host& host, std::span<const std::string>& words) {
     return *command;
 }
 
+// While one lives, answers are shown as the command's own options say.
+class AnswerScope {
+  public:
+    AnswerScope(Host& host, const Arguments& words) : host_(host) {
+        host_.output() = OutputOf(host_.settings(), words);
+    }
+    ~AnswerScope() {
+        host_.EndAnswers();
+        host_.output() = host_.settings();
+    }
+    AnswerScope(const AnswerScope&) = delete;
+    AnswerScope& operator=(const AnswerScope&) = delete;
+
+  private:
+    Host& host_;
+};
+
+}  // namespace
+
 Arguments ArgumentsOf(const Command& command, std::span<const std::string> words) {
     try {
         return Arguments(PartsOf(command), words);
@@ -31,35 +48,14 @@ Arguments ArgumentsOf(const Command& command, std::span<const std::string> words
     }
 }
 
-// While one lives, answers are shown as the command's own options say, and it takes the time.
-class AnswerScope {
-  public:
-    AnswerScope(Host& host, const Arguments& words) : host_(host) {
-        host_.output() = OutputOf(host_.settings(), words);
-        timing_ = host_.output().timing;
-    }
-    ~AnswerScope() {
-        host_.EndAnswers();
-        host_.output() = host_.settings();
-        if (!timing_) return;
-        const std::chrono::duration<double> time = Clock::now() - start_;
-        char text[32];
-        std::snprintf(text, sizeof text, "%.3f s\n", time.count());
-        std::cout.flush();
-        std::cerr << text;
-    }
-    AnswerScope(const AnswerScope&) = delete;
-    AnswerScope& operator=(const AnswerScope&) = delete;
-
-  private:
-    using Clock = std::chrono::steady_clock;
-
-    Host& host_;
-    bool timing_;
-    Clock::time_point start_ = Clock::now();
-};
-
-}  // namespace
+Stopwatch::~Stopwatch() {
+    if (!wanted_) return;
+    const std::chrono::duration<double> time = Clock::now() - start_;
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3f s\n", time.count());
+    std::cout.flush();
+    std::cerr << text;
+}
 
 // With the commands of two words that begin with the first, if there are any.
 void RaiseNoCommand(const std::string& name) {
@@ -79,6 +75,7 @@ void RunWords(Host& host, std::span<const std::string> words) {
     const Command& command = CommandOf(host, words);
     const Arguments arguments = ArgumentsOf(command, words);
     const BusyScope busy;
+    const Stopwatch stopwatch(OutputOf(host.settings(), arguments).timing);
     const AnswerScope answers(host, arguments);
     host.Prepare(command.need);
     command.run(host, arguments);

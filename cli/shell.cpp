@@ -4,7 +4,6 @@
 #include <iostream>
 #include <optional>
 
-#include "cli/arguments.h"
 #include "cli/completion.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
@@ -114,8 +113,9 @@ class ShellSession {
     bool MayLeave(std::vector<std::string> words) {
         if (words[0] == "quit!") words = {"quit", "--discard"};
         return Try([&] {
-            const Arguments arguments("[--discard]", std::span(words).subspan(1));
-            if (arguments.Has("--discard")) discard_ = true;
+            std::span<const std::string> rest = words;
+            const Command& quit = *TakeCommand(rest);
+            if (ArgumentsOf(quit, rest).Has("--discard")) discard_ = true;
         });
     }
 

@@ -83,7 +83,8 @@ Words ProgramCompletions(const Words& before, const std::string& word) {
         return candidates;
     }
     candidates = FileNames(word, FilesOf::kAnyKind, ".cdb");
-    for (const char* tool : {"check", "help", "salvage"}) candidates.emplace_back(tool);
+    candidates.emplace_back("help");
+    for (const Command& tool : Tools()) candidates.emplace_back(tool.name);
     return candidates;
 }
 

@@ -16,7 +16,7 @@ void OrFail(const std::string& path, Body&& body) {
     try {
         body();
     } catch (const std::filesystem::filesystem_error& error) {
-        throw CommandFailure(MachinePath(path) + " cannot be written: " + error.code().message());
+        throw CommandFailure(path + " cannot be written: " + error.code().message());
     }
 }
 
@@ -42,29 +42,16 @@ TextOutput::TextOutput(const std::string& path) : path_(path) {
         if (kind == PathKind::kFolder) throw CommandFailure(path_ + " is a folder");
         // A device or a pipe has no place to be taken.
         if (kind == PathKind::kOther) {
-            file_ = files.Open(target, FileMode::kWrite);
-            return;
+            device_ = files.Open(target, FileMode::kWrite);
+            file_ = device_.get();
+        } else {
+            file_ = &replacement_.emplace(files, target).Begin();
         }
-        path_ = files.FollowLink(target);
-        for (int i = 1; beside_.empty() || files.Exists(beside_); ++i) {
-            beside_ = path_ + ".tavolin-new" + std::to_string(i);
-        }
-        file_ = files.Create(beside_, kind == PathKind::kFile ? path_ : "");
     });
 }
 
-TextOutput::~TextOutput() {
-    if (!file_) return;
-    file_.reset();
-    try {
-        if (!beside_.empty()) FileSystem::Current().Delete(beside_);
-    } catch (const std::filesystem::filesystem_error&) {
-        // It is in nobody's way.
-    }
-}
-
 void TextOutput::Write() {
-    if (Interrupted()) throw Cancelled(MachinePath(path_) + " is not made");
+    if (Interrupted()) throw Cancelled(path_ + " is not made");
     if (!file_) {
         if (!std::cout.write(text_.data(), static_cast<std::streamsize>(text_.size()))) {
             throw CommandFailure("the output cannot be written");
@@ -82,18 +69,7 @@ void TextOutput::Write() {
 void TextOutput::Finish() {
     Write();
     progress_.Clear();
-    if (!file_ || beside_.empty()) {
-        file_.reset();
-        return;
-    }
-    OrFail(path_, [&] {
-        FileSystem& files = FileSystem::Current();
-        file_->Flush();
-        file_->Close();
-        files.Rename(beside_, path_);
-        file_.reset();
-        files.FlushFolder(SplitPath(path_).dir);
-    });
+    if (replacement_) OrFail(path_, [&] { replacement_->Commit(); });
 }
 
 }  // namespace tavolin::cli

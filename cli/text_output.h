@@ -9,30 +9,31 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "cli/host.h"
 #include "cli/progress.h"
 #include "cli/terminal.h"
+#include "tavolin/persist/file_replacement.h"
 #include "tavolin/persist/file_system.h"
 
 namespace tavolin::cli {
 
-// Asks before a file that is there is written over; the database's own is refused.
+// Asks before a file that is there is written over; the database's own is refused. The path is as
+// OutputPath gives it.
 void AskToWrite(Host& host, const Arguments& words, const std::string& path);
 
 class TextOutput {
   public:
+    // Without Finish nothing is left of a file, and an older one is as it was, also after Ctrl-C,
+    // which is caught meanwhile. CommandFailure for a path that cannot be written.
     explicit TextOutput(const std::string& path);
-    // Without Finish nothing is left of a file, and an older one is as it was.
-    ~TextOutput();
-    TextOutput(const TextOutput&) = delete;
-    TextOutput& operator=(const TextOutput&) = delete;
 
     // What is still to be written; whoever makes text appends it here.
     std::string& text() { return text_; }
-    // Writes it when there is enough of it. Raises CommandFailure after Ctrl-C and when the output
-    // cannot be written.
+    // Writes it when there is enough of it. Raises Cancelled after Ctrl-C, and CommandFailure when
+    // the output cannot be written; so does Finish.
     void Flow() {
         if (text_.size() >= kEnough || Interrupted()) Write();
     }
@@ -43,9 +44,11 @@ class TextOutput {
 
     void Write();
 
+    const InterruptCatcher catcher_;
     std::string path_;
-    std::string beside_;
-    std::unique_ptr<File> file_;
+    std::optional<FileReplacement> replacement_;
+    std::unique_ptr<File> device_;
+    File* file_ = nullptr;  // one of these; neither for the standard output
     std::string text_;
     Progress progress_{0, "MB"};
     std::uint64_t written_ = 0;

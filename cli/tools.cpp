@@ -1,6 +1,7 @@
 #include "cli/tools.h"
 
 #include <iostream>
+#include <optional>
 #include <string>
 
 #include "cli/arguments.h"
@@ -8,9 +9,10 @@
 #include "cli/counted_files.h"
 #include "cli/display_text.h"
 #include "cli/failure.h"
-#include "cli/help.h"
+#include "cli/pager.h"
 #include "cli/paths.h"
 #include "cli/results.h"
+#include "cli/run_command.h"
 #include "cli/terminal.h"
 #include "cli/waiting.h"
 #include "tavolin/persist/database_file.h"
@@ -26,11 +28,14 @@ constexpr Command kTools[] = {
     {"check", "FILE", "Say whether a database's file is damaged, and where.",
      "tavolin check shop.cdb", Need::kNothing, Where::kAnywhere, nullptr,
      "A registry of owners can be checked as well. Nothing in the file is believed, so it may be "
-     "one that cannot be loaded."},
+     "one that cannot be loaded.\n"
+     "The exit status is 0 for a whole file, 1 for a damaged one, 2 when it cannot be read."},
     {"salvage", "FILE NEW [--replace] [--take-ownership]",
      "Make a new database of what can still be read of a damaged one.",
      "tavolin salvage shop.cdb saved.cdb", Need::kNothing, Where::kAnywhere, nullptr,
      "What is lost is listed. FILE stays as it is.\n"
+     "The exit status is 0 when nothing is lost, 1 when something is lost or in doubt, 2 when "
+     "no new file was written.\n"
      "--replace: write over a file NEW that is there\n"
      "--take-ownership: become the owner of NEW when it is lost who owns FILE, or with which "
      "password"},
@@ -50,6 +55,8 @@ const char* Word(Finding::Kind kind) {
 
 void Show(const HostOptions& options, const Findings& findings) {
     if (findings.empty()) return;
+    std::optional<PagedOutput> pager;
+    if (options.output.pager) pager.emplace();
     Results results(std::cout, {options.output.format, options.output.header, false, 0},
                     {"", "Byte", "Where", "What"});
     for (const Finding& finding : findings) {
@@ -88,17 +95,6 @@ void AskReadable(const SalvagedFile& file, const std::string& path) {
     }
 }
 
-Arguments ToolWords(HostOptions& options) {
-    const Command& tool = *ToolNamed(options.tool);
-    try {
-        Arguments words(PartsOf(tool), options.words);
-        options.output = OutputOf(options.output, words);
-        return words;
-    } catch (const UsageError& error) {
-        throw UsageError(error.what() + ("\nusage: " + Usage(tool)));
-    }
-}
-
 SalvagedFile ReadFile(const std::string& path) {
     const Waiting waiting("reading " + Printable(path));
     return SalvagedFile(LibraryPath(path));
@@ -120,13 +116,7 @@ int CheckFile(HostOptions& options, const std::string& path) {
     return file.whole() ? kWhole : kDamaged;
 }
 
-int Check(HostOptions& options) {
-    const Arguments words = ToolWords(options);
-    return CheckFile(options, DatabasePath(words["FILE"]));
-}
-
-int Salvage(HostOptions& options) {
-    const Arguments words = ToolWords(options);
+int Salvage(HostOptions& options, const Arguments& words) {
     const std::string path = DatabasePath(words["FILE"]);
     const std::string target = DatabasePath(words["NEW"]);
     if (IsOneFile(LibraryPath(path), LibraryPath(target))) {
@@ -179,10 +169,15 @@ const Command* ToolNamed(std::string_view word) {
 
 int RunTool(const HostOptions& given) {
     const InterruptCatcher catcher(InterruptCatcher::At::kOnce);
-    HostOptions options = given;
     int status = kNotRead;
-    const int failure = ReportFailures(
-        [&] { status = options.tool == "check" ? Check(options) : Salvage(options); });
+    const int failure = ReportFailures([&] {
+        HostOptions options = given;
+        const Arguments words = ArgumentsOf(*ToolNamed(options.tool), options.words);
+        options.output = OutputOf(options.output, words);
+        const Stopwatch stopwatch(options.output.timing);
+        status = options.tool == "check" ? CheckFile(options, DatabasePath(words["FILE"]))
+                                         : Salvage(options, words);
+    });
     if (failure == kInterruptedStatus) return failure;
     return failure != kSuccess ? kNotRead : status;
 }

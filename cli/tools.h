@@ -14,9 +14,7 @@ std::span<const Command> Tools();
 const Command* ToolNamed(std::string_view word);  // nothing for another word
 inline bool IsTool(std::string_view word) { return ToolNamed(word) != nullptr; }
 
-// Runs the tool that the options name, and returns the exit status. Of `check`: 0 for a whole file,
-// 1 for a damaged one, 2 when it cannot be read. Of `salvage`: 0 when nothing is lost, 1 when
-// something is, 2 when no new file was written.
+// Runs the tool that the options name, and returns the exit status, which its help tells.
 int RunTool(const HostOptions& options);
 
 }  // namespace tavolin::cli

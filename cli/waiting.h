@@ -15,7 +15,8 @@ namespace tavolin::cli {
 
 class Waiting {
   public:
-    explicit Waiting(std::string what);
+    // `interrupted` is what it says behind that after Ctrl-C.
+    explicit Waiting(std::string what, std::string interrupted = "and will stop");
     ~Waiting();
     Waiting(const Waiting&) = delete;
     Waiting& operator=(const Waiting&) = delete;
@@ -24,6 +25,7 @@ class Waiting {
     void ShowUntilOver();
 
     std::string what_;
+    std::string interrupted_;
     std::mutex mutex_;
     std::condition_variable over_changed_;
     bool over_ = false;

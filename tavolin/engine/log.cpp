@@ -1,7 +1,6 @@
 // The account of what users do: the report in memory, the lines that wait for the next save, and
 // the log file.
 #include "tavolin/base/clock.h"
-#include "tavolin/base/text.h"
 #include "tavolin/engine/report.h"
 #include "tavolin/persist/database_file.h"
 #include "tavolin/persist/paths.h"
@@ -85,9 +84,7 @@ void CVLDBEngine::LogAtOnce(std::string line) {
 }
 
 std::string CVLDBEngine::LogPath() const {
-    std::string name = ReplaceFold(database_->name, DefaultExtension(), "log");
-    if (EqualFold(name, database_->name)) name += ".log";
-    return JoinPath(database_->path, name);
+    return JoinPath(database_->path, LogFileName(database_->name));
 }
 
 // False when the text could not be written. Nobody but the owner of the lines hears of it.

@@ -17,7 +17,7 @@
 
 namespace tavolin {
 
-class FileReplacement {
+class TAVOLIN_API FileReplacement {
   public:
     // Opens the file to be replaced, if there is one. It must be an ordinary one that may be
     // written; a link stays a link, the file that it leads to is replaced.

@@ -74,6 +74,11 @@ bool StaysInFolder(std::string_view name) {
 
 std::string RegistryPath() { return LibraryFolder() + "RDX.dat"; }
 
+std::string LogFileName(std::string_view database) {
+    const std::string name = ReplaceFold(database, DefaultExtension(), "log");
+    return EqualFold(name, database) ? name + ".log" : name;
+}
+
 bool FileExists(std::string_view path) {
     if (path.empty()) return false;
     // Not a possible name, so nothing says that a file of that name is missing.

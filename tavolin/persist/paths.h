@@ -44,6 +44,9 @@ TAVOLIN_API std::string LibraryFolder();
 // The file in which the owners of databases are registered: "RDX.dat" in LibraryFolder().
 TAVOLIN_API std::string RegistryPath();
 
+// The name of the log file beside a database of that name.
+TAVOLIN_API std::string LogFileName(std::string_view database);
+
 // The path from the root on, as the current folder is now; the path itself when that cannot be
 // told.
 TAVOLIN_API std::string AbsolutePath(std::string_view path);

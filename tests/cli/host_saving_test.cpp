@@ -36,6 +36,10 @@ TEST_F(HostTest, TheRegistryGoesWhereTheUserMayWrite) {
         {"XDG_DATA_HOME=\"$PWD/data\"", "data/tavolin/RDX.dat"},
         {"XDG_DATA_HOME= HOME=\"$PWD/home\"", "home/.local/share/tavolin/RDX.dat"},
     };
+    ASSERT_EQ(0, Run("help", "", std::string("TAVOLIN_FOLDER= ") + cases[0].first,
+                     WithoutPrivileges(Path("bin/tavolin")))
+                     .status);
+    EXPECT_FALSE(fs::exists(Path("data"))) << "made for nothing";
     for (const auto& [settings, registry] : cases) {
         fs::remove(Path("shop.cdb"));
         const Outcome outcome = Run("shop create", "", std::string("TAVOLIN_FOLDER= ") + settings,
@@ -135,6 +139,7 @@ TEST_F(HostTest, ADamagedFileIsCheckedAndSalvaged) {
         {"salvage RDX.dat saved2", "", 2, "is a registry of owners, not a database"},
         {"check run.sh", "", 2, "holds nothing that"},
         {"check gone", "", 2, "error"},
+        {"check shop --timing", "", 1, " s\n"},
         {"check", "", 2, "usage: check FILE"},
     };
     for (const auto& test : cases) {

@@ -167,6 +167,12 @@ TEST_F(HostTest, MessagesSayWhatIsWrong) {
         {"shop remove-user ann --yes", "", "hand the database over first"},
         {"shop", "set --format json\nset pager off --quiet\nset pager\n", "pager    off"},
         {"shop remove-user $'e\\x1Bve' --yes", "", "user e\\x1Bve removed\n"},
+        {"b.txt create", "", "created"},
+        {"b.txt export text ./b.txt --yes", "", "b.txt is the database's own file"},
+        {"shop export csv People .", "", " is a folder"},
+        {"help salvage", "", "2 when no new file was written"},
+        {"help check", "", "A registry of owners can be checked as well"},
+        {"shop dump '.\\shop.cdb' --yes", "", "shop.cdb is the database's own file"},
         {"--keep-going shop", "delete-database --yes\ncreate\n", "a database is open"},
     };
     for (const Case& each : cases) {
