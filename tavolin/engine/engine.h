@@ -473,6 +473,11 @@ class TAVOLIN_API CVLDBEngine {
     template <class Make>
     void Log(Make&& message, bool switched_on) noexcept;
     template <class Make>
+    void Log(Make&& message, const std::shared_ptr<tavolin::CVLTableSet>& tables,
+             bool LogType::*activity) noexcept;
+    void LogAdded(const CVLRecord& record, const CVLTable& table,
+                  const std::shared_ptr<tavolin::CVLTableSet>& tables) noexcept;
+    template <class Make>
     void LogPending(Make&& message, bool is_log_on = false) noexcept;
     void LogMessage(const Message& message, bool switched_on);
     void LogPendingMessage(const Message& message, bool is_log_on);

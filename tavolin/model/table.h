@@ -183,7 +183,6 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
   private:
     using Names = std::array<std::string, kFieldCount>;
-    using Handles = std::vector<std::pair<std::shared_ptr<tavolin::CVLRecordSet>, RecordHandle>>;
     class Additions;
     class FormerLink;
     class Filling;
@@ -206,8 +205,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     void FreeInSet(const CVLTableSet& tables);
     void ForgetLinksTo(std::string_view table);
     void RecomputeType();
-    void FillFrom(int field, CVLTable& target);
-    static void TakeOut(const Handles& added);
+    void FillFrom(int field, CVLTable& target, Additions& added);
 
     std::shared_ptr<Session> session_;
     CVLTableSet* set_ = nullptr;  // the set that the table stands in; it clears this when it goes
