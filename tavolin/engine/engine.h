@@ -434,7 +434,7 @@ class TAVOLIN_API CVLDBEngine {
     ByteBuffer ObjectState(BagSeal seal) const;
     bool IsOpenFile(std::string_view path) const;
     bool IsOwnFile(std::string_view path) const;
-    bool HoldsTriedSave(const std::string& file) const;
+    bool HoldsTriedSave(const std::string& file, std::optional<StateMark> mark = {}) const;
     void AskToReplace(const std::string& path, const char* source) const;
     void WriteState(const ByteBuffer& state, const std::string& path, bool compact,
                     std::uint8_t FileNumber, const char* source);
@@ -448,10 +448,9 @@ class TAVOLIN_API CVLDBEngine {
     void NeedRegistry();
     void WriteRegistry();
     void Register(const Database& database);
-    void AddEntry(const std::string& owner, const std::string& dir, const std::string& name);
-    bool RemoveEntry(const std::string& owner, const std::string& dir, const std::string& name);
+    bool ChangeRegistry(RegistryChange change);
     bool Apply(const RegistryChange& change);
-    void MoveEntry(const std::string& from, const std::string& to, const Database& database);
+    void MoveEntry(std::string from, std::string to, const Database& database);
     void ForgetUnsavedEntries();
     void ForOtherDatabase(const std::function<void()>& body);
 
