@@ -109,7 +109,9 @@ void WriteWhole(const Target& target, const CVLTable& table) {
         std::cout << text;
     } else {
         const ByteView bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
-        FileSystem::Current().Replace(LibraryPath(target.Path()), std::span(&bytes, 1));
+        OrCannotWrite(target.Path(), [&] {
+            FileSystem::Current().Replace(LibraryPath(target.Path()), std::span(&bytes, 1));
+        });
     }
 }
 

@@ -3,28 +3,15 @@
 #include <filesystem>
 #include <iostream>
 
-#include "cli/failure.h"
 #include "cli/log_activities.h"
-#include "cli/paths.h"
 #include "tavolin/persist/paths.h"
 
 namespace tavolin::cli {
-namespace {
-
-template <class Body>
-void OrFail(const std::string& path, Body&& body) {
-    try {
-        body();
-    } catch (const std::filesystem::filesystem_error& error) {
-        throw CommandFailure(MachinePath(path) + " cannot be written: " + error.code().message());
-    }
-}
-
-}  // namespace
 
 void AskToWrite(Host& host, const Arguments& words, const std::string& path) {
     namespace fs = std::filesystem;
     if (path == "-" || !fs::exists(PathOf(path))) return;
+    if (fs::is_directory(PathOf(path))) throw CommandFailure(path + " is a folder");
     const std::string target = LibraryPath(path);
     for (const std::string& own : {host.Path(), LogFileOf(host.Path())}) {
         if (!IsOneFile(target, LibraryPath(own))) continue;
@@ -37,9 +24,8 @@ TextOutput::TextOutput(const std::string& path) : path_(path) {
     if (path == "-") return;
     FileSystem& files = FileSystem::Current();
     const std::string target = LibraryPath(path);
-    OrFail(path_, [&] {
+    OrCannotWrite(path_, [&] {
         const PathKind kind = files.Kind(target);
-        if (kind == PathKind::kFolder) throw CommandFailure(path_ + " is a folder");
         // A device or a pipe has no place to be taken.
         if (kind == PathKind::kOther) {
             file_ = files.Open(target, FileMode::kWrite);
@@ -70,7 +56,7 @@ void TextOutput::Write() {
             throw CommandFailure("the output cannot be written");
         }
     } else {
-        OrFail(path_, [&] {
+        OrCannotWrite(path_, [&] {
             WriteAll(*file_, {reinterpret_cast<const std::uint8_t*>(text_.data()), text_.size()});
         });
     }
@@ -86,7 +72,7 @@ void TextOutput::Finish() {
         file_.reset();
         return;
     }
-    OrFail(path_, [&] {
+    OrCannotWrite(path_, [&] {
         FileSystem& files = FileSystem::Current();
         file_->Flush();
         file_->Close();

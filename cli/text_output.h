@@ -8,18 +8,31 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 
+#include "cli/failure.h"
 #include "cli/host.h"
+#include "cli/paths.h"
 #include "cli/progress.h"
 #include "cli/terminal.h"
 #include "tavolin/persist/file_system.h"
 
 namespace tavolin::cli {
 
-// Asks before a file that is there is written over; the database's own is refused.
+// Asks before a file that is there is written over; the database's own is refused, and a folder.
 void AskToWrite(Host& host, const Arguments& words, const std::string& path);
+
+// Runs body(), which writes a file, and raises CommandFailure for what the machine refuses.
+template <class Body>
+void OrCannotWrite(const std::string& path, Body&& body) {
+    try {
+        body();
+    } catch (const std::filesystem::filesystem_error& error) {
+        throw CommandFailure(MachinePath(path) + " cannot be written: " + error.code().message());
+    }
+}
 
 class TextOutput {
   public:
