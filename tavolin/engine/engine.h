@@ -21,7 +21,7 @@
 // GetUserLogedOnNotFoundError otherwise, and members that need an open database GetDBNotSetError
 // "DataBase Is Not Set!".
 //
-// What may take long can be stopped by a StopScope (tavolin/errors/stop_scope.h).
+// Linking and deleting can be stopped by a StopScope (tavolin/errors/stop_scope.h).
 //
 // A table argument is a position, a name or a table; a field argument a number or a name, and a
 // name that the table does not have is field 0. Of several `FieldTexts` those left out are empty.
@@ -100,9 +100,10 @@ class TAVOLIN_API CVLDBEngine {
     void LogedOnUser(std::shared_ptr<CVLDBUser> user);
 
     // Records who acts, and reads the owner registry; the password is not verified here. A registry
-    // that cannot be read counts as empty, and the file is kept aside when a new one is written.
-    // One of a newer format is never written over: what would do so raises 321, SaveDB when the
-    // database has been saved, DeleteDB before it is deleted.
+    // that cannot be read counts as empty, and the file is kept aside when a new one is written,
+    // unless all that kept it from being read was that somebody held it. One of a newer format is
+    // never written over: what would do so raises 321, SaveDB when the database has been saved,
+    // DeleteDB before it is deleted.
     bool LogOn(std::string_view UserName, std::string_view UserPassword);
     // LogOn with that user's name and password.
     bool LogOnAsUser(const std::shared_ptr<CVLDBUser>& user);

@@ -53,13 +53,13 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     void ReferencedTable(int TableNum, std::string_view name);
     bool IsReferenced() const { return ReferenceCount() > 0; }
 
-    // The name of the table that a field links to, or empty. Above 9: 9.
+    // The name of the table that a field links to, or empty. Raises 9 above 9.
     const std::string& LinkedTable(int number0to9) const;
     void LinkedTable(int number0to9, std::string_view name);
 
     // How many fields are foreign keys.
     std::uint8_t NumberOfLinkedTables() const;
-    bool FieldIsForeignKey(int fldNum0to9) const;  // above 9: 9
+    bool FieldIsForeignKey(int fldNum0to9) const;  // raises 9 above 9
     // isLinkedTable once another table links to it.
     TableEnum SpecificType() const { return type_; }
 
