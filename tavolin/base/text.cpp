@@ -115,12 +115,6 @@ std::string ReplaceFold(std::string_view text, std::string_view what, std::strin
 }
 
 void AppendSortBytes(std::string_view text, std::string& out) {
-    if (IsAscii(text)) {
-        const std::size_t size = out.size();
-        out.resize(size + FoldRoom(text.size()));
-        out.resize(static_cast<std::size_t>(FoldTo(text, out.data() + size) - out.data()));
-        return;
-    }
     // Each UTF-16 code unit in the form that UTF-8 gives a character of its value, which keeps the
     // order of the units.
     ForEachUnit(text, [&](const Utf8Unit& unit) {

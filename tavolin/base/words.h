@@ -14,7 +14,7 @@ inline constexpr std::uint64_t kEveryByte = 0x0101010101010101;
 
 constexpr std::uint64_t SwapBytes(std::uint64_t word) {
 #if defined(__GNUC__)
-    return __builtin_bswap64(word);  // which it does not make of the loop everywhere
+    return __builtin_bswap64(word);  // compilers do not turn the loop into this on every machine
 #else
     std::uint64_t swapped = 0;
     for (std::size_t i = 0; i < kWordBytes; ++i) swapped |= (word >> 8 * i & 0xFF) << (56 - 8 * i);

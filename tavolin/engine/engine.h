@@ -21,7 +21,7 @@
 // GetUserLogedOnNotFoundError otherwise, and members that need an open database GetDBNotSetError
 // "DataBase Is Not Set!".
 //
-// What may take long can be stopped by a StopScope (tavolin/errors/stop_scope.h).
+// Linking and deleting can be stopped by a StopScope (tavolin/errors/stop_scope.h).
 //
 // A table argument is a position, a name or a table; a field argument a number or a name, and a
 // name that the table does not have is field 0. Of several `FieldTexts` those left out are empty.
@@ -100,9 +100,10 @@ class TAVOLIN_API CVLDBEngine {
     void LogedOnUser(std::shared_ptr<CVLDBUser> user);
 
     // Records who acts, and reads the owner registry; the password is not verified here. A registry
-    // that cannot be read counts as empty, and the file is kept aside when a new one is written.
-    // One of a newer format is never written over: what would do so raises 321, SaveDB when the
-    // database has been saved, DeleteDB before it is deleted.
+    // that cannot be read counts as empty, and the file is kept aside when a new one is written,
+    // unless all that kept it from being read was that somebody held it. One of a newer format is
+    // never written over: what would do so raises 321, SaveDB when the database has been saved,
+    // DeleteDB before it is deleted.
     bool LogOn(std::string_view UserName, std::string_view UserPassword);
     // LogOn with that user's name and password.
     bool LogOnAsUser(const std::shared_ptr<CVLDBUser>& user);
@@ -438,7 +439,7 @@ class TAVOLIN_API CVLDBEngine {
     ByteBuffer ObjectState(BagSeal seal) const;
     bool IsOpenFile(std::string_view path) const;
     bool IsOwnFile(std::string_view path) const;
-    bool HoldsTriedSave(const std::string& file) const;
+    bool HoldsTriedSave(const std::string& file, std::optional<StateMark> mark = {}) const;
     void AskToReplace(const std::string& path, const char* source) const;
     void WriteState(const ByteBuffer& state, const std::string& path, bool compact,
                     std::uint8_t FileNumber, const char* source);
@@ -452,10 +453,9 @@ class TAVOLIN_API CVLDBEngine {
     void NeedRegistry();
     void WriteRegistry();
     void Register(const Database& database);
-    void AddEntry(const std::string& owner, const std::string& dir, const std::string& name);
-    bool RemoveEntry(const std::string& owner, const std::string& dir, const std::string& name);
+    bool ChangeRegistry(RegistryChange change);
     bool Apply(const RegistryChange& change);
-    void MoveEntry(const std::string& from, const std::string& to, const Database& database);
+    void MoveEntry(std::string from, std::string to, const Database& database);
     void ForgetUnsavedEntries();
     void ForOtherDatabase(const std::function<void()>& body);
 
@@ -476,6 +476,11 @@ class TAVOLIN_API CVLDBEngine {
     std::string LogLine(const Message& message) const;
     template <class Make>
     void Log(Make&& message, bool switched_on) noexcept;
+    template <class Make>
+    void Log(Make&& message, const std::shared_ptr<tavolin::CVLTableSet>& tables,
+             bool LogType::*activity) noexcept;
+    void LogAdded(const CVLRecord& record, const CVLTable& table,
+                  const std::shared_ptr<tavolin::CVLTableSet>& tables) noexcept;
     template <class Make>
     void LogPending(Make&& message, bool is_log_on = false) noexcept;
     void LogMessage(const Message& message, bool switched_on);

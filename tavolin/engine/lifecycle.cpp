@@ -262,15 +262,18 @@ bool CVLDBEngine::SaveDB(std::string_view DBDir, std::string_view newDBName, std
         AskWrite(*session_, kSource);
         if (!DBPwd.empty() && session_->IsOwner()) naming.password = DBPwd;
         std::string absolute_path = AbsolutePath(file);
+        const bool own = IsOpenFile(file);
         WriteState(StateNamed(naming), file, compact, FileNumber, kSource);
         naming.Exchange(*database_);
         file_ = std::move(absolute_path);
         std::optional<Error> registry_failure;
         try {
+            const bool new_owner = !EqualFold(listed_owner_, DBOwner());
+            // A former file still has the owner that it was saved with.
+            if (new_owner && !own) ForgetUnsavedEntries();
             Register(*database_);
             // The owner may have got another name.
-            if (!EqualFold(listed_owner_, DBOwner()))
-                MoveEntry(listed_owner_, DBOwner(), *database_);
+            if (new_owner) MoveEntry(listed_owner_, DBOwner(), *database_);
             listed_owner_ = DBOwner();
             WriteRegistry();
         } catch (...) {
@@ -304,14 +307,17 @@ bool CVLDBEngine::FileChangedByOthers() const {
     return Trap("CVLDBEngine:FileChangedByOthers Method", [&] {
         if (!database_->tables || file_.empty()) return false;
         const auto now = ReadMark(file_);
-        return now && now != file_mark_ && !HoldsTriedSave(file_);
+        return now && now != file_mark_ && !HoldsTriedSave(file_, now);
     });
 }
 
-// Whether the file is as a save left it that failed in its last step.
-bool CVLDBEngine::HoldsTriedSave(const std::string& file) const {
+// Whether the file is as a save left it that failed in its last step. Its mark is read if it is not
+// given.
+bool CVLDBEngine::HoldsTriedSave(const std::string& file, std::optional<StateMark> mark) const {
     return std::any_of(tried_.begin(), tried_.end(), [&](const TriedSave& save) {
-        return save.file == file && save.mark == ReadMark(file);
+        if (save.file != file && !IsOneFile(save.file, file)) return false;
+        if (!mark) mark = ReadMark(file);
+        return mark == save.mark;
     });
 }
 
@@ -357,9 +363,10 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
         }
         const std::string path(DBPathName);
         const bool own = IsOpenFile(path);
+        const auto tables = database_->tables;  // a handler may open another database
         std::optional<Error> log_failure;
         ForOtherDatabase([&] { log_failure = DeleteFiles(path, *other); });
-        if (own) {
+        if (own && database_->tables == tables) {
             file_.clear();
             file_mark_.reset();
         }
@@ -376,15 +383,16 @@ bool CVLDBEngine::DeleteDB(std::string_view DBPathName) {
 // What keeps the log from being deleted is given back: by then the database is gone.
 std::optional<Error> CVLDBEngine::DeleteFiles(const std::string& path, const CVLDBEngine& opened) {
     FileSystem& files = FileSystem::Current();
-    const std::string owner = opened.DBOwner();
-    const bool listed = RemoveEntry(owner, opened.DBPath(), opened.DBName());
+    RegistryChange change{false, false, opened.DBOwner(), opened.DBPath(), opened.DBName()};
+    const bool listed = ChangeRegistry(change);
     WhenFails(
         [&] {
             WriteRegistry();
             files.Delete(files.FollowLink(path));
         },
         [&](const Error& error) {
-            if (listed) AddEntry(owner, opened.DBPath(), opened.DBName());
+            change.added = true;
+            if (listed) ChangeRegistry(change);
             if (files.Exists(RegistryPath())) WriteRegistry();
             throw error;
         });
@@ -425,6 +433,9 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
             other->WriteState(other->ObjectState(BagSeal::kChecksum), std::string(DBPathName),
                               false, 0, kSource);
         }
+        const std::string name = target.DBName();
+        const bool logged = target.database_->switches.logOwnerChange;
+        const auto tables = database_->tables;  // a handler may open another database
         if (current) {
             MoveEntry(old_owner, new_owner, *database_);
         } else {
@@ -433,16 +444,13 @@ bool CVLDBEngine::ChangeOwner(std::string_view newOwnerName, std::string_view ne
                 WriteRegistry();
             });
         }
-        const std::string name = target.DBName();
-        const bool logged = target.database_->switches.logOwnerChange;
-        const auto tables = database_->tables;  // a handler may open another database
         OnOwnerChange.Fire(new_owner);
         const auto message = [&] {
             return Message("OwnerShip Of DataBase ", name, " Has Been Changed From ", old_owner,
                            " To ", new_owner);
         };
         Log(message, current && logged && database_->tables == tables);
-        if (other && logged) IfMemory([&] { other->WriteLog(other->LogLine(message())); });
+        if (other && logged) AtTheSide([&] { other->WriteLog(other->LogLine(message())); });
         return true;
     });
 }

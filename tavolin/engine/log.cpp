@@ -61,7 +61,7 @@ void CVLDBEngine::LogPendingMessage(const Message& message, bool is_log_on) {
 }
 
 void CVLDBEngine::LogTransaction(const char* text) noexcept {
-    IfMemory([&] {
+    AtTheSide([&] {
         const Message message{std::string_view(text)};
         if (database_->switches.logTransactions) LogAtOnce(LogLine(message));
         log_report_.append(message.text()).append(kLineBreak);
@@ -70,7 +70,7 @@ void CVLDBEngine::LogTransaction(const char* text) noexcept {
 
 void CVLDBEngine::LogFailure(const Error& error) noexcept {
     if (!database_->switches.logErrors) return;
-    IfMemory([&] {
+    AtTheSide([&] {
         std::string line = " ";
         line.append(kLineBreak).append(LogLine(Message())).append("ERROR: ");
         line.append(error.log_text());
@@ -102,7 +102,7 @@ bool CVLDBEngine::WriteLog(std::string_view text) const {
 
 void CVLDBEngine::FlushPending() noexcept {
     if (pending_.empty()) return;
-    IfMemory([&] {
+    AtTheSide([&] {
         std::string text;
         for (const PendingLine& line : pending_) text.append(kLineBreak).append(line.text);
         if (WriteLog(text)) pending_.clear();

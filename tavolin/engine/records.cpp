@@ -59,13 +59,15 @@ std::shared_ptr<CVLRecord> CVLDBEngine::AddRecord(
             const auto tables = database_->tables;  // a handler may open another database
             auto record = table->Add(tables, nKey, props, std::move(AttachmentsTable), place);
             OnRecordAdd.Fire(record);
-            Log(
-                [&] {
-                    return Message("New Record Added. Key: ", record->Key(), " To ", table->Key());
-                },
-                database_->switches.logRecordAdd);
+            LogAdded(*record, *table, tables);
             return record;
         });
+}
+
+void CVLDBEngine::LogAdded(const CVLRecord& record, const CVLTable& table,
+                           const std::shared_ptr<tavolin::CVLTableSet>& tables) noexcept {
+    Log([&] { return Message("New Record Added. Key: ", record.Key(), " To ", table.Key()); },
+        tables, &LogType::logRecordAdd);
 }
 
 std::shared_ptr<CVLRecord> CVLDBEngine::UpDateRecord(
@@ -80,7 +82,7 @@ std::shared_ptr<CVLRecord> CVLDBEngine::UpDateRecord(
                 [&] {
                     return Message("Record Updated. Key: ", record->Key(), " In ", table->Key());
                 },
-                database_->switches.logRecordUpDate);
+                tables, &LogType::logRecordUpDate);
             return record;
         });
 }
@@ -112,6 +114,11 @@ class CVLDBEngine::RecordDeletion {
         std::shared_ptr<CVLRecord> record;
         int field = 0;
     };
+    struct Removal {
+        Frame frame;
+        std::uint32_t position;
+        bool put_back = false;
+    };
 
     void Enter(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
         frames_.push_back({table, record});
@@ -130,8 +137,7 @@ class CVLDBEngine::RecordDeletion {
     // A handler may have taken the record out while what it refers to was being deleted.
     static bool Stands(const Frame& frame) {
         const auto records = frame.table->CVLRecordSet()->Collection();
-        return records->shared_arena() == frame.record->arena() &&
-               records->Holds(frame.record->handle());
+        return records->Holds(frame.record->arena(), frame.record->handle());
     }
 
     void Step() {
@@ -154,7 +160,7 @@ class CVLDBEngine::RecordDeletion {
                 return Message("Record Deleted. Key: ", done.record->Key(), " From ",
                                done.table->Key());
             },
-            engine_.database_->switches.logRecordDelete);
+            tables_, &LogType::logRecordDelete);
     }
 
     // For a record that goes before the one that it goes with: memory may run out in between.
@@ -163,24 +169,32 @@ class CVLDBEngine::RecordDeletion {
         removals_.push_back({frame, records->PositionOf(frame.record->handle())});
     }
 
-    // Puts back what is gone, in the opposite order, and says so to those who were told. Not when
-    // the record that all went with is gone: then it was a handler who ran out of memory.
+    // Puts back what is gone, in the opposite order, and when all is there says so to those who
+    // were told. Not when the record that all went with is gone: then it was a handler who ran out
+    // of memory.
     void TakeBack() {
         if (frames_.empty() || !Stands(frames_.front())) return;
+        for (auto each = removals_.rbegin(); each != removals_.rend(); ++each) PutBack(*each);
         for (auto each = removals_.rbegin(); each != removals_.rend(); ++each) {
-            const Frame& frame = each->first;
-            if (Stands(frame)) continue;
-            const auto records = frame.table->CVLRecordSet();
-            records->Collection()->PutBack(frame.record->handle(), each->second);
-            records->OnRecordAdd.Fire(frame.record);
+            if (!each->put_back) continue;
+            const Frame& frame = each->frame;
+            frame.table->CVLRecordSet()->OnRecordAdd.Fire(frame.record);
             frame.table->OnRecordAdd.Fire(frame.record);
             engine_.OnRecordAdd.Fire(frame.record);
-            engine_.Log(
-                [&] {
-                    return Message("New Record Added. Key: ", frame.record->Key(), " To ",
-                                   frame.table->Key());
-                },
-                engine_.database_->switches.logRecordAdd);
+            engine_.LogAdded(*frame.record, *frame.table, tables_);
+        }
+    }
+
+    // Not where a handler has given the table other records, or the key to another record.
+    void PutBack(Removal& removal) {
+        const CVLRecord& record = *removal.frame.record;
+        const auto records = removal.frame.table->CVLRecordSet()->Collection();
+        if (records->shared_arena() != record.arena() || records->Holds(record.handle())) return;
+        try {
+            records->PutBack(record.handle(), removal.position);
+            removal.put_back = true;
+        } catch (const Error& error) {
+            if (error.number() != kDuplicateKey) throw;
         }
     }
 
@@ -219,7 +233,7 @@ class CVLDBEngine::RecordDeletion {
     const std::shared_ptr<tavolin::CVLTableSet> tables_ = engine_.database_->tables;
     bool cascade_;
     std::vector<Frame> frames_;
-    std::vector<std::pair<Frame, std::uint32_t>> removals_;
+    std::vector<Removal> removals_;
     std::unordered_set<const CVLRecord*> in_deletion_;
 };
 

@@ -35,58 +35,49 @@ void CVLDBEngine::WriteRegistry() {
 void CVLDBEngine::Register(const Database& database) {
     const std::string owner = database.session->owner;
     if (EqualFold(authority_->user->UserName(), owner)) {
-        AddEntry(owner, std::string(database.path), std::string(database.name));
+        ChangeRegistry({true, false, owner, database.path, database.name});
     }
 }
 
-void CVLDBEngine::AddEntry(const std::string& owner, const std::string& dir,
-                           const std::string& name) {
+// False when the registry says so already.
+bool CVLDBEngine::ChangeRegistry(RegistryChange change) {
     NeedRegistry();
-    RegistryChange change{true, false, owner, dir, name};
-    owners_->Restate(owner, JoinPath(dir, name), true);
-    if (Apply(change)) unwritten_.push_back(std::move(change));
+    owners_->Restate(change.owner, JoinPath(change.dir, change.name), change.added);
+    const bool changed = Apply(change);
+    if (changed) unwritten_.push_back(std::move(change));
+    return changed;
 }
 
-// False when the database is not listed under that owner.
-bool CVLDBEngine::RemoveEntry(const std::string& owner, const std::string& dir,
-                              const std::string& name) {
-    NeedRegistry();
-    RegistryChange change{false, false, owner, dir, name};
-    owners_->Restate(owner, JoinPath(dir, name), false);
-    const bool removed = Apply(change);
-    if (removed) unwritten_.push_back(std::move(change));
-    return removed;
-}
-
-void CVLDBEngine::MoveEntry(const std::string& from, const std::string& to,
-                            const Database& database) {
-    AddEntry(to, database.path, database.name);
-    if (!EqualFold(from, to)) RemoveEntry(from, database.path, database.name);
+// A handler of the one change may open another database before the other.
+void CVLDBEngine::MoveEntry(std::string from, std::string to, const Database& database) {
+    RegistryChange removal{false, false, std::move(from), database.path, database.name};
+    RegistryChange addition{true, false, std::move(to), database.path, database.name};
+    const bool moves = !EqualFold(removal.owner, addition.owner);
+    ChangeRegistry(std::move(addition));
+    if (moves) ChangeRegistry(std::move(removal));
 }
 
 // Runs what changes the registry, and its file, for a database other than the open one. What was
-// done for that one waits for its save and is out of the registry meanwhile.
+// done for that one waits for its save and is out of the registry meanwhile; when a handler opens
+// another one, it stays out.
 void CVLDBEngine::ForOtherDatabase(const std::function<void()>& body) {
     NeedRegistry();
+    const auto tables = database_->tables;
     auto unsaved = unwritten_;
     std::erase_if(unsaved, [](const RegistryChange& change) { return change.saved; });
     const auto put_back = [&] {
         for (const RegistryChange& change : unsaved) {
-            if (change.added) {
-                AddEntry(change.owner, change.dir, change.name);
-            } else {
-                RemoveEntry(change.owner, change.dir, change.name);
-            }
+            if (database_->tables == tables) ChangeRegistry(change);
         }
     };
     ForgetUnsavedEntries();
     try {
         body();
     } catch (...) {
-        IfMemory(put_back);
+        AtTheSide(put_back);
         throw;
     }
-    IfMemory(put_back);
+    AtTheSide(put_back);
 }
 
 // What was changed for the open database and not saved with it goes when another takes its place.

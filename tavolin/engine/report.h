@@ -21,9 +21,10 @@ decltype(auto) CVLDBEngine::Report(const char* context, Body&& body, OnFailure o
 }
 
 // What is done at the side of what a member has done, or has failed to do, already: where there is
-// no memory for it, it is left out, and the member's outcome stays what it is.
+// no memory for it, or a handler throws, the rest of it is left out, and the member's outcome stays
+// what it is.
 template <class Body>
-void IfMemory(Body&& body) noexcept {
+void AtTheSide(Body&& body) noexcept {
     try {
         body();
     } catch (...) {
@@ -33,24 +34,20 @@ void IfMemory(Body&& body) noexcept {
 // A line for what message() tells.
 template <class Make>
 void CVLDBEngine::Log(Make&& message, bool switched_on) noexcept {
-    IfMemory([&] { LogMessage(message(), switched_on); });
+    AtTheSide([&] { LogMessage(message(), switched_on); });
+}
+
+// A line about the database of those tables, whose file it reaches if the activity is switched on:
+// not that of another one which a handler has opened meanwhile.
+template <class Make>
+void CVLDBEngine::Log(Make&& message, const std::shared_ptr<tavolin::CVLTableSet>& tables,
+                      bool LogType::*activity) noexcept {
+    Log(message, database_->tables == tables && database_->switches.*activity);
 }
 
 template <class Make>
 void CVLDBEngine::LogPending(Make&& message, bool is_log_on) noexcept {
-    IfMemory([&] { LogPendingMessage(message(), is_log_on); });
-}
-
-// Runs body() and, when it raises this number, replace() instead, which raises what the member
-// makes of it. Everything else passes.
-template <class Body, class Replace>
-decltype(auto) WhenRaised(std::int32_t number, Body&& body, Replace&& replace) {
-    try {
-        return body();
-    } catch (const Error& error) {
-        if (error.number() == number) replace();
-        throw;
-    }
+    AtTheSide([&] { LogPendingMessage(message(), is_log_on); });
 }
 
 }  // namespace tavolin

@@ -34,9 +34,10 @@ std::shared_ptr<CVLTable> CVLDBEngine::CreateNewPrimaryTable(
         CheckKeyFields(
             {FieldNumAsPrimKey, withFieldNumAsPrimKey, andFieldNumAsPrimKey, plusFieldNumAsPrimKey},
             kSource);
+        const auto tables = database_->tables;  // a handler may open another database
         auto table = WhenRaised(
             CVLErrorNum::GetTableAddError(),
-            [&] { return database_->tables->Add(TableName, isPrimaryTable, nullptr, FieldLabels); },
+            [&] { return tables->Add(TableName, isPrimaryTable, nullptr, FieldLabels); },
             [&] {
                 Raise(CVLErrorNum::GetNewTableCreationError(), kSource,
                       Message("The Table ", TableName, " That Is Being Created Already Exists!"));
@@ -44,8 +45,8 @@ std::shared_ptr<CVLTable> CVLDBEngine::CreateNewPrimaryTable(
         table->SetPrimaryKeyFields(FieldNumAsPrimKey, withFieldNumAsPrimKey, andFieldNumAsPrimKey,
                                    plusFieldNumAsPrimKey);
         OnTableCreation.Fire(table->Key());
-        Log([&] { return Message("New Table Created: ", table->Key()); },
-            database_->switches.logTableCreation);
+        Log([&] { return Message("New Table Created: ", table->Key()); }, tables,
+            &LogType::logTableCreation);
         return table;
     });
 }
@@ -55,18 +56,18 @@ std::shared_ptr<CVLTable> CVLDBEngine::CreateNewLinkedTable(
     const FieldTexts& FieldLabels) {
     static constexpr const char* kSource = "CVLDBEngine:CreateNewLinkedTable Method";
     std::string name;
+    const auto tables = database_->tables;
     const auto create = [&] {
         const auto parent = Resolve(linkToTable);
         const int field = parent->FieldNumber(referencesFldNumOrName);
         name = parent->FieldName(field) + linkToTable.Text();
-        auto table = database_->tables->Add(name, isLinkedTable, nullptr, FieldLabels);
+        auto table = tables->Add(name, isLinkedTable, nullptr, FieldLabels);
         table->SetPrimaryKeyFields(0);
-        try {
-            parent->Link(field, table);
-        } catch (const Error& error) {
-            if (error.number() == kCancelled) database_->tables->TakeOut(table);
-            throw;
-        }
+        WhenRaised(
+            kCancelled, [&] { parent->Link(field, table); },
+            [&] {
+                if (table->set() == tables.get()) tables->TakeOut(table);
+            });
         return table;
     };
     return Report(kSource, [&] {
@@ -84,8 +85,8 @@ std::shared_ptr<CVLTable> CVLDBEngine::CreateNewLinkedTable(
                       Message("The Linked Table ", name, " That Is Being Created Already Exists!"));
             });
         OnLinkedTableCreation.Fire(table->Key());
-        Log([&] { return Message("New Linked Table Created: ", table->Key()); },
-            database_->switches.logLkTableCreation);
+        Log([&] { return Message("New Linked Table Created: ", table->Key()); }, tables,
+            &LogType::logLkTableCreation);
         return table;
     });
 }
@@ -99,11 +100,12 @@ bool CVLDBEngine::ChangeLinks(const TableArgument& Table1, const TableArgument& 
         return WhenRaised(
             kTableNotFound,
             [&] {
+                const auto tables = database_->tables;
                 const auto table = Resolve(Table1);
                 const auto target = Resolve(Table2);
                 body(*table, target);
-                Log([&] { return Message(text, table->Key(), " And ", target->Key()); },
-                    database_->switches.logTablesLinking);
+                Log([&] { return Message(text, table->Key(), " And ", target->Key()); }, tables,
+                    &LogType::logTablesLinking);
                 return true;
             },
             [&] {
@@ -186,12 +188,12 @@ bool CVLDBEngine::DeleteTable(const TableArgument& varTable, bool CascadeDelete)
             raise_not_found);
         if (linked) {
             OnLinkedTableDeletion.Fire(name);
-            Log([&] { return Message("Linked Table Deleted: ", name); },
-                database_->switches.logLkTableDeletion);
+            Log([&] { return Message("Linked Table Deleted: ", name); }, tables,
+                &LogType::logLkTableDeletion);
         } else {
             OnTableDeletion.Fire(name);
-            Log([&] { return Message("Table Deleted: ", name); },
-                database_->switches.logTableDeletion);
+            Log([&] { return Message("Table Deleted: ", name); }, tables,
+                &LogType::logTableDeletion);
         }
         return true;
     });

@@ -109,6 +109,7 @@ std::shared_ptr<CVLDBUser> CVLDBEngine::CreateNewUser(std::string_view UserName,
     return Report(kSource, [&] {
         AskLogOn(kSource);
         AskOpen(kSource);
+        const auto tables = database_->tables;  // a handler may open another database
         auto user = WhenRaised(
             CVLErrorNum::GetUserAddError(),
             [&] {
@@ -124,7 +125,7 @@ std::shared_ptr<CVLDBUser> CVLDBEngine::CreateNewUser(std::string_view UserName,
         if (!Description.empty()) user->UserDescription(Description);
         user->UserDisabled(Disabled);
         Log([&] { return Message("New User Created: ", UserName, " For ", database_->name); },
-            database_->switches.logUserCreation);
+            tables, &LogType::logUserCreation);
         return user;
     });
 }

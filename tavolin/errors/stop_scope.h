@@ -18,10 +18,12 @@
 namespace tavolin {
 
 // While one lives, `stop` is asked whether to stop; the innermost one's, where there are several.
-// Its first yes raises 32755 where it was asked. Records that had been added or deleted by then are
-// taken back, and the events of the record sets and of the engine say so; the log keeps both lines.
-// After that it is not asked again. It is asked often, so it should be quick, and must not throw or
-// call the library.
+// An empty one keeps those further out from being asked. The first yes raises 32755 where it was
+// asked. Records that had been added or deleted by then are taken back, and when all are, the
+// events of the record sets, of the tables and of the engine say so; the log keeps both lines. A
+// handler who throws then keeps those behind him from being told, and nothing else. After its yes
+// `stop` is not asked again. It is asked often, so it should be quick, and must not throw or call
+// the library.
 class TAVOLIN_API StopScope {
   public:
     explicit StopScope(std::function<bool()> stop);

@@ -55,4 +55,15 @@ void OrTakeBack(Body&& body, TakeBack&& take_back) {
     }
 }
 
+// Runs body() and, when it raises this number, then(), which may raise another in its place.
+template <class Body, class Then>
+decltype(auto) WhenRaised(std::int32_t number, Body&& body, Then&& then) {
+    try {
+        return body();
+    } catch (const Error& error) {
+        if (error.number() == number) then();
+        throw;
+    }
+}
+
 }  // namespace tavolin

@@ -54,7 +54,8 @@ class TAVOLIN_API CVLDBOwnerSet {
     std::vector<std::uint8_t> RegistryState() const;
     void RegistryState(std::span<const std::uint8_t> state);
     // A registry file that is there and cannot be read leaves the set empty, and is renamed before
-    // the set is first stored; one of a newer format is left alone, and storing raises its error.
+    // the set is first stored if it cannot be read then either. One that somebody held is not: what
+    // he wrote stays. One of a newer format is left alone, and storing raises its error.
     void LoadRegistry();
     // Does what was done to this set since it was loaded or stored to the file as it is now: what
     // other engines and other processes wrote meanwhile stays. The set itself does not learn of it.

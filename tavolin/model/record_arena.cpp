@@ -29,6 +29,8 @@ constexpr std::size_t kLargeArenaUnits = 8 * kSlabUnits;
 constexpr std::size_t kLargeSlabUnits =
     2 * kSlabUnits - (TextSearcher::kPadding + ByteBuffer::kPadding) / kUnit;
 constexpr std::size_t kTypicalImage = 64;  // bytes
+constexpr std::array<bool, kFieldCount> kEveryField = {true, true, true, true, true,
+                                                       true, true, true, true, true};
 
 std::size_t UnitsFor(std::size_t bytes) { return (bytes + kUnit - 1) / kUnit; }
 
@@ -259,12 +261,9 @@ RecordHandle RecordArena::Create(std::int32_t n_key, const FieldTexts& fields,
         return record;
     }
     try {
-        const std::size_t own_units = UnitsFor(sizeof(std::uint32_t) + shape.payload_size());
-        const RecordHandle own = Allocate(own_units);
-        StoreLittle(Block(own), static_cast<std::uint32_t>(own_units));
+        const RecordHandle own = AllocateMoved(shape.payload_size());
         Fill(Block(own) + sizeof(std::uint32_t), shape.width, fields);
-        StoreLittle(Block(record) + kHeaderSize, own);
-        At(record)->flags |= kMoved;
+        PlaceMoved(record, own);
     } catch (...) {
         Free(record, units);
         throw;
@@ -399,13 +398,48 @@ void RecordArena::PlacePayload(RecordHandle record, std::span<const std::uint8_t
         std::memcpy(Block(record) + kHeaderSize, payload.data(), payload.size());
         return;
     }
-    const std::size_t units = UnitsFor(sizeof(std::uint32_t) + payload.size());
-    const RecordHandle own = Allocate(units);
-    FreeMovedPayload(record);
-    StoreLittle(Block(own), static_cast<std::uint32_t>(units));
+    const RecordHandle own = AllocateMoved(payload.size());
     std::memcpy(Block(own) + sizeof(std::uint32_t), payload.data(), payload.size());
+    PlaceMoved(record, own);
+}
+
+// A block for such a payload alone, which begins with the block's size.
+RecordHandle RecordArena::AllocateMoved(std::size_t payload_size) {
+    const std::size_t units = UnitsFor(sizeof(std::uint32_t) + payload_size);
+    const RecordHandle own = Allocate(units);
+    StoreLittle(Block(own), static_cast<std::uint32_t>(units));
+    return own;
+}
+
+void RecordArena::PlaceMoved(RecordHandle record, RecordHandle own) noexcept {
+    FreeMovedPayload(record);
     StoreLittle(Block(record) + kHeaderSize, own);
     At(record)->flags |= kMoved;
+}
+
+RecordArena::KeptFields RecordArena::KeepFields(RecordHandle record) {
+    const Payload payload = PayloadOf(record);
+    const RecordHandle block = AllocateMoved(payload.size());
+    std::memcpy(Block(block) + sizeof(std::uint32_t), payload.ends, payload.size());
+    return {block, static_cast<std::uint8_t>(At(record)->flags & (kWidthMask | kNotAscii))};
+}
+
+void RecordArena::PutBackFields(RecordHandle record, KeptFields& kept) noexcept {
+    const Payload payload{Block(kept.block) + sizeof(std::uint32_t), kept.flags & kWidthMask};
+    const Recount recount(*this, record, kEveryField);
+    std::uint8_t& flags = At(record)->flags;
+    flags = static_cast<std::uint8_t>((flags & ~(kWidthMask | kNotAscii)) | kept.flags);
+    if (UnitsFor(kHeaderSize + payload.size()) <= At(record)->units) {
+        PlacePayload(record, {payload.ends, payload.size()});
+    } else {
+        PlaceMoved(record, std::exchange(kept.block, kNoHandle));
+    }
+}
+
+void RecordArena::DropFields(KeptFields& kept) noexcept {
+    if (kept.block == kNoHandle) return;
+    Free(kept.block, LoadLittle<std::uint32_t>(Block(kept.block)));
+    kept.block = kNoHandle;
 }
 
 // --- keys
@@ -521,13 +555,6 @@ void RecordArena::MakeCounts(int field, std::span<const RecordHandle> records) {
     for (const RecordHandle record : records) At(record)->counted = true;
     counts_[Index(field)] = std::move(counts);
 }
-
-namespace {
-
-constexpr std::array<bool, kFieldCount> kEveryField = {true, true, true, true, true,
-                                                       true, true, true, true, true};
-
-}  // namespace
 
 void RecordArena::CountIn(RecordHandle record) noexcept {
     if (!AnyCounts()) return;

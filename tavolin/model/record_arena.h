@@ -88,6 +88,15 @@ class RecordArena {
     void SetFields(RecordHandle record, const FieldTexts& values,
                    const std::array<bool, kFieldCount>& changed);
 
+    // A copy of all fields, in a block of its own. Putting it back and dropping it need no memory.
+    struct KeptFields {
+        RecordHandle block;
+        std::uint8_t flags;
+    };
+    KeptFields KeepFields(RecordHandle record);
+    void PutBackFields(RecordHandle record, KeptFields& kept) noexcept;
+    void DropFields(KeptFields& kept) noexcept;
+
     std::int32_t NumberKey(RecordHandle record) const { return At(record)->n_key; }
     void NumberKey(RecordHandle record, std::int32_t n_key) { At(record)->n_key = n_key; }
 
@@ -250,7 +259,9 @@ class RecordArena {
     void ChangeCounts(RecordHandle record, const FieldMarks& fields, Change change) noexcept;
 
     static void Fill(std::uint8_t* payload, int width, const FieldTexts& fields);
+    RecordHandle AllocateMoved(std::size_t payload_size);
     void PlacePayload(RecordHandle record, std::span<const std::uint8_t> payload);
+    void PlaceMoved(RecordHandle record, RecordHandle own) noexcept;
     void FreeMovedPayload(RecordHandle record) noexcept;
     std::string ComposeKey(RecordHandle record) const;
     Extras& ExtrasOf(RecordHandle record);

@@ -78,6 +78,10 @@ class RecordCollection {
         const std::shared_ptr<RecordCollection>& collection, std::span<const RecordHandle> order);
     // Whether a record of the arena stands in this collection.
     bool Holds(RecordHandle record) { return PositionOf(record) != 0; }
+    // The same for a record of any arena.
+    bool Holds(const std::shared_ptr<RecordArena>& arena, RecordHandle record) {
+        return arena == arena_ && Holds(record);
+    }
     // The records whose key, as the host sees it, is this one, in their order.
     std::vector<RecordHandle> WithKey(std::string_view key);
     // Whether a record of this collection, other than `record`, holds the value in a field, without

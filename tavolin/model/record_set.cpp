@@ -46,7 +46,7 @@ bool SetPropsAtOnce(const CVLRecord& record, const FieldTexts& props, const Prim
 
 // Somebody is told of each, who may change the next ones.
 bool SetPropsOneByOne(CVLRecord& record, const FieldTexts& props, const PrimaryKeyType& fixed) {
-    const FormerRecord former(record);
+    FormerRecord former(record);
     bool allowed = true;
     OrTakeBack(
         [&] {
@@ -85,21 +85,27 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Add(const PrimaryKeyType& Key, std::int
                                              const FieldTexts& props,
                                              std::shared_ptr<CVLAttachmentSet> AttachmentSet,
                                              const Placement& place) {
-    static constexpr const char* kSource = "CVLRecordSet:Add Method";
-    return Trap(kSource, [&] {
-        AskWrite(session(), kSource);
-        CheckParts(Key, kSource);
-        std::shared_ptr<CVLRecord> record;
-        try {
-            record = records_->Add(nKey, props, Key, std::move(AttachmentSet), place);
-        } catch (const Error& error) {
-            if (error.number() != kDuplicateKey) throw;
-            Raise(CVLErrorNum::GetRecordAddError(), kSource,
-                  Message("The Record That Is Being Added Already Exists In DataBase!"));
-        }
+    return Trap("CVLRecordSet:Add Method", [&] {
+        auto record = AddUntold(Key, nKey, props, std::move(AttachmentSet), place);
         OnRecordAdd.Fire(record);
         return record;
     });
+}
+
+std::shared_ptr<CVLRecord> CVLRecordSet::AddUntold(const PrimaryKeyType& Key, std::int32_t nKey,
+                                                   const FieldTexts& props,
+                                                   std::shared_ptr<CVLAttachmentSet> AttachmentSet,
+                                                   const Placement& place) {
+    static constexpr const char* kSource = "CVLRecordSet:Add Method";
+    AskWrite(session(), kSource);
+    CheckParts(Key, kSource);
+    return WhenRaised(
+        kDuplicateKey,
+        [&] { return records_->Add(nKey, props, Key, std::move(AttachmentSet), place); },
+        [&] {
+            Raise(CVLErrorNum::GetRecordAddError(), kSource,
+                  Message("The Record That Is Being Added Already Exists In DataBase!"));
+        });
 }
 
 std::shared_ptr<CVLRecord> CVLRecordSet::Update(const PrimaryKeyType& Key,

@@ -208,6 +208,11 @@ class TAVOLIN_API CVLRecordSet {
 
     // Library-internal.
 
+    // Add, without the event.
+    std::shared_ptr<CVLRecord> AddUntold(const PrimaryKeyType& Key, std::int32_t nKey,
+                                         const FieldTexts& props,
+                                         std::shared_ptr<CVLAttachmentSet> AttachmentSet,
+                                         const Placement& place);
     // Remove, for a record that is known to stand in the set.
     void Remove(const std::shared_ptr<CVLRecord>& record);
     void ReplaceCollection(std::shared_ptr<RecordCollection> records);

@@ -37,7 +37,7 @@ class SortTexts {
         // records is memory that may be read.
         const std::size_t next = pieces[1].empty() ? 2 : 1;
         if (pieces[0].size() + pieces[next].size() >= 2 * TextWord::kBytes) {
-            std::array<char, 5 * kWordBytes> bytes;
+            std::array<char, 4 * kWordBytes> bytes;
             const std::size_t taken = std::min(pieces[0].size(), 2 * kWordBytes);
             std::memcpy(bytes.data(), pieces[0].data(), 2 * kWordBytes);
             std::memcpy(bytes.data() + taken, pieces[next].data(), 2 * kWordBytes);

@@ -54,13 +54,13 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     void ReferencedTable(int TableNum, std::string_view name);
     bool IsReferenced() const { return ReferenceCount() > 0; }
 
-    // The name of the table that a field links to, or empty. Above 9: 9.
+    // The name of the table that a field links to, or empty. Raises 9 above 9.
     const std::string& LinkedTable(int number0to9) const;
     void LinkedTable(int number0to9, std::string_view name);
 
     // How many fields are foreign keys.
     std::uint8_t NumberOfLinkedTables() const;
-    bool FieldIsForeignKey(int fldNum0to9) const;  // above 9: 9
+    bool FieldIsForeignKey(int fldNum0to9) const;  // raises 9 above 9
     // isLinkedTable once another table links to it.
     TableEnum SpecificType() const { return type_; }
 
@@ -186,7 +186,6 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
 
   private:
     using Names = std::array<std::string, kFieldCount>;
-    using Handles = std::vector<std::pair<std::shared_ptr<tavolin::CVLRecordSet>, RecordHandle>>;
     class Additions;
     class FormerLink;
     class Filling;
@@ -209,8 +208,7 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     void FreeInSet(const CVLTableSet& tables);
     void ForgetLinksTo(std::string_view table);
     void RecomputeType();
-    void FillFrom(int field, CVLTable& target);
-    static void TakeOut(const Handles& added);
+    void FillFrom(int field, CVLTable& target, Additions& added);
 
     std::shared_ptr<Session> session_;
     CVLTableSet* set_ = nullptr;  // the set that the table stands in; it clears this when it goes

@@ -43,34 +43,44 @@ std::string KeyOfOneField(const CVLTable& table, std::string_view value) {
 
 }  // namespace
 
-// The records that one call adds. When memory runs out in its middle they are taken out again, for
-// which no memory is needed, and the sets say so to those whom they have told of them.
+// The records that one call adds. When it is stopped or runs out of memory in its middle, they are
+// taken out again, for which no memory is needed, and the sets and tables that have told of them
+// say so.
 class CVLTable::Additions {
   public:
-    template <class Body>
-    std::shared_ptr<CVLRecord> Add(std::shared_ptr<tavolin::CVLRecordSet> records, Body&& add) {
-        Addition& addition =
-            additions_.emplace_back(Addition{std::move(records), nullptr, nullptr});
-        const auto set = addition.records;  // a handler may add more
-        const std::size_t at = additions_.size() - 1;
-        auto record = add(*set);
-        additions_[at].record = record;
-        return record;
+    Additions() = default;
+    ~Additions() { Clear(); }
+    Additions(const Additions&) = delete;
+    Additions& operator=(const Additions&) = delete;
+
+    std::shared_ptr<CVLRecord> Add(std::shared_ptr<tavolin::CVLRecordSet> records,
+                                   const PrimaryKeyType& key, std::int32_t n_key,
+                                   const FieldTexts& fields,
+                                   std::shared_ptr<tavolin::CVLAttachmentSet> attachments = nullptr,
+                                   const Placement& place = {}) {
+        Addition& addition = additions_.emplace_back();
+        addition.records = std::move(records);
+        addition.record =
+            addition.records->AddUntold(key, n_key, fields, std::move(attachments), place);
+        addition.arena = addition.record->arena();
+        addition.handle = addition.record->handle();
+        addition.arena->AddReference(addition.handle);
+        addition.records->OnRecordAdd.Fire(addition.record);
+        return addition.record;
     }
 
-    void TakeBack() {
+    // What a handler has taken out already stays so. Nobody is told before everything is as it was;
+    // restore() sees to what is not a record.
+    template <class Restore>
+    void TakeBack(Restore&& restore) {
         for (auto each = additions_.rbegin(); each != additions_.rend(); ++each) {
-            if (!each->record) continue;
-            each->records->Collection()->Remove(each->record->handle());
-            each->records->OnRecordRemove.Fire(each->record);
-            if (each->told_by) each->told_by->OnRecordRemove.Fire(each->record);
+            const auto records = each->records->Collection();
+            each->taken_back = records->Holds(each->arena, each->handle);
+            if (each->taken_back) records->Remove(each->handle);
         }
-    }
-
-    // Without their objects, which a million records are too many for.
-    void Remember(Handles& handles) const {
-        for (const Addition& each : additions_) {
-            handles.emplace_back(each.records, each.record->handle());
+        restore();
+        for (auto each = additions_.rbegin(); each != additions_.rend(); ++each) {
+            if (each->taken_back) each->TellRemoval();
         }
     }
 
@@ -81,11 +91,37 @@ class CVLTable::Additions {
         table->OnRecordAdd.Fire(additions_[index].record);
     }
 
+    // A million records are too many for objects.
+    void DropObjects() {
+        for (auto each = additions_.rbegin(); each != additions_.rend() && each->record; ++each) {
+            each->record.reset();
+        }
+    }
+    // They stay whatever comes.
+    void Clear() {
+        for (const Addition& each : additions_) {
+            if (each.arena) each.arena->Release(each.handle);
+        }
+        additions_.clear();
+    }
+
   private:
     struct Addition {
         std::shared_ptr<tavolin::CVLRecordSet> records;
+        std::shared_ptr<RecordArena> arena;  // nothing while the record is not there
         std::shared_ptr<CVLRecord> record;
         std::shared_ptr<CVLTable> told_by;
+        RecordHandle handle = kNoHandle;
+        bool taken_back = false;
+
+        void TellRemoval() {
+            const bool heard = records->OnRecordRemove.HasHandlers() ||
+                               (told_by && told_by->OnRecordRemove.HasHandlers());
+            if (!heard) return;
+            if (!record) record = RecordArena::Object(arena, handle);
+            records->OnRecordRemove.Fire(record);
+            if (told_by) told_by->OnRecordRemove.Fire(record);
+        }
     };
     std::vector<Addition> additions_;
 };
@@ -153,15 +189,17 @@ class CVLTable::Filling {
         }
     }
 
-    void Fill(std::string_view value, std::int32_t n_key, Additions& all) const {
+    void Fill(std::string_view text, std::int32_t n_key, Additions& all) const {
+        // Most values are keys already, and those need no copy.
+        if (!chain_.front()->CanAdd(text)) return;
+        const std::string value(text);  // which a handler may change
         const std::size_t first = all.size();
-        for (const auto& table : chain_) {
-            if (!table->CanAdd(value)) break;
-            const std::string key = KeyOfOneField(*table, value);
-            if (table->records_->Collection()->Find(key) != kNoHandle) break;
-            all.Add(table->records_, [&](tavolin::CVLRecordSet& records) {
-                return records.Add(table->primary_key_, n_key, {value});
-            });
+        for (std::size_t i = 0; i < chain_.size(); ++i) {
+            CVLTable& table = *chain_[i];
+            if (i > 0 && !table.CanAdd(value)) break;
+            const std::string key = KeyOfOneField(table, value);
+            if (key != value && table.records_->Collection()->Find(key) != kNoHandle) break;
+            all.Add(table.records_, table.primary_key_, n_key, {value});
         }
         // A table tells of its record when the records that it refers to are there.
         for (std::size_t i = all.size() - first; i-- > 0;) all.Tell(first + i, chain_[i]);
@@ -181,20 +219,18 @@ std::shared_ptr<CVLRecord> CVLTable::Add(const std::shared_ptr<CVLTableSet>& use
         // Adding to what a search found changes nothing else.
         const auto fillings = is_result_ ? Fillings() : PlanFillings(useTableSet);
         const auto records = records_;  // a handler may give the table another set
-        const auto add = [&](tavolin::CVLRecordSet& set) {
-            return set.Add(primary_key_, nKey, props, std::move(AttachmentsTable), place);
-        };
         std::shared_ptr<CVLRecord> record;
         if (fillings.empty()) {
-            record = add(*records);
+            record = records->Add(primary_key_, nKey, props, std::move(AttachmentsTable), place);
         } else {
             Additions all;
             OrTakeBack(
                 [&] {
-                    record = all.Add(records, add);
+                    record = all.Add(records, primary_key_, nKey, props,
+                                     std::move(AttachmentsTable), place);
                     Fill(fillings, *record, nKey, all);
                 },
-                [&] { all.TakeBack(); });
+                [&] { all.TakeBack([] {}); });
         }
         OnRecordAdd.Fire(record);
         return record;
@@ -213,17 +249,14 @@ std::shared_ptr<CVLRecord> CVLTable::Update(const std::shared_ptr<CVLTableSet>& 
         if (fillings.empty() || !record) {
             records->Update(primary_key_, record, props, std::move(AttachmentsTable));
         } else {
-            const FormerRecord former(*record);
+            FormerRecord former(*record);
             Additions all;
             OrTakeBack(
                 [&] {
                     records->Update(primary_key_, record, props, std::move(AttachmentsTable));
                     Fill(fillings, *record, type_, all);
                 },
-                [&] {
-                    all.TakeBack();
-                    former.PutBack();
-                });
+                [&] { all.TakeBack([&] { former.PutBack(); }); });
         }
         OnRecordUpDate.Fire(record);
         return record;
@@ -244,8 +277,7 @@ CVLTable::Fillings CVLTable::PlanFillings(const std::shared_ptr<CVLTableSet>& ta
 void CVLTable::Fill(const Fillings& fillings, const CVLRecord& record, std::int32_t n_key,
                     Additions& all) {
     for (const FieldFilling& filling : fillings) {
-        const std::string value(record.arena()->Field(record.handle(), filling.field));
-        filling.chain->Fill(value, n_key, all);
+        filling.chain->Fill(record.arena()->Field(record.handle(), filling.field), n_key, all);
     }
 }
 
@@ -277,15 +309,16 @@ std::shared_ptr<CVLTable> CVLTable::Link(int fldNum0to9, const TableArgument& to
         auto target = Resolve(toTable, kSource);
         const auto field = static_cast<std::size_t>(fldNum0to9);
         const FormerLink former(*this, field, *target);
-        try {
-            DropOldLink(fldNum0to9, target->key_);
-            SetLink(field, target->key_);
-            foreign_[field] = true;
-            if (target->NoteReferenceFrom(key_)) FillFrom(fldNum0to9, *target);
-        } catch (const Error& error) {
-            if (error.number() == kCancelled) former.PutBack();
-            throw;
-        }
+        Additions added;
+        WhenRaised(
+            kCancelled,
+            [&] {
+                DropOldLink(fldNum0to9, target->key_);
+                SetLink(field, target->key_);
+                foreign_[field] = true;
+                if (target->NoteReferenceFrom(key_)) FillFrom(fldNum0to9, *target, added);
+            },
+            [&] { added.TakeBack([&] { former.PutBack(); }); });
         target->type_ = isLinkedTable;
         OnFieldSetAsForeignKey.Fire(names_[field]);
         return target;
@@ -302,7 +335,7 @@ bool CVLTable::NoteReferenceFrom(std::string_view table) {
     return true;
 }
 
-// Every change of a table's links and slots goes through here.
+// Every change of a table's links and slots but a renaming (CVLTableSet::Rename) goes through here.
 void CVLTable::SetMention(std::string& mention, std::string_view name) {
     std::string copy(name);
     if (set_ != nullptr) set_->links().Add(copy, *this);  // or it fails and nothing has changed
@@ -337,36 +370,19 @@ void CVLTable::ClearReferencesTo(std::string_view table) {
 
 void CVLTable::RecomputeType() { type_ = IsReferenced() ? isLinkedTable : isPrimaryTable; }
 
-void CVLTable::FillFrom(int field, CVLTable& target) {
+void CVLTable::FillFrom(int field, CVLTable& target, Additions& added) {
     const StopCheck stop;
     const Filling filling(session_->Tables(), target);
-    Handles added;
-    try {
-        const auto records = records_->Collection();
-        RecordCollection::Cursor cursor(*records);
-        for (RecordHandle record; (record = cursor.Next()) != kNoHandle;) {
-            stop.Ask();
-            const std::string_view value = records->arena().Field(record, field);
-            // Most values are keys already, and those need no copy.
-            if (!target.CanAdd(value)) continue;
-            Additions all;
-            filling.Fill(std::string(value), 1, all);
-            if (stop.active()) all.Remember(added);
+    const auto records = records_->Collection();
+    RecordCollection::Cursor cursor(*records);
+    for (RecordHandle record; (record = cursor.Next()) != kNoHandle;) {
+        stop.Ask();
+        filling.Fill(records->arena().Field(record, field), 1, added);
+        if (stop.active()) {
+            added.DropObjects();
+        } else {
+            added.Clear();
         }
-    } catch (const Error& error) {
-        if (error.number() == kCancelled) TakeOut(added);
-        throw;
-    }
-}
-
-void CVLTable::TakeOut(const Handles& added) {
-    for (auto each = added.rbegin(); each != added.rend(); ++each) {
-        const auto& [set, handle] = *each;
-        const auto records = set->Collection();
-        if (!records->Holds(handle)) continue;
-        const auto record = records->Object(handle);
-        records->Remove(handle);
-        set->OnRecordRemove.Fire(record);
     }
 }
 

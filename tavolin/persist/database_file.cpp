@@ -92,8 +92,7 @@ StateMark MarkOf(std::span<const std::uint8_t> state) {
 
 std::optional<StateMark> ReadMark(std::string_view path) {
     FileSystem& files = FileSystem::Current();
-    const PathKind kind = files.Kind(path);
-    if (kind == PathKind::kMissing || kind == PathKind::kNoFolder) return std::nullopt;
+    if (!IsThere(files.Kind(path))) return std::nullopt;
     const auto head = files.ReadFile(path, kDescriptorSize + bag_layout::kItemsAt);
     if (head.size() < kDescriptorSize) return StateMark();
     return MarkOf(std::span(head).subspan(kDescriptorSize));

@@ -19,7 +19,7 @@ std::string SiblingOf(std::string_view path) {
 // The ordinary file that is about to be replaced; opened for writing to learn that it may be.
 std::unique_ptr<File> OpenOld(FileSystem& files, std::string_view path) {
     const PathKind kind = files.Kind(path);
-    if (kind == PathKind::kMissing || kind == PathKind::kNoFolder) return nullptr;
+    if (!IsThere(kind)) return nullptr;
     if (kind == PathKind::kOther) {
         throw std::filesystem::filesystem_error("not an ordinary file", NativePath(path),
                                                 std::make_error_code(std::errc::invalid_argument));

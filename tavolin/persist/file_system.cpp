@@ -26,8 +26,6 @@ void CopyTail(File& from, std::uint64_t offset, File& to) {
     }
 }
 
-bool IsThere(PathKind kind) { return kind != PathKind::kMissing && kind != PathKind::kNoFolder; }
-
 }  // namespace
 
 void WriteAll(File& file, ByteView bytes) {

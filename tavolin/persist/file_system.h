@@ -40,6 +40,10 @@ enum class PathKind {
     kUnknown,   // the machine would not say
 };
 
+inline bool IsThere(PathKind kind) {
+    return kind != PathKind::kMissing && kind != PathKind::kNoFolder;
+}
+
 enum class FileMode {
     kRead,    // an existing file; others may read it as well
     kUpdate,  // an existing file, to read and to write, contents kept
@@ -66,7 +70,8 @@ class TAVOLIN_API File {
     virtual void Close() = 0;
 };
 
-// A lock that is held until it is destroyed, or until its process ends in whatever way.
+// A lock that is held until it is destroyed, which is for the thread that has got it, or until its
+// process ends in whatever way.
 class TAVOLIN_API FolderLock {
   public:
     FolderLock() = default;

@@ -162,9 +162,9 @@ std::unique_ptr<File> OpenHandle(const fs::path& path, DWORD access, DWORD share
     return file;
 }
 
-// A place in the queue of those on this machine who want a folder's lock. Without it whoever asks
-// most often gets the lock, and somebody may wait until his patience ends. Two folders may have one
-// queue; where there is none to be had, everybody is next.
+// A place in the queue of those of this log-on session who want a folder's lock. Without it whoever
+// asks most often gets the lock, and somebody may wait until his patience ends. Two folders may
+// have one queue; where there is none to be had, everybody is next.
 class FolderQueue {
   public:
     explicit FolderQueue(const fs::path& folder) {
@@ -194,7 +194,6 @@ class FolderQueue {
     bool next_ = false;
 };
 
-// To be given back by the thread that has got it.
 class WindowsFolderLock final : public FolderLock {
   public:
     explicit WindowsFolderLock(const fs::path& folder) : queue(folder) {}
@@ -206,7 +205,9 @@ class WindowsFolderLock final : public FolderLock {
     HANDLE file = INVALID_HANDLE_VALUE;
 };
 
+// In a row.
 constexpr int kMostDenials = 300;
+constexpr int kMostDenialsOfNothing = 10;
 
 class WindowsFileSystem final : public FileSystem {
   public:
@@ -295,17 +296,21 @@ class WindowsFileSystem final : public FileSystem {
         auto lock = std::make_unique<WindowsFolderLock>(path.parent_path());
         if (!lock->queue.Wait(kLockPatience)) FailWith("somebody else locks", path, EBUSY);
         int denied = 0;
+        int denied_nothing = 0;
         for (;;) {
             lock->file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                                        FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
             if (lock->file != INVALID_HANDLE_VALUE) return lock;
             const DWORD code = ::GetLastError();
-            // A file that is just going is denied as well as one in a folder without rights, but
-            // not time after time. A clock would not do: on a busy machine much of it passes
-            // between two tries.
             if (!IsInUse(code)) return nullptr;
-            denied = code == ERROR_ACCESS_DENIED ? denied + 1 : 0;
-            if (denied > kMostDenials) return nullptr;
+            // A file that is just going is denied as well as one in a folder without rights, but
+            // not time after time, and mostly it is still there. A clock would not do: on a busy
+            // machine much of it passes between two tries.
+            const bool refused = code == ERROR_ACCESS_DENIED;
+            const bool nothing = refused && Kind(PortablePath(path)) == PathKind::kMissing;
+            denied = refused ? denied + 1 : 0;
+            denied_nothing = nothing ? denied_nothing + 1 : 0;
+            if (denied > kMostDenials || denied_nothing > kMostDenialsOfNothing) return nullptr;
             if (std::chrono::steady_clock::now() > end) {
                 FailWith("somebody else locks", path, EBUSY);
             }

@@ -136,17 +136,15 @@ std::size_t DamagedBag::ReadSeries(StoredItem& item, const Layout& layout, std::
     while (end - at >= kLengthBytes) {
         const std::size_t start = at;
         const bool more_wanted = !stated || item.objects.size() < count;
+        const auto length = LoadLittle<std::uint64_t>(bytes_.data() + at);
         if (!ElementAt(layout, at, end, !more_wanted)) {
             if (!more_wanted) break;
             // One of which the length or the beginning alone is damaged can be read all the same.
+            const std::size_t inside = at + kLengthBytes;
             const bool begins =
-                HeadAt(layout.slots[0], at + kLengthBytes, end).has_value() ||
-                (LoadLittle<std::uint64_t>(bytes_.data() + at) <= end - at - kLengthBytes &&
-                 LoadLittle<std::uint64_t>(bytes_.data() + at) > 0 &&
-                 Resync(
-                     layout, 1, at + kLengthBytes,
-                     at + kLengthBytes +
-                         static_cast<std::size_t>(LoadLittle<std::uint64_t>(bytes_.data() + at))));
+                HeadAt(layout.slots[0], inside, end).has_value() ||
+                (length <= end - inside && length > 0 &&
+                 Resync(layout, 1, inside, inside + static_cast<std::size_t>(length)));
             if (!begins) {
                 while (at < end && !ElementAt(layout, at, end, true)) ++at;
                 Add(Finding::Kind::kLoss, start, where(),
@@ -156,7 +154,6 @@ std::size_t DamagedBag::ReadSeries(StoredItem& item, const Layout& layout, std::
                 continue;
             }
         }
-        const auto length = LoadLittle<std::uint64_t>(bytes_.data() + at);
         at += kLengthBytes;
         const std::size_t number = item.objects.size() + 1;
         const bool fits = length <= end - at;

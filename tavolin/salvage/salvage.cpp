@@ -7,7 +7,6 @@
 #include "tavolin/engine/database.h"
 #include "tavolin/errors/error.h"
 #include "tavolin/model/owner_set.h"
-#include "tavolin/persist/checksum.h"
 #include "tavolin/persist/file_system.h"
 #include "tavolin/persist/little_endian.h"
 #include "tavolin/persist/property_bag_layout.h"
@@ -150,19 +149,22 @@ void SalvagedFile::ReadTables() {
 // The last word has the reader that databases are loaded with.
 void SalvagedFile::CheckStrictly() {
     try {
-        const auto copy = std::make_shared<ByteBuffer>(array_.size());
-        std::copy(array_.begin(), array_.end(), copy->data());
         if (kind_ == Kind::kRegistry) {
             CVLDBOwnerSet().RegistryState(array_);
         } else {
-            Database database;
-            database.session = std::make_shared<Session>(nullptr);
-            PropertyBagReader bag(copy);
-            database.ReadProperties(bag);
+            LoadStrictly(array_);
         }
     } catch (const DamagedState& damage) {
         if (whole()) Note(Finding::Kind::kDamage, 0, {}, damage.what());
     }
+}
+
+// Raises DamagedState for what cannot be loaded as a database.
+void SalvagedFile::LoadStrictly(std::span<const std::uint8_t> state) {
+    Database database;
+    database.session = std::make_shared<Session>(nullptr);
+    PropertyBagReader bag(state);
+    database.ReadProperties(bag);
 }
 
 bool SalvagedFile::whole() const {

@@ -12,8 +12,10 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tavolin/base/byte_buffer.h"
 #include "tavolin/base/export.h"
@@ -69,14 +71,17 @@ class TAVOLIN_API SalvagedFile {
         std::string title;
         std::vector<DamagedBag::Record> records;
     };
+    struct Keys;
 
     std::size_t Locate(std::span<const std::uint8_t> file, std::size_t& size);
     void Read();
     void ReadTables();
     void LookAround();
-    void LookAtKeys(const Table& table);
-    void LookAtLinks(const Table& table);
+    Keys KeysOf(const Table& table) const;
+    void LookAtKeys(const Table& table, const Keys& keys);
+    void LookAtLinks(const Table& table, std::span<const Keys> keys);
     void CheckStrictly();
+    static void LoadStrictly(std::span<const std::uint8_t> state);
     void Sort();
     const StoredObject* UserNamed(std::string_view name) const;
     void MendUsers(const std::optional<NewOwner>& new_owner);

@@ -17,12 +17,7 @@ ByteBuffer SalvagedFile::State(const std::optional<NewOwner>& new_owner) {
     PropertyBagWriter writer;
     WriteObject(writer, root_);
     ByteBuffer state = std::move(writer).Finish();
-    const auto copy = std::make_shared<ByteBuffer>(state.size());
-    std::copy(state.bytes().begin(), state.bytes().end(), copy->data());
-    Database database;
-    database.session = std::make_shared<Session>(nullptr);
-    PropertyBagReader bag(copy);
-    database.ReadProperties(bag);
+    LoadStrictly(state.bytes());
     return state;
 }
 

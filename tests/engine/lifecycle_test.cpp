@@ -67,7 +67,9 @@ TEST_F(LifecycleTest, ANewDatabaseIsItsCreatorsAndEmpty) {
 
 TEST_F(LifecycleTest, AHandlerMayOpenAnotherDatabase) {
     engine_.LogDBActivities(false, false, true);
-    engine_.OnOwnerChange.Connect([&](const auto&) { engine_.CreateNewDB("other", FolderPath()); });
+    const char* next = "other";
+    const auto create = [&](const auto&) { engine_.CreateNewDB(next, FolderPath()); };
+    const auto told = engine_.OnOwnerChange.Connect(create);
     const auto connection = engine_.OnDBCreation.Connect(
         [&](const auto&, Date, const auto&) { engine_.LogDBActivities(false, false, true); });
     engine_.ChangeOwner("bob", "b");
@@ -75,6 +77,12 @@ TEST_F(LifecycleTest, AHandlerMayOpenAnotherDatabase) {
         "OwnerShip Of DataBase shop.cdb Has Been Changed From ann To bob\r\n"));
     engine_.SaveDB();
     EXPECT_EQ(Contents(File("other.log")).find("OwnerShip"), std::string::npos);
+    engine_.OnOwnerChange.Disconnect(told);
+    next = "third";
+    engine_.CVLDBOwnerSet()->OnDBOwnerAdd.Connect(create);
+    engine_.ChangeOwner("cid", "c");
+    engine_.SaveDB();
+    EXPECT_EQ(Contents(File("third.log")).find("OwnerShip"), std::string::npos);
     engine_.OnDBCreation.Disconnect(connection);
     engine_.OnDBCreation.Connect([&](const auto&, Date, const auto&) { engine_.LoadDB(file_); });
     EXPECT_EQ(engine_.CreateNewDB("new", FolderPath())->Count(), 0);

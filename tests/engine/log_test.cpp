@@ -194,6 +194,10 @@ TEST_F(LogTest, LinesOfOneDatabaseNeverReachAnothersFile) {
     engine_.SaveDB();
     EXPECT_EQ(Contents(File("shop.log")),
               "\r\n" + Line("Log On: ann To " + File("shop.cdb")) + saved_);
+    engine_.OnTableCreation.Connect([&](const auto&) { engine_.LoadDB(File("second.cdb")); });
+    engine_.CreateNewPrimaryTable("Elsewhere", {"ID"});
+    engine_.SaveDB();
+    EXPECT_EQ(Contents(File("second.log")).find("Elsewhere"), std::string::npos);
 }
 
 TEST_F(LogTest, PendingLinesAreKeptUntilTheyCanBeWritten) {

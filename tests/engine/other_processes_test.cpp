@@ -143,6 +143,17 @@ TEST_F(OtherEnginesTest, WhatAFailedSaveLeftIsNoChangeOfOthers) {
             EXPECT_FALSE(engine_.FileChangedByOthers()) << call;
             EXPECT_NO_THROW(engine_.SaveDB()) << call;
         });
+    // Nor is it another's file, whichever way the next save goes there.
+    FailEachCall([&] { engine_.SaveDB({}, "new" + std::to_string(++round)); },
+                 [&](const std::string& call, bool) {
+                     const std::string name = std::to_string(round);
+                     const std::string there = folder_ / ("new" + name + ".cdb");
+                     if (!FileExists(there)) return;
+                     std::filesystem::create_hard_link(NativePath(there),
+                                                       folder_.path() / ("way" + name + ".cdb"));
+                     EXPECT_NO_THROW(engine_.SaveDB({}, "way" + name)) << call;
+                 });
+    engine_.LoadDB(file_);
     // To whoever has loaded what others saved over it, it is one.
     const std::string last = Contents(file_);
     Meanwhile("theirs");

@@ -79,6 +79,9 @@ TEST_F(RegistryTest, FollowsAHandOverThatIsTakenBack) {
     engine_.DBLegalUser(owner_, Ownership);
     engine_.SaveDB();
     EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), shop_);
+    engine_.ChangeOwner("bob", "b");
+    engine_.SaveDB({}, "second");
+    EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), shop_ + "bob: " + File("second.cdb") + ";");
 }
 
 TEST_F(RegistryTest, WhatIsNotSavedStaysOutOfItWhenOtherDatabasesChange) {
@@ -174,6 +177,25 @@ TEST_F(RegistryTest, AHandlerMayReadItAnewWhileItIsChanged) {
     EXPECT_TRUE(engine_.DeleteDB(File("shop.cdb")));
     EXPECT_EQ(removed, 2);
     EXPECT_EQ(OnDisk("ann"), File("second.cdb") + ";");
+}
+
+TEST_F(RegistryTest, AHandlerMayOpenAnotherDatabaseWhileItIsChanged) {
+    for (const char* name : {"shop", "second", "third"}) engine_.SaveDB({}, name);
+    const std::string second = File("second.cdb") + ";", third = File("third.cdb") + ";";
+    const auto open_second = [&](const auto&) { engine_.LoadDB(File("second.cdb")); };
+    // A handed-over database is deleted, which on the disk is ann's still.
+    engine_.ChangeOwner("bob", "b");
+    const auto listed = engine_.CVLDBOwnerSet()->Item("ann")->CVLOwnerDBSet();
+    const auto connection = listed->OnDBRemove.Connect(open_second);
+    EXPECT_TRUE(engine_.DeleteDB(File("third.cdb")));
+    EXPECT_TRUE(engine_.SaveDB());
+    EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), shop_ + second + "bob: ");
+    listed->OnDBRemove.Disconnect(connection);
+    engine_.LoadDB(File("shop.cdb"));
+    engine_.GetUser("ann", "secret")->UserName("eva");
+    engine_.CVLDBOwnerSet()->OnDBOwnerAdd.Connect(open_second);
+    EXPECT_TRUE(engine_.SaveDB());
+    EXPECT_EQ(OnDisk("ann") + "eva: " + OnDisk("eva"), second + "eva: " + shop_);
 }
 
 TEST_F(RegistryTest, DeletedAndHandedOverDatabasesMove) {

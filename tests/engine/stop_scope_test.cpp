@@ -31,6 +31,24 @@ class StopScopeTest : public EngineTest {
         }
         engine_.TransactionBegin();
     }
+    std::string State() {
+        std::filesystem::remove(folder_.path() / "shop.cdb");  // or its end might stay
+        engine_.SaveDB();
+        return Contents(FolderPath() + "\\shop.cdb");
+    }
+    // A handler for the nth call of it.
+    template <class Body>
+    static auto Nth(int nth, Body body) {
+        return [body, nth, calls = 0](const auto&) mutable {
+            if (++calls == nth) body();
+        };
+    }
+    // What linking orders to people raises when it is stopped at the fifth question.
+    std::int32_t LinkAndStop() {
+        int asked = 0;
+        const StopScope scope([&] { return ++asked == 5; });
+        return ErrorNumber([&] { engine_.LinkTables("Orders", 1, "People"); });
+    }
 };
 
 TEST_F(StopScopeTest, WhateverIsStoppedIsAsItWasAndCanBeDoneAfterwards) {
@@ -52,12 +70,7 @@ TEST_F(StopScopeTest, WhateverIsStoppedIsAsItWasAndCanBeDoneAfterwards) {
          [](CVLDBEngine& engine) { engine.DeleteRecord("Orders", "o2"); }, 5},
     };
     MakeTables();
-    const auto state = [&] {
-        std::filesystem::remove(folder_.path() / "shop.cdb");  // or its end might stay
-        engine_.SaveDB();
-        return Contents(FolderPath() + "\\shop.cdb");
-    };
-    const auto before = state();
+    const auto before = State();
     for (const Operation& operation : operations) {
         int asked = 0;
         bool stopped = true;
@@ -74,12 +87,12 @@ TEST_F(StopScopeTest, WhateverIsStoppedIsAsItWasAndCanBeDoneAfterwards) {
                 EXPECT_EQ(error.description(), "Operation Cancelled");
                 EXPECT_EQ(error.source(), operation.source);
                 EXPECT_EQ(asked, nth);  // and no more
-                EXPECT_TRUE(state() == before);
+                EXPECT_TRUE(State() == before);
             }
             EXPECT_EQ(FaultsOf(engine_), "");
         }
         EXPECT_GE(asked, operation.least_asked) << operation.source;
-        const auto done = state();
+        const auto done = State();
         EXPECT_FALSE(done == before);
         engine_.TansactionAbort();
         engine_.TransactionBegin();
@@ -88,10 +101,10 @@ TEST_F(StopScopeTest, WhateverIsStoppedIsAsItWasAndCanBeDoneAfterwards) {
             const StopScope nobody(nullptr);
             operation.act(engine_);
         }
-        EXPECT_TRUE(state() == done) << operation.source << ": stopping left something";
+        EXPECT_TRUE(State() == done) << operation.source << ": stopping left something";
         engine_.TansactionAbort();
         engine_.TransactionBegin();
-        ASSERT_TRUE(state() == before);
+        ASSERT_TRUE(State() == before);
     }
 }
 
@@ -105,13 +118,74 @@ TEST_F(StopScopeTest, WhatIsTakenBackIsToldToHandlersWhoMayCallTheLibrary) {
         if (++removed == 1) engine_.AddRecord("Old", 1, {"from a handler"});
     });
     const auto count = people->Count();
-    int asked = 0;
-    const StopScope scope([&] { return ++asked > 3; });
-    EXPECT_EQ(ErrorNumber([&] { engine_.LinkTables("Orders", 1, "People"); }), kCancelled);
-    EXPECT_EQ(added, 3);
-    EXPECT_EQ(removed, 3);
+    EXPECT_EQ(LinkAndStop(), kCancelled);
+    EXPECT_EQ(added, 4);
+    EXPECT_EQ(removed, 4);
     EXPECT_EQ(people->Count(), count);
     EXPECT_EQ(engine_.GetRecord("Old", "from a handler")->prop(0), "from a handler");
+}
+
+// Whoever throws when he is told comes too late, and who is stopped himself stops the whole.
+TEST_F(StopScopeTest, WhatHandlersThrowLeavesAllAsItWas) {
+    MakeTables();
+    const std::string before = State();
+    const auto people = engine_.GetTable("People");
+    const auto fail = [] { RaiseRunTime(kInvalidCall); };
+    people->CVLRecordSet()->OnRecordRemove.Connect(Nth(1, fail));
+    EXPECT_EQ(LinkAndStop(), kInvalidCall);
+    EXPECT_TRUE(State() == before);
+    int told = 0;
+    people->OnRecordRemove.Connect([&](const auto&) { ++told; });
+    for (const auto event : {&people->CVLRecordSet()->OnRecordAdd, &people->OnRecordAdd}) {
+        event->Connect(Nth(2, [] { RaiseRunTime(kCancelled); }));
+        const StopScope scope([] { return false; });
+        EXPECT_EQ(ErrorNumber([&] { engine_.LinkTables("Orders", 1, "People"); }), kCancelled);
+        EXPECT_TRUE(State() == before);
+    }
+    EXPECT_EQ(told, 3);  // of what the table has told of, which is all but what its set was told
+    for (const char* name : {"Old", "Goods"}) {  // of which orders take some along
+        engine_.GetTable(name)->CVLRecordSet()->OnRecordAdd.Connect(Nth(1, fail));
+    }
+    int asked = 0;
+    const StopScope scope([&] { return ++asked == 30; });
+    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("Orders", "o2"); }), kInvalidCall);
+    EXPECT_TRUE(State() == before);
+}
+
+TEST_F(StopScopeTest, WhatHandlersDidThemselvesStays) {
+    MakeTables();
+    const auto people = engine_.GetTable("People")->CVLRecordSet();
+    int removed = 0;
+    people->OnRecordRemove.Connect([&](const auto&) { ++removed; });
+    people->OnRecordAdd.Connect(Nth(3, [&] {
+        people->Remove("a0");
+        engine_.AddRecord("People", 1, {"m0"});  // where the other one was
+    }));
+    EXPECT_EQ(LinkAndStop(), kCancelled);
+    EXPECT_EQ(people->Count(), 1);
+    EXPECT_FALSE(people->CanAdd("m0"));
+    EXPECT_EQ(removed, 4);
+    people->OnRecordAdd.Connect(Nth(4, [&] {
+        people->Sort(kNoField);  // and all is gone
+        engine_.AddRecord("People", 1, {"m1"});
+    }));
+    EXPECT_EQ(LinkAndStop(), kCancelled);
+    EXPECT_EQ(people->Count(), 1);
+    EXPECT_FALSE(people->CanAdd("m1"));
+    const auto old = engine_.GetTable("Old")->CVLRecordSet();
+    old->OnRecordRemove.Connect([&](const auto&) { old->Sort(kNoField); });
+    int asked = 0;
+    const StopScope scope([&] { return ++asked == 30; });
+    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("Orders", "o2"); }), kCancelled);
+    EXPECT_EQ(old->Count(), 0);
+    EXPECT_FALSE(engine_.GetTable("Goods")->CanAdd("b2"));
+    // A table that is gone is not taken out again.
+    const auto tables = engine_.CVLTableSet();
+    tables->OnTableAdd.Connect([&](const std::shared_ptr<CVLTable>& table) {
+        table->OnRecordAdd.Connect([&](const auto&) { tables->Remove(tables->Count()); });
+    });
+    const StopScope again([&] { return ++asked == 32; });
+    EXPECT_EQ(ErrorNumber([&] { engine_.CreateNewLinkedTable("Orders", 1, {"x"}); }), kCancelled);
 }
 
 }  // namespace

@@ -106,6 +106,7 @@ const Operation kOperations[] = {
          shop.attachments = std::make_shared<CVLAttachmentSet>();
          shop.attachments->Add("sound", 1, "a path that is long enough", aSound);
          shop.record = shop.engine.GetRecord("Orders", 2);
+         shop.record->prop(5, std::string(600, 'x'));  // too much for where it was
      },
      [](Shop& shop) {
          shop.engine.UpDateRecord(
