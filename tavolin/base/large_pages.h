@@ -28,9 +28,7 @@ struct LargePages {
         if (count > std::size_t(-1) / sizeof(T)) throw std::bad_array_new_length();
         return static_cast<T*>(AllocateLarge(count * sizeof(T)));
     }
-    void deallocate(T* memory, std::size_t count) noexcept {
-        FreeLarge(memory, count * sizeof(T));
-    }
+    void deallocate(T* memory, std::size_t count) noexcept { FreeLarge(memory, count * sizeof(T)); }
     friend bool operator==(const LargePages&, const LargePages&) { return true; }
 };
 

@@ -81,8 +81,8 @@ class KeyedCollection {
         return which.is_position() ? At(which.position()) : FindKey(which.key());
     }
 
-    // For up to kBatch that Find will be asked for next: has the memory fetched that Find would wait
-    // for, of all of them at once; fetch(handle) does so for what an element is compared by.
+    // For up to kBatch that Find will be asked for next: has the memory fetched that Find would
+    // wait for, of all of them at once; fetch(handle) does so for what an element is compared by.
     static constexpr std::size_t kBatch = 16;
     template <class Fetch>
     void FetchAhead(std::span<const IndexKey> which, Fetch&& fetch) const {
@@ -100,8 +100,8 @@ class KeyedCollection {
         const auto any = [](std::uint32_t) { return true; };
         for (std::size_t i = 0; i < which.size(); ++i) {
             if (!which[i].usable()) continue;
-            const std::uint32_t handle = which[i].is_position() ? At(which[i].position())
-                                                                : index_.Find(hashes[i], any);
+            const std::uint32_t handle =
+                which[i].is_position() ? At(which[i].position()) : index_.Find(hashes[i], any);
             if (handle != kNoHandle) fetch(handle);
         }
     }

@@ -58,7 +58,7 @@ TEST_F(RecordSetTest, GivesManyRecordsAtOnce) {
     std::vector<std::string> keys;
     for (int i = 0; i < 1500; ++i) {
         keys.push_back("k" + std::to_string(i));
-        set_.Add(kFirst, 1, {keys.back()}, nullptr, {.before = i % 3 == 1 ? 1 : i / 2 + 1});
+        set_.Add(kFirst, 1, {keys.back()}, nullptr, i == 0 ? Placement{} : Placement{i / 2 + 1});
     }
     const auto expect = [&](const CVLRecordSet& set) {
         std::mt19937 random(5);
@@ -85,6 +85,8 @@ TEST_F(RecordSetTest, GivesManyRecordsAtOnce) {
     set_.Item("k3")->Key("another");
     set_.Sort(0);
     ASSERT_NO_FATAL_FAILURE(expect(set_));
+    ActWith(Undefined);
+    EXPECT_EQ(ErrorNumber([&] { set_.Items({}); }), N::GetUserPermissionToRdError());
 }
 
 TEST_F(RecordSetTest, HasNoEndsWhenEmptyAndKeepsItsStateWithoutRights) {
