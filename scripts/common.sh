@@ -50,7 +50,7 @@ need_postgresql() {
 }
 
 # Options that put many sources into a compilation, as the presets do: half the time.
-together="-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=16 -DTAVOLIN_PRECOMPILE=OFF"
+together="-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=48 -DTAVOLIN_PRECOMPILE=OFF"
 
 # build FOLDER [CMAKE OPTION...]: configures and builds everything there.
 build() {
