@@ -1,8 +1,7 @@
 // Commands, sessions, rights, imports.
-#include "tests/cli/host_fixture.h"
-
-#ifndef _WIN32
 #include <cstring>
+
+#include "tests/cli/host_fixture.h"
 
 namespace tavolin::cli {
 namespace {
@@ -361,5 +360,3 @@ TEST_F(HostTest, DatabasesAreCopiedHandedOverAndDeleted) {
 
 }  // namespace
 }  // namespace tavolin::cli
-
-#endif
