@@ -123,8 +123,7 @@ class Sink : public HostObject<IDispatch> {
     DWORD cookie_ = 0;
 };
 
-class ClientTest : public ::testing::Test {
-  protected:
+struct ClientTest : ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 

@@ -25,8 +25,7 @@ DWORD Handles() {
 }
 
 // Calls a member by name as a script does.
-class LateBindingTest : public ClientTest {
-  protected:
+struct LateBindingTest : ClientTest {
     void SetUp() override {
         ClientTest::SetUp();
         OpenShop();

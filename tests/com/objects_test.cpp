@@ -18,8 +18,7 @@ constexpr bool
         true;
 static_assert(!kLeavesTextsOut<::_CVLDBEngine>);
 
-class ObjectTest : public ClientTest {
-  protected:
+struct ObjectTest : ClientTest {
     template <class A, class B>
     static bool Same(A* a, B* b) {
         return Ref<IUnknown>::Of(a).get() == Ref<IUnknown>::Of(b).get();
