@@ -87,9 +87,6 @@ On Error Resume Next
 engine.GetTable "None"
 Check "number", Err.Number, numbers.GetTableNotFoundError
 Check "GetTable", Raised, "8004EA69 CVLDBEngine:GetTable Method: Table None Not Found!"
-engine.DBLegalUser engine.CVLDBUserSet("bob"), 1
-Check "two lines", Raised, "8004ED1F CVLDBEngine:DBLegalUser Method: Log In To DataBase Denied!" & vbCrLf & "Cause: User Is Disabled!"
-engine.DBLegalUser engine.LogedOnUser, 6
 customers.CVLRecordSet = Nothing
 Check "nothing", Hex(Err.Number), "5B"
 Err.Clear
