@@ -7,7 +7,6 @@
 #include "tavolin/base/text.h"
 #include "tests/cli/host_fixture.h"
 
-#ifndef _WIN32
 namespace tavolin::cli {
 namespace {
 
@@ -165,6 +164,8 @@ TEST_F(DumpTest, ADumpThatIsNotWholeOrRightIsRefusedWithItsLine) {
         {table + "record 1 \"7\" 8\nend\n", "6: a text between quotes is missing"},
         {table + "record 1 \"7\"\nattachment 1 2 \"a\"\nattachment 1 2 \"A\"\nend\n",
          "8: the record has an attachment \"A\" already"},
+        {table + "record 1" + ReplaceFold("...........", ".", " \"\"") + "\n",
+         "6: a record has ten"},
         {table + "link 1 \"U\"\nend\n", "6: there is no table U"},
         {table + "linked-by 1 \"U\"\nend\n", "6: there is no table U"},
         {table + "table \"t\"\nend\n", "6: the table t is there already"},
@@ -191,10 +192,11 @@ TEST_F(DumpTest, ADumpThatIsNotWholeOrRightIsRefusedWithItsLine) {
 
 TEST_F(DumpTest, UsersComeBackWithoutTheirPasswords) {
     MakeShop();
-    ASSERT_EQ(0, Run("shop add-user bob --read --write --no-password").status);
+    ASSERT_EQ(0, Run("shop add-user bob --read --write --disabled --no-password").status);
     ASSERT_EQ(0, Run("shop note add --user bob \"the owner's alone\"").status);
     ASSERT_EQ(0, Run("shop dump shop.txt").status);
     const std::string dump = ReplaceFold(Read("shop.txt"), "\n", "\r\n");
+    EXPECT_NE(dump.npos, dump.find("\nuser \"bob\" read write disabled\r\n"));
     const auto status = [&](const std::string& words, const std::string& settings) {
         return Run(words, dump, settings).status;
     };
@@ -204,6 +206,7 @@ TEST_F(DumpTest, UsersComeBackWithoutTheirPasswords) {
     EXPECT_EQ(1, status("new restore shop.txt", ""));  // is there already
     EXPECT_EQ(written, Read("new.cdb"));
     EXPECT_EQ(1, status("new tables", "TAVOLIN_PASSWORD=secret"));
+    EXPECT_EQ(0, status("new set-user bob --disabled off", "TAVOLIN_PASSWORD=fresh"));
     EXPECT_EQ(1, status("new tables", "TAVOLIN_USER=bob TAVOLIN_PASSWORD="));
     EXPECT_EQ(0, status("new set-user bob --no-password", "TAVOLIN_PASSWORD=fresh"));
     EXPECT_EQ(0, status("new add People 9", "TAVOLIN_USER=bob TAVOLIN_PASSWORD="));
@@ -224,5 +227,3 @@ TEST_F(DumpTest, UsersComeBackWithoutTheirPasswords) {
 
 }  // namespace
 }  // namespace tavolin::cli
-
-#endif

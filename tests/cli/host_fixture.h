@@ -2,6 +2,8 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdio>
@@ -11,10 +13,6 @@
 #include <random>
 #include <sstream>
 #include <string>
-
-#ifndef _WIN32
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace tavolin::cli {
 
@@ -26,8 +24,7 @@ struct Outcome {
     std::string err;
 };
 
-class HostTest : public testing::Test {
-  protected:
+struct HostTest : testing::Test {
     HostTest() : folder_(NewFolder()) {
         setenv("TAVOLIN_FOLDER", folder_.c_str(), 1);
         setenv("TAVOLIN_USER", "ann", 1);
@@ -99,5 +96,3 @@ class HostTest : public testing::Test {
 };
 
 }  // namespace tavolin::cli
-
-#endif

@@ -2,8 +2,6 @@
 #include "tests/cli/host_fixture.h"
 #include "tests/support/mdb_checker.h"
 
-#ifndef _WIN32
-
 namespace tavolin::cli {
 namespace {
 
@@ -39,5 +37,3 @@ TEST_F(HostTest, AReplacedExportIsTheOldOneOrTheNewOneWheneverItIsKilled) {
 
 }  // namespace
 }  // namespace tavolin::cli
-
-#endif

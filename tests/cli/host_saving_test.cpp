@@ -1,11 +1,9 @@
 // What reaches the disk, where, and what is said about it.
-#include "tests/cli/host_fixture.h"
-
-#ifndef _WIN32
 #include <algorithm>
 #include <csignal>
 
 #include "tavolin/persist/file_system.h"
+#include "tests/cli/host_fixture.h"
 
 namespace tavolin::cli {
 namespace {
@@ -164,5 +162,3 @@ TEST_F(HostTest, ADamagedFileIsCheckedAndSalvaged) {
 
 }  // namespace
 }  // namespace tavolin::cli
-
-#endif

@@ -1,16 +1,15 @@
 // Commands, sessions, rights, imports.
-#include "tests/cli/host_fixture.h"
-
-#ifndef _WIN32
 #include <cstring>
+
+#include "tests/cli/host_fixture.h"
 
 namespace tavolin::cli {
 namespace {
 
 TEST_F(HostTest, OneCommandAtATimeKeepsWhatItChanged) {
     MakeShop();
-    EXPECT_EQ(0, Run("shop update People 7 name=ANN").status);
-    EXPECT_EQ("7,ANN,Paris\n8,,Rome\n", Csv("People"));
+    EXPECT_EQ(0, Run("shop update People 7 'name=ANN LEE'").status);
+    EXPECT_EQ("7,ANN LEE,Paris\n8,,Rome\n", Csv("People"));
     EXPECT_EQ(0, Run("shop update People 7 'Name=ann lee'").status);
     EXPECT_EQ(1, Run("shop update People 7 ID=9").status);
     EXPECT_EQ(0, Run("shop attach People '#1' a.png --kind picture").status);
@@ -18,8 +17,11 @@ TEST_F(HostTest, OneCommandAtATimeKeepsWhatItChanged) {
               Run("--format lines shop get People 7").out);
     EXPECT_EQ("ID  Name     City\n--  -------  -----\n7   ann lee  Paris\n1 record\n",
               Run("shop find LEE --in People").out);
-    EXPECT_EQ(0, Run("shop delete People '#1'").status);
+    ASSERT_EQ(0, Run("shop make-linked People City --fields Town").status);
+    EXPECT_EQ(0, Run("shop delete People '#1' --no-cascade").status);
     EXPECT_EQ("8,,Rome\n", Csv("People"));
+    EXPECT_EQ(0, Run("shop drop-table People --no-cascade --yes").status);
+    EXPECT_EQ("Paris\nRome\n", Csv("CityPeople"));
 }
 
 TEST_F(HostTest, KeysThatLookLikePositionsOrOptions) {
@@ -367,5 +369,3 @@ TEST_F(HostTest, DatabasesAreCopiedHandedOverAndDeleted) {
 
 }  // namespace
 }  // namespace tavolin::cli
-
-#endif

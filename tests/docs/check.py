@@ -36,7 +36,6 @@ its beginning to its end; it is shown as /home/ann. Times, dates and sizes of me
 import os
 import pathlib
 import re
-import shlex
 import shutil
 import subprocess
 import sys
@@ -188,79 +187,62 @@ def one_program(pieces):
     return "\n".join(heads) + "\nint main() {\n" + "".join(bodies) + "}\n"
 
 
-class Compiler:
-    def __init__(self, compiler, library, includes, work):
-        launcher = [shutil.which("ccache")] if shutil.which("ccache") else []
-        self.compile = launcher + [compiler, "-std=c++20", "-O0", "-Wall", "-Wextra", "-Werror",
-                                   "-DTAVOLIN_STATIC"] + [f"-I{each}" for each in includes]
-        self.link, self.library = compiler, library
-        self.work, self.running = work, []
-
-    def start(self, text, name):
-        """Begins to compile; `finish` waits for all."""
-        source, program = self.work / f"{name}.cpp", self.work / name
-        source.write_text(text, "utf-8")
-        commands = (shlex.join([*self.compile, "-c", str(source), "-o", f"{program}.o"]) + " && " +
-                    shlex.join([self.link, f"{program}.o", self.library, "-ldl", "-o", str(program)]))
-        process = subprocess.Popen(["bash", "-c", commands], text=True, stdout=subprocess.PIPE,
-                                   stderr=subprocess.STDOUT)
-        self.running.append((name, process))
-        return program
-
-    def finish(self):
-        """Whether everything has compiled."""
-        before = len(failures)
-        for name, process in self.running:
-            printed, _ = process.communicate()
-            if process.returncode:
-                failures.append(f"{name} does not compile:\n{printed}")
-        return len(failures) == before
+def build(text, work, name, compiler, library, includes):
+    """The program that a text makes, or None."""
+    source, program = work / f"{name}.cpp", work / name
+    source.write_text(text, "utf-8")
+    launcher = [shutil.which("ccache")] if shutil.which("ccache") else []
+    compiling = [*launcher, compiler, "-std=c++20", "-O0", "-Wall", "-Wextra", "-Werror",
+                 "-DTAVOLIN_STATIC", *(f"-I{each}" for each in includes), "-c", source, "-o",
+                 f"{program}.o"]
+    for command in (compiling, [compiler, f"{program}.o", library, "-ldl", "-o", program]):
+        done = run_program(command)
+        if done.returncode:
+            failures.append(f"{name} does not compile:\n{done.stdout}")
+            return None
+    return program
 
 
-def run_program(program, folder, environment):
-    return subprocess.run([program], cwd=folder, env=environment, text=True, timeout=120,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+def run_program(command, **where):
+    return subprocess.run(command, text=True, timeout=300, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, **where)
 
 
-def check_cpp(documents, compiler, folder_of, environment_of):
-    programs, pieces = [], []
+def check_cpp(documents, work, folder_of, environment_of, *tools):
+    pieces = []
     for document, found in documents:
         found = [each for each in found if each.kind == "cpp" and each.runs]
-        for block in found:
-            if "int main(" in block.text:
-                name = f"program{len(programs)}"
-                programs.append((block, document, compiler.start(block.text, name)))
+        for block in (each for each in found if "int main(" in each.text):
+            if program := build(block.text, work, f"{document.stem}{block.line}", *tools):
+                done = run_program([program], cwd=folder_of(document), env=environment_of(document))
+                if done.returncode:
+                    failures.append(f"{block.place}: ends with {done.returncode}\n{done.stdout}")
+                elif block.output is not None:
+                    compare(block.place, block.output, done.stdout)
+                count("programs")
         rest = [each for each in found if "int main(" not in each.text]
         if rest:
             joined = "<!-- samples: one program -->" in document.read_text("utf-8")
             pieces.append((document.name, joined, rest))
     all_pieces = [block for _, _, found in pieces for block in found]
-    joint = compiler.start(one_program(pieces), "pieces") if pieces else None
-    if not compiler.finish():
+    program = build(one_program(pieces), work, "pieces", *tools) if pieces else None
+    if not program:
         return
-    for block, document, program in programs:
-        done = run_program(program, folder_of(document), environment_of(document))
-        if done.returncode:
-            failures.append(f"{block.place}: ends with {done.returncode}\n{done.stdout}")
-        elif block.output is not None:
-            compare(block.place, block.output, done.stdout)
-        count("programs")
-    if joint:
-        folder = compiler.work / "in"
-        folder.mkdir()
-        done = run_program(joint, folder, dict(os.environ, TAVOLIN_FOLDER=str(folder)))
-        parts = re.split(r"^\x01\d+\n", done.stdout, flags=re.M)[1:]
-        if done.returncode or len(parts) != len(all_pieces):
-            failures.append(f"{all_pieces[max(len(parts) - 1, 0)].place}: {done.stdout[-2000:]}"
-                            f"\nends with {done.returncode}")
-            return
-        for block, printed in zip(all_pieces, parts):
-            compare(block.place, block.output or "", printed)
-            if block.output and normal(block.output) != normal(printed):
-                shown = f"```\n```output\n{block.output}```"
-                rewrite(block.document, block.whole[:-3] + shown,
-                        block.whole[:-3] + f"```\n```output\n{printed}```")
-            count("pieces of programs")
+    folder = work / "in"
+    folder.mkdir()
+    done = run_program([program], cwd=folder, env=dict(os.environ, TAVOLIN_FOLDER=str(folder)))
+    parts = re.split(r"^\x01\d+\n", done.stdout, flags=re.M)[1:]
+    if done.returncode or len(parts) != len(all_pieces):
+        failures.append(f"{all_pieces[max(len(parts) - 1, 0)].place}: {done.stdout[-2000:]}"
+                        f"\nends with {done.returncode}")
+        return
+    for block, printed in zip(all_pieces, parts):
+        compare(block.place, block.output or "", printed)
+        if block.output and normal(block.output) != normal(printed):
+            shown = f"```\n```output\n{block.output}```"
+            rewrite(block.document, block.whole[:-3] + shown,
+                    block.whole[:-3] + f"```\n```output\n{printed}```")
+        count("pieces of programs")
 
 
 def write_scripts(folder):
@@ -334,8 +316,8 @@ def main():
             done = subprocess.run([ROOT / "scripts/make_shell_picture.py", host, "--check"],
                                   stderr=subprocess.PIPE, text=True)
             failures.extend([done.stderr] if done.returncode else [])
-            compiler = Compiler(arguments[0], arguments[1], [ROOT, *arguments[2:]], work)
-            check_cpp(read, compiler, folder_of, environment_of)
+            check_cpp(read, work, folder_of, environment_of, *arguments[:2],
+                      [ROOT, *arguments[2:]])
     for document, changes in rewritten.items():
         text = document.read_text("utf-8")
         for old, new in changes:

@@ -9,10 +9,7 @@
 namespace tavolin {
 namespace {
 
-namespace fs = std::filesystem;
-
-// The machine's file system, with a record of every path outside some folders that it was asked
-// about, be it only whether something is there.
+// With a record of every path outside some folders that it was asked about.
 class WatchedFileSystem final : public ForwardingFileSystem {
   public:
     explicit WatchedFileSystem(std::vector<fs::path> folders) : folders_(std::move(folders)) {}
@@ -124,7 +121,7 @@ TEST(ConfinementTest, NoNameLeadsOutOfTheFolderGiven) {
             engine.CreateNewDB("shop", PortablePath(folder));
             engine.CreateNewPrimaryTable("T", {"ID", "Name"});
             engine.AddRecord("T", 1, {"1"});
-            engine.LogDBActivities(1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1);
+            LogEverything(engine);
             engine.TransactionBegin();  // lines go to the log at once
             const auto error =
                 ErrorNumber([&] { taker.call(engine, PortablePath(folder), name.text); });
@@ -174,7 +171,7 @@ TEST(ConfinementTest, NoPasswordLeavesTheMemory) {
     CVLDBEngine engine;
     engine.LogOn("ann", own);
     engine.CreateNewDB("shop", path, base);
-    engine.LogDBActivities(1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1);
+    LogEverything(engine);
     engine.CreateNewUser("bob", bobs, true, false, false);
     engine.CreateNewPrimaryTable("T", {"ID", "Name"});
     engine.AddRecord("T", 1, {"1", "QzMarkWord"});

@@ -6,10 +6,7 @@
 namespace tavolin {
 namespace {
 
-using Num = CVLErrorNum;
-
-class DamageTest : public EngineTest {
-  protected:
+struct DamageTest : EngineTest {
     // A database with something of everything that is stored.
     DamageTest() {
         engine_.CreateNewPrimaryTable("T", {"ID", "Word"});
@@ -30,11 +27,6 @@ class DamageTest : public EngineTest {
         engine.SaveDB();
         return folder_ / name + ".cdb";
     }
-    std::string Tables() const {
-        std::string text;
-        for (const auto& table : engine_.CVLTableSet()->NewEnum()) text += table->Key() + ";";
-        return text;
-    }
     std::string Owners() const {
         std::string text;
         for (const auto& owner : engine_.CVLDBOwnerSet()->NewEnum())
@@ -43,26 +35,8 @@ class DamageTest : public EngineTest {
     }
     // Reads all that is open, for which nobody needs a right.
     std::string Walk() const {
-        std::string text = FaultsOf(engine_);
-        for (const auto& table : engine_.CVLTableSet()->NewEnum()) {
-            text += table->Key() + std::to_string(table->SpecificType());
-            const PrimaryKeyType key = table->PrimaryKey();
-            for (const int part : {key.Part0, key.Part1, key.Part2, key.Part3})
-                EXPECT_TRUE(part < kFieldCount || part == kNoField) << part;
-            for (int i = 0; i < kFieldCount; ++i)
-                text += table->FieldName(i) + table->FieldLabel(i) + table->LinkedTable(i);
-            for (const auto& record : table->CVLRecordSet()->NewEnum()) {
-                text += record->Key() + record->prop(0) + record->prop(1);
-                for (const auto& each : record->CVLAttachmentSet()->NewEnum())
-                    text += each->Key() + each->attachmentPathName();
-            }
-        }
-        for (const auto& user : engine_.CVLDBUserSet()->NewEnum()) {
-            text += user->UserName() + user->UserFullName();
-            for (const auto& note : user->CVLUserNoteSet()->NewEnum())
-                text += note->dateKey + note->Note();
-        }
-        return text;
+        return FaultsOf(engine_) + Everything(*engine_.CVLTableSet()) +
+               StateText(*engine_.CVLDBUserSet());
     }
     // Whatever can be done, refused or not.
     void Work() {
@@ -77,8 +51,7 @@ class DamageTest : public EngineTest {
     const std::string registry_ = folder_ / "RDX.dat";
 };
 
-// Calls body(text, whole) for all that a beginning of one of two files and the rest of the other
-// make; `whole` is the file that is there with all its bytes, or none.
+// Calls body(text, whole) for all beginnings of one with the rest of the other; `whole` is in it.
 template <class Body>
 void ForEachSplice(const std::string& a, const std::string& b, Body&& body) {
     for (std::size_t cut = 0; cut <= std::max(a.size(), b.size()); ++cut) {
@@ -94,14 +67,14 @@ void ForEachSplice(const std::string& a, const std::string& b, Body&& body) {
 
 TEST_F(DamageTest, OfTwoFilesPutTogetherNoneIsBelievedUnlessItIsThereWhole) {
     const std::string first = Contents(registry_), first_owners = Owners();
-    const std::string shop = Contents(file_), shops = Tables();
+    const std::string shop = Contents(file_), shops = Keys(*engine_.CVLTableSet());
     const std::string other = Contents(MakeOther("other"));
     ForEachSplice(shop, other, [&](const std::string& text, const std::string* whole) {
         WriteContents(bad_, text);
         const std::int32_t number = ErrorNumber([&] { engine_.LoadDB(bad_); });
         EXPECT_EQ(number, whole == nullptr ? Num::GetDBNotSetError() : 0);
         if (whole != nullptr) {
-            EXPECT_EQ(Tables(), whole == &shop ? shops : "Other;");
+            EXPECT_EQ(Keys(*engine_.CVLTableSet()), whole == &shop ? shops : "Other ");
         }
     });
     MachineFileSystem().Delete(bad_);
@@ -134,6 +107,7 @@ TEST_F(DamageTest, ARegistryWithAWrongByteCountsAsEmptyAndStaysAsItIs) {
 // Whatever stands behind a checksum that fits: it is refused, or what it says holds together.
 TEST_F(DamageTest, NothingIsBelievedForItsChecksum) {
     const std::vector<std::uint8_t> good = MachineFileSystem().ReadFile(file_);
+    engine_.LoadDB(file_);  // where records have the keys that they are loaded with
     const std::string before = Walk();
     auto tables = engine_.CVLTableSet();
     int refused = 0, loaded = 0;

@@ -1,6 +1,5 @@
-// Every request to the machine fails once, in everything that touches files: the error is the right
-// one, files are old or new and whole, the open database is as it was, and the same call succeeds
-// when the fault has gone.
+// Every request to the machine fails once: the error is the right one, files are old or new and
+// whole, the open database is as it was, and the same call succeeds when the fault has gone.
 #include <map>
 #include <optional>
 #include <set>
@@ -11,14 +10,10 @@
 namespace tavolin {
 namespace {
 
-namespace fs = std::filesystem;
-using Num = CVLErrorNum;
-using Folder = std::map<std::string, std::string>;  // names and contents
-
 // What a call does to a folder in which shop.cdb, its log and other.cdb are, all ann's. shop.cdb is
 // open, with a change that is not saved.
 struct FileOperation {
-    const char* source;
+    const char* member;
     std::function<void(CVLDBEngine&, const std::string& folder)> act;
     const char* writes;  // the file that it replaces, or ""
     // What any failure is, if not what the machine says; what a full disk is, if not 61.
@@ -29,25 +24,24 @@ struct FileOperation {
 };
 
 const FileOperation kFileOperations[] = {
-    {"CVLDBEngine:SaveDB Method", [](auto& engine, auto&) { engine.SaveDB(); }, "shop.cdb"},
-    {"CVLDBEngine:SaveDB Method",
-     [](auto& engine, auto&) { engine.SaveDB({}, "second", "pass", true); }, "second.cdb"},
-    {"CVLDBEngine:TransactionCommit Method",
+    {"SaveDB", [](auto& engine, auto&) { engine.SaveDB(); }, "shop.cdb"},
+    {"SaveDB", [](auto& engine, auto&) { engine.SaveDB({}, "second", "pass", true); },
+     "second.cdb"},
+    {"TransactionCommit",
      [](auto& engine, auto&) {
          if (!engine.TransactionStarted()) engine.TransactionBegin();
          engine.TransactionCommit();
      },
      "shop.cdb"},
-    {"CVLDBEngine:loadDB Method",
-     [](auto& engine, auto& folder) { engine.LoadDB(folder + "\\other.cdb"); }, "",
+    {"loadDB", [](auto& engine, auto& folder) { engine.LoadDB(folder + "\\other.cdb"); }, "",
      Num::GetDBNotSetError(), Num::GetDBNotSetError()},
-    {"CVLDBEngine:DeleteDB Method",
+    {"DeleteDB",
      [](auto& engine, auto& folder) {
          if (MachineFileSystem().Exists(folder + "\\other.cdb"))
              engine.DeleteDB(folder + "\\other.cdb");
      },
      "other.cdb", Num::GetDBNotSetError(), 0},
-    {"CVLDBEngine:ChangeOwner Method",
+    {"ChangeOwner",
      [](auto& engine, auto& folder) {
          engine.ChangeOwner("bob", "b", "Bob", "", folder + "\\other.cdb");
      },
@@ -61,13 +55,12 @@ const FileOperation kFileOperations[] = {
          engine.CVLDBOwnerSet()->Refresh();
      },
      "RDX.dat"},
-    {"CVLDBEngine:MakeItText Method", [](auto& engine, auto& folder) { engine.MakeItText(folder); },
-     "", 0, kDiskFull, true},
-    {"CVLDBEngine:MakeItHTML Method", [](auto& engine, auto& folder) { engine.MakeItHTML(folder); },
-     "", 0, kDiskFull, true},
-    {"CVLDBEngine:MakeItMDB Method",
-     [](auto& engine, auto& folder) { engine.MakeItMDB(folder, "new."); }, "new.mdb", 0, 3026,
-     false, true},
+    {"MakeItText", [](auto& engine, auto& folder) { engine.MakeItText(folder); }, "", 0, kDiskFull,
+     true},
+    {"MakeItHTML", [](auto& engine, auto& folder) { engine.MakeItHTML(folder); }, "", 0, kDiskFull,
+     true},
+    {"MakeItMDB", [](auto& engine, auto& folder) { engine.MakeItMDB(folder, "new."); }, "new.mdb",
+     0, 3026, false, true},
 };
 
 // What the machine says and which error that is.
@@ -80,8 +73,7 @@ constexpr Fault kFaults[] = {{ENOSPC, kDiskFull},
                              {EIO, kDeviceError},
                              {EROFS, kPermissionDenied}};
 
-class FileFaultsTest : public StoppedClock, public testing::Test {
-  protected:
+struct FileFaultsTest : StoppedClock, testing::Test {
     FileFaultsTest() {
         for (const char* name : {"third", "other", "shop"}) {
             CVLDBEngine engine;
@@ -97,14 +89,7 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
         meant_before_ = Meaning(before_);
     }
 
-    Folder Now() const {
-        Folder files;
-        for (const auto& entry : fs::recursive_directory_iterator(library_.folder().path())) {
-            const auto name = fs::relative(entry.path(), library_.folder().path()).string();
-            if (entry.is_regular_file()) files[name] = Contents(PortablePath(entry.path()));
-        }
-        return files;
-    }
+    Folder Now() const { return FilesOf(library_.folder()); }
     void PutBack() const {
         for (const auto& entry : fs::directory_iterator(library_.folder().path())) {
             fs::remove_all(entry.path());
@@ -119,8 +104,7 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
         }
         return text;
     }
-    // What counts in the files: the entries of the registry in any order, and nothing of the logs,
-    // which tell of every try.
+    // What counts: the registry's entries in any order, and nothing of the logs.
     Folder Meaning(Folder files) const {
         std::erase_if(files, [](const auto& file) { return file.first.ends_with(".log"); });
         CVLDBEngine engine;
@@ -147,9 +131,7 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
     Outcome Try(const FileOperation& operation, std::size_t nth, int code, bool short_writes) {
         PutBack();
         CVLDBEngine engine;
-        engine.LogOn("ann", "secret");
-        engine.LoadDB(path_ + "\\shop.cdb");
-        engine.DBLegalUser(engine.LogedOnUser(), Ownership);
+        Open(engine, path_ + "\\shop.cdb");
         engine.AddRecord("T", 2, {"2", "new"});
         const std::string open = Summary(engine);
         const auto tables = engine.CVLTableSet();
@@ -179,8 +161,7 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
             const std::string other = path_ + "\\other.cdb";
             const bool listed = Listed(engine, "ann").find(other) != std::string::npos;
             EXPECT_TRUE(listed == MachineFileSystem().Exists(other) || operation.once) << "listed";
-            // Who has given a database away cannot do so again (the next save tells the registry),
-            // nor add a table to an export that has it.
+            // Who has given a database away cannot do so again, nor add a table to an export twice.
             if (operation.once && Now()[operation.writes] == done_[operation.writes]) {
                 return outcome;
             }
@@ -192,8 +173,7 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
         return outcome;
     }
 
-    // What a power cut finds: the new file is on the disk before its name is, and the name before
-    // the call ends.
+    // A power cut finds the new file on the disk before its name, and that before the call ends.
     static void CheckOrder(std::vector<std::string> calls) {
         std::erase(calls, "lock folder");
         for (std::size_t i = 0; i < calls.size(); ++i) {
@@ -227,17 +207,6 @@ class FileFaultsTest : public StoppedClock, public testing::Test {
             }
         }
     }
-    static std::string Difference(const Folder& a, const Folder& b) {
-        std::string text;
-        for (const auto& [name, contents] : a) {
-            if (!b.contains(name) || b.at(name) != contents) text += name + " ";
-        }
-        for (const auto& [name, contents] : b) {
-            if (!a.contains(name)) text += name + " ";
-        }
-        return text;
-    }
-
     ScopedLibraryFolder library_;
     const std::string path_ = PortablePath(library_.folder().path());
     Folder before_;
@@ -251,7 +220,7 @@ TEST_F(FileFaultsTest, EachCallMayFail) {
         Try(operation, 0, 0, true);
         for (const Fault& fault : kFaults) {
             for (std::size_t nth = 1;; ++nth) {
-                SCOPED_TRACE(operation.source + (", call " + std::to_string(nth)) + ", code " +
+                SCOPED_TRACE(operation.member + (", call " + std::to_string(nth)) + ", code " +
                              std::to_string(fault.code));
                 const Outcome outcome = Try(operation, nth, fault.code, false);
                 if (!outcome.failed) {
@@ -266,7 +235,7 @@ TEST_F(FileFaultsTest, EachCallMayFail) {
                 EXPECT_TRUE(number == machine || number == fault.number ||
                             (operation.number != 0 && number == operation.number))
                     << number;
-                EXPECT_EQ(outcome.error->source(), operation.source);
+                EXPECT_EQ(outcome.error->source(), SourceNamed(operation.member));
             }
         }
     }

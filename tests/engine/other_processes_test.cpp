@@ -8,16 +8,10 @@
 namespace tavolin {
 namespace {
 
-class OtherEnginesTest : public EngineTest {
-  protected:
+struct OtherEnginesTest : EngineTest {
     OtherEnginesTest() {
         engine_.CreateNewPrimaryTable("T", {"ID"});
         engine_.SaveDB();
-    }
-    static void Open(CVLDBEngine& engine, const std::string& file) {
-        engine.LogOn("ann", "secret");
-        engine.LoadDB(file);
-        engine.DBLegalUser(engine.LogedOnUser(), Ownership);
     }
     // Somebody else adds a record and saves.
     void Meanwhile(const char* key) const {
@@ -26,16 +20,10 @@ class OtherEnginesTest : public EngineTest {
         other.AddRecord("T", 1, {key});
         other.SaveDB();
     }
-    std::string OnDisk(const char* owner) const {
-        CVLDBEngine engine;
-        engine.LogOn("eve", "");
-        return Listed(engine, owner);
-    }
     const std::string file_ = folder_ / "shop.cdb";
 };
 
 TEST_F(OtherEnginesTest, AFileIsChangedWhenItHoldsAnotherState) {
-    namespace fs = std::filesystem;
     const fs::path path = NativePath(file_);
     EXPECT_FALSE(engine_.FileChangedByOthers());
     const std::string own = Contents(file_);
@@ -110,8 +98,7 @@ TEST_F(OtherEnginesTest, WhoKeepsChangesOfOthersIsRefused) {
                 [&] { first.SaveDB(); });
 }
 
-// Somebody else saves in the last moment, when the new file is written and about to be put in
-// place.
+// Somebody else saves when the new file is written and about to be put in place.
 TEST_F(OtherEnginesTest, TheFileIsLookedAtAgainWhenTheFolderIsLocked) {
     struct LateSaver final : ForwardingFileSystem {
         explicit LateSaver(std::function<void()> then) : save(std::move(then)) {}
@@ -190,8 +177,7 @@ TEST_F(OtherEnginesTest, TheRegistryKeepsWhatEachOfThemDid) {
     EXPECT_EQ(OnDisk("bob"), a + ";");
     two.SaveDB();
     EXPECT_EQ(OnDisk("bob"), a + ";" + b + ";");
-    // What a host changes in the set itself reaches the file too, and Refresh drops from the file
-    // what this engine had not heard of.
+    // So does what a host changes in the set itself; Refresh drops what this engine never heard of.
     one.LogOn("ann", "secret");
     one.CVLDBOwnerSet()->Item("bob")->CVLOwnerDBSet()->Item(1)->DBName("other name");
     one.CVLDBOwnerSet()->Add("cid")->CVLOwnerDBSet()->Add("x", "no such folder");

@@ -4,21 +4,13 @@
 namespace tavolin {
 namespace {
 
-using Num = CVLErrorNum;
-
-class RecordsTest : public EngineTest {
-  protected:
+struct RecordsTest : EngineTest {
     RecordsTest() {
         engine_.OnRecordRemove.Connect(
             [this](const auto& record) { removed_ += record->Key() + " "; });
     }
     // The keys of a table's records in their order, as "1 2 3 ".
-    std::string Keys(const char* table) {
-        std::string keys;
-        for (const auto& record : engine_.GetRecordSet(table)->NewEnum())
-            keys += record->Key() + " ";
-        return keys;
-    }
+    std::string Keys(const char* table) { return tavolin::Keys(*engine_.GetRecordSet(table)); }
     std::string removed_;
 };
 

@@ -4,15 +4,7 @@
 namespace tavolin {
 namespace {
 
-class RegistryTest : public EngineTest {
-  protected:
-    std::string File(const char* name) const { return folder_ / name; }
-    // What somebody who logs on now finds.
-    std::string OnDisk(const char* owner) const {
-        CVLDBEngine engine;
-        engine.LogOn("eve", "");
-        return Listed(engine, owner);
-    }
+struct RegistryTest : EngineTest {
     // Another user's database, saved.
     void MakeBobs(const char* name) const {
         CVLDBEngine engine;
@@ -23,20 +15,8 @@ class RegistryTest : public EngineTest {
     const std::string shop_ = File("shop.cdb") + ";";
 };
 
-TEST_F(RegistryTest, TheFirstSaveWritesItAndLaterOnesAddToIt) {
-    EXPECT_FALSE(FileSystem::Current().Exists(File("RDX.dat")));
-    engine_.SaveDB();
-    engine_.SaveDB();
-    EXPECT_EQ(OnDisk("ANN"), shop_);
-    MakeBobs("bobs");
-    engine_.LogOn("ann", "secret");
-    engine_.DBLegalUser(owner_, Ownership);
-    engine_.SaveDB({}, "second");
-    EXPECT_EQ(OnDisk("ann"), shop_ + File("second.cdb") + ";");
-    EXPECT_EQ(OnDisk("bob"), File("bobs.cdb") + ";");
-}
-
 TEST_F(RegistryTest, LoadingMakesNobodyTheOwnerOfAnothersDatabase) {
+    EXPECT_FALSE(FileSystem::Current().Exists(File("RDX.dat")));
     engine_.SaveDB();
     MakeBobs("bobs");
     engine_.LogOn("ann", "secret");
@@ -93,7 +73,8 @@ TEST_F(RegistryTest, WhatIsNotSavedStaysOutOfItWhenOtherDatabasesChange) {
     engine_.ChangeOwner("cid", "c", {}, {}, File("second.cdb"));
     EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), third + "bob: ");
     EXPECT_EQ(OnDisk("cid"), second);
-    EXPECT_EQ(Listed(engine_, "ann") + "bob: " + Listed(engine_, "bob"), "bob: " + third);
+    EXPECT_TRUE(engine_.CVLDBOwnerSet()->CanAdd("ann"));
+    EXPECT_EQ(Listed(engine_, "bob"), third);
     engine_.SaveDB();
     EXPECT_EQ(OnDisk("ann") + "bob: " + OnDisk("bob"), "bob: " + third);
 }
@@ -196,22 +177,6 @@ TEST_F(RegistryTest, AHandlerMayOpenAnotherDatabaseWhileItIsChanged) {
     engine_.CVLDBOwnerSet()->OnDBOwnerAdd.Connect(open_second);
     EXPECT_TRUE(engine_.SaveDB());
     EXPECT_EQ(OnDisk("ann") + "eva: " + OnDisk("eva"), second + "eva: " + shop_);
-}
-
-TEST_F(RegistryTest, DeletedAndHandedOverDatabasesMove) {
-    engine_.SaveDB();
-    engine_.SaveDB({}, "second");
-    engine_.DeleteDB(File("shop.cdb"));
-    EXPECT_EQ(OnDisk("ann"), File("second.cdb") + ";");
-    engine_.ChangeOwner("bob", "b");
-    EXPECT_EQ(Listed(engine_, "bob"), File("second.cdb") + ";");
-    EXPECT_TRUE(engine_.CVLDBOwnerSet()->CanAdd("ann"));
-    EXPECT_EQ(OnDisk("bob"), "");  // only the next save tells
-    engine_.CVLDBOwnerSet()->Remove("bob");
-    engine_.LogedOnUser(engine_.GetUser("bob", "b"));
-    engine_.DBLegalUser(engine_.LogedOnUser(), Ownership);
-    engine_.SaveDB();
-    EXPECT_EQ(OnDisk("ann") + OnDisk("bob"), File("second.cdb") + ";");
 }
 
 }  // namespace

@@ -4,20 +4,12 @@
 namespace tavolin {
 namespace {
 
-using Num = CVLErrorNum;
-
-class SchemaTest : public EngineTest {
-  protected:
+struct SchemaTest : EngineTest {
     SchemaTest() {
         engine_.OnTableCreation.Connect([this](const auto& name) { events_ += "+" + name; });
         engine_.OnLinkedTableCreation.Connect([this](const auto& name) { events_ += "~" + name; });
         engine_.OnTableDeletion.Connect([this](const auto& name) { events_ += "-" + name; });
         engine_.OnLinkedTableDeletion.Connect([this](const auto& name) { events_ += "/" + name; });
-    }
-    std::string Names() const {
-        std::string names;
-        for (const auto& table : engine_.CVLTableSet()->NewEnum()) names += table->Key() + " ";
-        return names;
     }
     std::string events_;
 };
@@ -70,7 +62,7 @@ TEST_F(SchemaTest, FailuresHaveTheirTextsAndChangeNothing) {
               Num::GetFieldOutOfRangeError());
     EXPECT_EQ(ErrorNumber([&] { engine_.CreateNewPrimaryTable("B", {"ID"}, 0, 256); }), 6);
     EXPECT_EQ(engine_.LogReport(), report);
-    EXPECT_EQ(Names(), "A RefA ");
+    EXPECT_EQ(Keys(*engine_.CVLTableSet()), "A RefA ");
     EXPECT_EQ(events_, "");
 }
 
@@ -85,7 +77,7 @@ TEST_F(SchemaTest, DeletionTakesAlongWhatItReferredToUnlessTold) {
         engine_.LinkTables("Other", 1, "Orders");
         events_.clear();
         EXPECT_TRUE(engine_.DeleteTable("Orders", cascade));
-        EXPECT_EQ(Names(), cascade ? "Other " : "Items Parts Other ");
+        EXPECT_EQ(Keys(*engine_.CVLTableSet()), cascade ? "Other " : "Items Parts Other ");
         EXPECT_TRUE(engine_.DeleteTable("Other"));
         EXPECT_EQ(events_, "/Orders-Other");
     }

@@ -11,12 +11,10 @@
 namespace tavolin {
 namespace {
 
-class StopScopeTest : public EngineTest {
-  protected:
+struct StopScopeTest : EngineTest {
     const StoppedClock clock_;
 
-    // People refer to cities and these to orders, by their own keys: an order that refers to people
-    // brings records along in a chain that comes back to where it began.
+    // An order that refers to people brings records along in a chain that comes back to the orders.
     void MakeTables() {
         for (const char* name : {"Orders", "People", "Cities", "Old", "Goods"}) {
             engine_.CreateNewPrimaryTable(name, {"ID", "A", "B"});
@@ -53,21 +51,17 @@ class StopScopeTest : public EngineTest {
 
 TEST_F(StopScopeTest, WhateverIsStoppedIsAsItWasAndCanBeDoneAfterwards) {
     struct Operation {
-        const char* source;
+        const char* member;
         std::function<void(CVLDBEngine&)> act;
         int least_asked;
     };
     const Operation operations[] = {
-        {"CVLDBEngine:LinkTables Method",
-         [](CVLDBEngine& engine) { engine.LinkTables("Orders", 1, "People"); }, 12},
-        {"CVLDBEngine:LinkTables Method",
-         [](CVLDBEngine& engine) { engine.LinkTables("Orders", 0, "People"); }, 6},
-        {"CVLDBEngine:LinkTables Method",
-         [](CVLDBEngine& engine) { engine.LinkTables("Old", 0, "Orders"); }, 6},
-        {"CVLDBEngine:CreateNewLinkedTable Method",
-         [](CVLDBEngine& engine) { engine.CreateNewLinkedTable("Orders", 1, {"x"}); }, 6},
-        {"CVLDBEngine:RemoveRecord Method",
-         [](CVLDBEngine& engine) { engine.DeleteRecord("Orders", "o2"); }, 5},
+        {"LinkTables", [](auto& engine) { engine.LinkTables("Orders", 1, "People"); }, 12},
+        {"LinkTables", [](auto& engine) { engine.LinkTables("Orders", 0, "People"); }, 6},
+        {"LinkTables", [](auto& engine) { engine.LinkTables("Old", 0, "Orders"); }, 6},
+        {"CreateNewLinkedTable",
+         [](auto& engine) { engine.CreateNewLinkedTable("Orders", 1, {"x"}); }, 6},
+        {"RemoveRecord", [](auto& engine) { engine.DeleteRecord("Orders", "o2"); }, 5},
     };
     MakeTables();
     const auto before = State();
@@ -75,7 +69,7 @@ TEST_F(StopScopeTest, WhateverIsStoppedIsAsItWasAndCanBeDoneAfterwards) {
         int asked = 0;
         bool stopped = true;
         for (int nth = 1; stopped; ++nth) {
-            SCOPED_TRACE(operation.source + (", asked " + std::to_string(nth)));
+            SCOPED_TRACE(operation.member + (", asked " + std::to_string(nth)));
             asked = 0;
             stopped = false;
             const StopScope scope([&] { return ++asked == nth; });
@@ -85,13 +79,13 @@ TEST_F(StopScopeTest, WhateverIsStoppedIsAsItWasAndCanBeDoneAfterwards) {
                 stopped = true;
                 EXPECT_EQ(error.number(), kCancelled);
                 EXPECT_EQ(error.description(), "Operation Cancelled");
-                EXPECT_EQ(error.source(), operation.source);
+                EXPECT_EQ(error.source(), SourceNamed(operation.member));
                 EXPECT_EQ(asked, nth);  // and no more
                 EXPECT_TRUE(State() == before);
             }
             EXPECT_EQ(FaultsOf(engine_), "");
         }
-        EXPECT_GE(asked, operation.least_asked) << operation.source;
+        EXPECT_GE(asked, operation.least_asked) << operation.member;
         const auto done = State();
         EXPECT_FALSE(done == before);
         engine_.TansactionAbort();
@@ -101,7 +95,7 @@ TEST_F(StopScopeTest, WhateverIsStoppedIsAsItWasAndCanBeDoneAfterwards) {
             const StopScope nobody(nullptr);
             operation.act(engine_);
         }
-        EXPECT_TRUE(State() == done) << operation.source << ": stopping left something";
+        EXPECT_TRUE(State() == done) << operation.member << ": stopping left something";
         engine_.TansactionAbort();
         engine_.TransactionBegin();
         ASSERT_TRUE(State() == before);

@@ -4,10 +4,7 @@
 namespace tavolin {
 namespace {
 
-using Num = CVLErrorNum;
-
-class TransactionsTest : public EngineTest {
-  protected:
+struct TransactionsTest : EngineTest {
     TransactionsTest() {
         engine_.CreateNewPrimaryTable("T", {"ID", "Text"});
         engine_.AddRecord("T", 1, {"1", "old"});
@@ -62,8 +59,7 @@ TEST_F(TransactionsTest, AbortPutsEverythingBack) {
     EXPECT_EQ(record->prop(1), "new");  // what was held from before can be read
 }
 
-// Records of every size, some that cannot be taken over as they lie; what came back can be changed
-// like what was made.
+// Records of every size, some that cannot be taken over as they lie.
 TEST_F(TransactionsTest, AbortBringsBackRecordsThatCanBeWorkedWith) {
     for (const std::size_t largest : {3000, 700000}) {
         std::vector<std::string> texts = {"old"};
@@ -108,9 +104,7 @@ TEST_F(TransactionsTest, CommitSavesAndEndsEvenWhenSavingFails) {
     EXPECT_EQ(engine_.GetDB(file_)->CVLTableSet()->Lookup("T")->Count(), 2);
     engine_.TransactionBegin();
     ActWith(ToRead);
-    ExpectError(Num::GetUserPermissionToRWError(), "CVLDBEngine:TransactionCommit Method",
-                "User reader Does Not Have Permission To Read/Write!",
-                [&] { engine_.TransactionCommit(); });
+    EXPECT_EQ(ErrorNumber([&] { engine_.TransactionCommit(); }), Num::GetUserPermissionToRWError());
     EXPECT_FALSE(engine_.TransactionStarted());
     EXPECT_FALSE(engine_.LogReport().ends_with("<Transaction Committed>\r\n"));
 }

@@ -17,7 +17,6 @@ namespace {
 
 // Hosts were built with these values.
 TEST(ErrorNumbers, ArePublished) {
-    using N = CVLErrorNum;
     EXPECT_EQ(N::GetTransAlreadyStartedError(), -2147171498);
     EXPECT_EQ(N::GetFirstUserError(), -2147161483);
     EXPECT_EQ(N::GetValueNotFoundError(), -2147161492);
@@ -92,14 +91,6 @@ TEST(Trap, TurnsEveryFailureIntoARunTimeError) {
     } catch (const Error& error) {
         EXPECT_EQ(error.detail(), "k: cut off");
     }
-}
-
-// In the log file a name must not begin a line.
-TEST(Messages, KeepTheirOwnLineBreaksAndNoOthers) {
-    const std::string name = "a\r\nb\rc\nd";
-    const Message message("User: ", name, " Left\r\nNow");
-    EXPECT_EQ(message.text(), "User: a\r\nb\rc\nd Left\r\nNow");
-    EXPECT_EQ(message.one_line(), "User: a b c d Left\r\nNow");
 }
 
 }  // namespace

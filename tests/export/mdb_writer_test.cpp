@@ -19,8 +19,7 @@ std::string Times(int count, std::string_view text) {
     return all;
 }
 
-class MdbWriterTest : public testing::Test {
-  protected:
+struct MdbWriterTest : testing::Test {
     // The file as it stands, which must be without fault.
     MdbChecker Check() {
         MdbChecker file(Contents(path_));
@@ -34,11 +33,6 @@ class MdbWriterTest : public testing::Test {
     }
     void WritePeople() {
         Write([](mdb::Writer& file) { file.CreateTable("People", {"Name"}).Append({"Ada"}); });
-    }
-    std::size_t FilesInFolder() {
-        return static_cast<std::size_t>(
-            std::distance(std::filesystem::directory_iterator(folder_.path()),
-                          std::filesystem::directory_iterator()));
     }
 
     TemporaryFolder folder_;
@@ -152,7 +146,7 @@ TEST_F(MdbWriterTest, RefusesWhatTheFormatCannotHold) {
             EXPECT_NE(error.description().find(each.wanted), std::string::npos)
                 << error.description();
         }
-        EXPECT_TRUE(Contents(path_) == before && FilesInFolder() == 1) << each.wanted;
+        EXPECT_TRUE(Contents(path_) == before && FilesOf(folder_).size() == 1) << each.wanted;
     }
     // To the limit.
     Write(table(std::string(64, 'n'), ten, {Row(10, std::string(255, 'x'))}));
@@ -162,8 +156,7 @@ TEST_F(MdbWriterTest, RefusesWhatTheFormatCannotHold) {
     EXPECT_EQ(Check().tables().size(), 4u);
 }
 
-// Enough tables for indexes of several pages, enough rows for maps of several pages, written in
-// turn, over and over into one file.
+// Enough tables for indexes of several pages, enough rows for maps of several pages.
 TEST_F(MdbWriterTest, AddsTablesToItsOwnFile) {
     std::map<std::string, std::size_t> expected;
     for (const int tables : {1, 250, 2, 120}) {
@@ -225,7 +218,7 @@ TEST_F(MdbWriterTest, LeavesFilesOfOthersAndDamagedOnesAlone) {
         EXPECT_EQ(ErrorNumber(
                       [&] { Write([](mdb::Writer& file) { file.CreateTable("People", {"A"}); }); }),
                   58);
-        EXPECT_TRUE(Contents(path_) == contents && FilesInFolder() == 1);
+        EXPECT_TRUE(Contents(path_) == contents && FilesOf(folder_).size() == 1);
     }
     // One that somebody else makes while a new one is being written.
     std::filesystem::remove(NativePath(path_));

@@ -1,8 +1,4 @@
 // Allocations that fail: a program that links allocations.cpp has its operator new replaced.
-//
-//     FailAllocation(3);            // the third from now on, and no other
-//     EXPECT_EQ(ErrorNumber([&] { engine.SaveDB(); }), 7);
-//     EXPECT_TRUE(FailNoMore());    // it was reached
 #pragma once
 
 #include <cstddef>

@@ -38,13 +38,11 @@ class Shop {
                              {number, "buyer" + number, "good" + std::to_string(i % 3)});
         }
         engine.GetRecord("Orders", 1)->Attach(1, "picture", aPicture);
-        engine.LogDBActivities(true, true, true, true, true, true, true, true, true, true, true,
-                               true, true, true);
+        LogEverything(engine);
         engine.SaveDB();
     }
 
-    // What a file would hold, what is wrong with what is in memory, and whether a transaction is
-    // open. The files stay as they are.
+    // What a file would hold, what is wrong in memory, and whether a transaction is open.
     std::string State() {
         const std::string saved = Contents(file);
         engine.SaveDB();
@@ -67,6 +65,12 @@ void Change(Shop& shop) {
     shop.engine.GetTable("Goods")->Sort(0);
 }
 
+void BringAttachments(Shop& shop) {
+    shop.attachments = std::make_shared<CVLAttachmentSet>();
+    shop.attachments->Add("sound", 1, "a path that is long enough", aSound);
+    shop.record = shop.engine.GetRecord("Orders", 2);
+}
+
 void BeginAndChange(Shop& shop) {
     shop.engine.GetRecord("Orders", 3)->Key("one that the state has to hold");
     shop.engine.TransactionBegin();
@@ -74,7 +78,7 @@ void BeginAndChange(Shop& shop) {
 }
 
 struct Operation {
-    const char* source;  // "" where each part of it has its own
+    const char* member;  // "" where each part of it has its own source
     void (*prepare)(Shop&);
     void (*act)(Shop&);
     // After a failure it has been done all the same.
@@ -88,24 +92,18 @@ constexpr std::string_view kLongText =
     "move, and that makes a key for the buyers and for the people which is as long.";
 
 const Operation kOperations[] = {
-    {"CVLDBEngine:AddRecord Method", nullptr,
+    {"AddRecord", nullptr,
      [](Shop& shop) {
          shop.engine.AddRecord("Orders", 5, {"new order", "a new buyer of it", "a new good"});
      }},
-    {"CVLDBEngine:AddRecord Method",
-     [](Shop& shop) {
-         shop.attachments = std::make_shared<CVLAttachmentSet>();
-         shop.attachments->Add("sound", 1, "a path that is long enough", aSound);
-     },
+    {"AddRecord", BringAttachments,
      [](Shop& shop) {
          shop.engine.AddRecord("Orders", 5, {"new", "new"}, shop.attachments,
                                {.before = IndexKey(1)});
      }},
-    {"CVLDBEngine:UpDateRecord Method",
+    {"UpDateRecord",
      [](Shop& shop) {
-         shop.attachments = std::make_shared<CVLAttachmentSet>();
-         shop.attachments->Add("sound", 1, "a path that is long enough", aSound);
-         shop.record = shop.engine.GetRecord("Orders", 2);
+         BringAttachments(shop);
          shop.record->prop(5, std::string(600, 'x'));  // too much for where it was
      },
      [](Shop& shop) {
@@ -114,16 +112,14 @@ const Operation kOperations[] = {
              {shop.record->arena()->Field(shop.record->handle(), 0), kLongText, "something new"},
              shop.attachments);
      }},
-    {"CVLDBEngine:RemoveRecord Method", nullptr,
-     [](Shop& shop) { shop.engine.DeleteRecord("Orders", 3); }},
-    {"CVLDBEngine:RemoveRecord Method", nullptr,
-     [](Shop& shop) { shop.engine.DeleteRecord("Orders", 3, false); }},
+    {"RemoveRecord", nullptr, [](Shop& shop) { shop.engine.DeleteRecord("Orders", 3); }},
+    {"RemoveRecord", nullptr, [](Shop& shop) { shop.engine.DeleteRecord("Orders", 3, false); }},
     {"CVLTable:Sort Method", [](Shop& shop) { shop.engine.GetTable("Orders"); },
      [](Shop& shop) { shop.engine.CVLTableSet()->Lookup(1)->Sort(0); }},
     {"CVLTable:Sort Method", nullptr,
      [](Shop& shop) { shop.engine.CVLTableSet()->Lookup(1)->Sort(1); }},
-    {"CVLDBEngine:Find Method", nullptr, [](Shop& shop) { shop.engine.Find("good1"); }},
-    {"CVLDBEngine:Find Method", nullptr, [](Shop& shop) { shop.engine.Find("good1", true); }},
+    {"Find", nullptr, [](Shop& shop) { shop.engine.Find("good1"); }},
+    {"Find", nullptr, [](Shop& shop) { shop.engine.Find("good1", true); }},
     {"CVLTable:Key Property Let", nullptr,
      [](Shop& shop) { shop.engine.CVLTableSet()->Lookup(2)->Key(kLongText); }},
     {"CVLDBUser:UserName Property Let", nullptr,
@@ -139,25 +135,21 @@ const Operation kOperations[] = {
          CVLAttachment().Key(kLongText);
          shop.engine.LogedOnUser()->Key(kLongText);
      }},
-    {"CVLDBEngine:TransactionBegin Method", nullptr,
-     [](Shop& shop) { shop.engine.TransactionBegin(); }},
-    {"CVLDBEngine:TransactionAbort Method", BeginAndChange,
-     [](Shop& shop) { shop.engine.TansactionAbort(); }},
-    {"CVLDBEngine:TransactionCommit Method", BeginAndChange,
-     [](Shop& shop) { shop.engine.TransactionCommit(); }, true},
-    {"CVLDBEngine:SaveDB Method", Change, [](Shop& shop) { shop.engine.SaveDB(); }, true},
+    {"TransactionBegin", nullptr, [](Shop& shop) { shop.engine.TransactionBegin(); }},
+    {"TransactionAbort", BeginAndChange, [](Shop& shop) { shop.engine.TansactionAbort(); }},
+    {"TransactionCommit", BeginAndChange, [](Shop& shop) { shop.engine.TransactionCommit(); },
+     true},
+    {"SaveDB", Change, [](Shop& shop) { shop.engine.SaveDB(); }, true},
     // Whatever keeps a file from being read, memory included, has this number.
-    {"CVLDBEngine:loadDB Method", Change, [](Shop& shop) { shop.engine.LoadDB(shop.file); }, false,
+    {"loadDB", Change, [](Shop& shop) { shop.engine.LoadDB(shop.file); }, false,
      CVLErrorNum::GetDBNotSetError()},
 };
 
 // Of these, the first so many touch no file and are tried with many records as well.
 constexpr int kInMemory = 12;
 
-class AllocationsTest : public testing::TestWithParam<int> {
-  protected:
-    // One try in a new shop, with that allocation failing, or none for 0. False when the operation
-    // does not get so far.
+struct AllocationsTest : testing::TestWithParam<int> {
+    // With that allocation failing, or none for 0. False when the operation does not get so far.
     bool Try(const Operation& operation, int orders, std::size_t nth, bool for_good) {
         Shop shop(PortablePath(library_.folder().path()), orders);
         const std::string saved = Contents(shop.file);
@@ -197,8 +189,8 @@ class AllocationsTest : public testing::TestWithParam<int> {
     static void CheckFailure(const Operation& operation, const Error& failure) {
         EXPECT_TRUE(failure.number() == kOutOfMemory || failure.number() == operation.number)
             << failure.number();
-        if (*operation.source == '\0') return;
-        EXPECT_EQ(failure.source(), operation.source);
+        if (*operation.member == '\0') return;
+        EXPECT_EQ(failure.source(), SourceNamed(operation.member));
         EXPECT_NE(failure.description(), "");
     }
 
@@ -206,7 +198,7 @@ class AllocationsTest : public testing::TestWithParam<int> {
     void TryAll(const Operation& operation, int orders, bool for_good) {
         Try(operation, orders, 0, false);
         for (std::size_t nth = 1;; ++nth) {
-            SCOPED_TRACE(operation.source + (" with allocation " + std::to_string(nth)) +
+            SCOPED_TRACE(operation.member + (" with allocation " + std::to_string(nth)) +
                          (for_good ? " and all later ones" : "") + " failing, " +
                          std::to_string(orders) + " orders");
             const std::size_t before = LivingAllocations();

@@ -9,8 +9,7 @@
 namespace tavolin {
 namespace {
 
-class DiskTest : public EngineTest {
-  protected:
+struct DiskTest : EngineTest {
     DiskTest() {
         engine_.CreateNewPrimaryTable("T", {"ID", "Text"});
         engine_.AddRecord("T", 1, {"1", "old"});
@@ -33,11 +32,7 @@ class SmallDisk {
     }
     bool mounted() const { return mounted_; }
     std::string path() const { return PortablePath(folder_.path()); }
-    std::size_t files() const {
-        return static_cast<std::size_t>(
-            std::distance(std::filesystem::directory_iterator(folder_.path()),
-                          std::filesystem::directory_iterator()));
-    }
+    std::size_t files() const { return FilesOf(folder_).size(); }
 
   private:
     TemporaryFolder folder_;

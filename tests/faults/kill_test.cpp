@@ -43,8 +43,7 @@ class Victim {
     bool begun_ = false;
 };
 
-class KillTest : public EngineTest {
-  protected:
+struct KillTest : EngineTest {
     KillTest() {
         engine_.CreateNewPrimaryTable("T", {"ID", "Text"});
         for (int i = 0; i < 2000; ++i) {

@@ -20,8 +20,7 @@ std::string Work(const std::string& folder, const std::string& name) {
     engine.OnRecordAdd.Connect([&](const auto& record) { told += record->Key(); });
     engine.LogOn(name, "secret");
     engine.CreateNewDB(name, folder);
-    engine.LogDBActivities(true, true, true, true, true, true, true, true, true, true, true, true,
-                           true, true);
+    LogEverything(engine);
     engine.CreateNewPrimaryTable("Orders", {"ID", "Buyer"});
     engine.CreateNewPrimaryTable("Buyers", {"ID"});
     engine.LinkTables("Orders", 1, "Buyers");
@@ -33,8 +32,7 @@ std::string Work(const std::string& folder, const std::string& name) {
     engine.GetTable("Orders")->Sort(1);
     engine.TansactionAbort();
     engine.SaveDB();
-    engine.LoadDB(folder + "\\" + name + ".cdb");
-    engine.DBLegalUser(engine.LogedOnUser(), Ownership);
+    Open(engine, folder + "\\" + name + ".cdb", name.c_str());
     engine.Find("\u0436\u00C9" + name);
     try {
         engine.GetTable("none");

@@ -1,5 +1,4 @@
-// Exports a database and has it read by programs that know nothing of the library: mdbtools and,
-// through dump.mjs, a reader for Node. Every value must come back.
+// Every value of an export comes back in mdbtools and, through dump.mjs, in a reader for Node.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -79,8 +78,7 @@ std::vector<Table> SampleTables() {
     };
 }
 
-class MdbReaders : public EngineTest {
-  protected:
+struct MdbReaders : EngineTest {
     MdbReaders() {
         for (const Table& table : tables_) {
             engine_.CreateNewPrimaryTable(table.name, {}, 0);
@@ -111,8 +109,7 @@ TEST_F(MdbReaders, MdbtoolsReadsEveryValue) {
         EXPECT_NE(schema.find("CREATE TABLE [" + table.name + "]"), schema.npos) << table.name;
         for (const std::string& label : table.labels)
             EXPECT_NE(schema.find("[" + label + "]\t\t\tText (255)"), schema.npos) << label;
-        // It shows no rows of a table without columns, and two question marks for a character above
-        // U+FFFF.
+        // No rows of a table without columns, and two question marks for a character above U+FFFF.
         const std::string rows = ReplaceFold(table.labels.empty() ? "" : Rows(table), "😀", "??");
         const std::string found = Tool("mdb-export " + cut, table.name);
         EXPECT_TRUE(found == rows) << table.name << ": " << found.substr(0, 500);

@@ -10,10 +10,7 @@
 namespace tavolin {
 namespace {
 
-using N = CVLErrorNum;
-
-class SessionTest : public EngineTest {
-  protected:
+struct SessionTest : EngineTest {
     static bool MayWrite(CVLRecordSet& set) {
         static int count = 0;
         const std::string key = "key" + std::to_string(++count);

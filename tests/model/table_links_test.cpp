@@ -4,10 +4,7 @@
 namespace tavolin {
 namespace {
 
-using N = CVLErrorNum;
-
-class TableLinksTest : public EngineTest {
-  protected:
+struct TableLinksTest : EngineTest {
     std::shared_ptr<CVLTable> Make(const std::string& name) {
         return engine_.CreateNewPrimaryTable(name, {"ID", "One", "Two"}, 0);
     }

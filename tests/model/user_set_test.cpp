@@ -7,10 +7,7 @@
 namespace tavolin {
 namespace {
 
-using N = CVLErrorNum;
-
-class UserSetTest : public EngineTest {
-  protected:
+struct UserSetTest : EngineTest {
     std::string Names() const {
         std::string names;
         for (const auto& user : users_->NewEnum()) names += user->UserName() + " ";

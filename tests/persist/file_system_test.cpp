@@ -6,12 +6,11 @@
 #include <functional>
 #include <iterator>
 
+#include "tavolin/persist/paths.h"
 #include "tests/support/failing_file_system.h"
 
 namespace tavolin {
 namespace {
-
-namespace fs = std::filesystem;
 
 ByteView BytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -21,16 +20,11 @@ std::string Text(const std::vector<std::uint8_t>& bytes) {
     return std::string(bytes.begin(), bytes.end());
 }
 
-class FileSystemTest : public testing::Test {
-  protected:
+struct FileSystemTest : testing::Test {
     // By another way than the one under test.
     std::string Contents(const fs::path& path) {
         std::ifstream file(path, std::ios::binary);
         return std::string(std::istreambuf_iterator<char>(file), {});
-    }
-    std::size_t FilesInFolder() {
-        return static_cast<std::size_t>(
-            std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator()));
     }
     std::errc CodeOf(const std::function<void()>& body) {
         try {
@@ -129,6 +123,21 @@ TEST_F(FileSystemTest, ReplaceKeepsRightsAndLinks) {
     EXPECT_THROW(files_.Replace("/dev/null", {&chunk, 1}), fs::filesystem_error);
 }
 #endif
+
+TEST(Paths, FileExistsIsFalseOnlyForANameMissingFromAnExistingFolder) {
+    const TemporaryFolder folder;
+    FileSystem::Current().Write(folder / "file", {});
+    EXPECT_FALSE(FileExists(""));
+    EXPECT_FALSE(FileExists(folder / "missing"));
+    EXPECT_FALSE(FileExists("no such name in the current folder"));
+    EXPECT_TRUE(FileExists(folder / "file"));
+    EXPECT_TRUE(FileExists(folder / "none\\missing"));
+    EXPECT_TRUE(FileExists(folder / "none\\none\\missing"));
+    EXPECT_TRUE(FileExists(folder / "file\\missing"));
+    EXPECT_TRUE(FileExists(folder / ""));
+    EXPECT_TRUE(FileExists(folder / std::string(5000, 'x')));
+    EXPECT_TRUE(FileExists(std::string_view("a\0b", 3)));
+}
 
 }  // namespace
 }  // namespace tavolin

@@ -86,80 +86,31 @@ TEST(PropertyBag, HasTheDocumentedBytes) {
     EXPECT_EQ(ExampleBag(), documented);
 }
 
-TEST(PropertyBag, GivesBackEveryTypeInAnyOrder) {
-    const std::string text("a\0\xFF\xED\xA0\x80", 6);
+// What the replay of the fuzz target does not come to.
+TEST(PropertyBag, GivesBackLongTextsAndWhatIsAskedForInPlaceOfNothing) {
     PropertyBagWriter writer;
     writer.Reserve(100);
-    writer.Write("text", text);
-    writer.Write("literal", "abc");
     writer.Write("long", std::string(100'000, 'x'));
-    writer.Write("true", true);
-    writer.Write("false", false);
     writer.Write("low", std::numeric_limits<std::int32_t>::min());
-    writer.WriteByte("byte", 255);
     writer.Write("date", Date{-5});
+    writer.WriteObject("set", [&] { writer.Write("k", "inside"); });
     writer.Write("", "the empty key");
     const Bytes bag = std::move(writer).Finish();
     PropertyBagReader reader(bag);
-    for (int round = 0; round < 2; ++round) {  // the second time from the end on
-        EXPECT_EQ(reader.ReadText("text"), text);
-        EXPECT_EQ(reader.ReadText("literal"), "abc");
-        EXPECT_EQ(reader.ReadText("long"), std::string(100'000, 'x'));
-        EXPECT_TRUE(reader.ReadBool("true") && !reader.ReadBool("false", true));
-        EXPECT_EQ(reader.ReadInt("low"), std::numeric_limits<std::int32_t>::min());
-        EXPECT_EQ(reader.ReadDate("date").seconds, -5);
-        EXPECT_EQ(reader.ReadByte("byte"), 255);
-        EXPECT_EQ(reader.ReadText(""), "the empty key");
-        EXPECT_EQ(reader.ReadText("none", "default"), "default");
-        EXPECT_EQ(reader.ReadInt("none", -7), -7);
-        EXPECT_TRUE(reader.ReadBlocks("none").empty());
-        EXPECT_TRUE(reader.Has("byte") && !reader.Has("none"));
-    }
-}
-
-TEST(PropertyBag, NestsObjectsAndSeries) {
-    PropertyBagWriter writer;
-    writer.WriteObject("set", [&] {
-        writer.Write("Count", 3);
-        writer.WriteSeries("User", 3, [&](std::size_t i) {
-            writer.Write("k", std::to_string(i));
-            writer.WriteSeries("Note", i - 1, [&](std::size_t n) {
-                writer.WriteByte("n", static_cast<std::uint8_t>(10 * i + n));
-            });
-        });
-        writer.Write("last", true);
-    });
-    writer.Write("k", "outside");
-    const Bytes bag = std::move(writer).Finish();
-
-    PropertyBagReader reader(bag);
-    std::string seen;
-    const auto read_set = [&] {
-        const std::size_t users = reader.ReadSeries("User", [&](std::size_t i) {
-            seen += reader.ReadText("k");
-            const std::size_t notes = reader.ReadSeries("Note", [&](std::size_t) {
-                seen += "," + std::to_string(reader.ReadByte("n"));
-                EXPECT_FALSE(reader.Has("k"));  // keys of the objects around are out of reach
-            });
-            EXPECT_EQ(notes, i - 1);
-            seen += ";";
-        });
-        EXPECT_EQ(users, 3u);
-        EXPECT_TRUE(reader.ReadBool("last"));
-        EXPECT_EQ(reader.ReadInt("Count"), 3);
-    };
-    EXPECT_TRUE(reader.ReadObject("set", read_set));
-    EXPECT_EQ(reader.ReadText("k"), "outside");
-    EXPECT_EQ(seen, "1;2,21;3,31,32;");
-    // An object may be left unread, read twice, or not be there.
-    EXPECT_TRUE(reader.ReadObject("set", [] {}));
-    EXPECT_TRUE(reader.ReadObject("set", read_set));
+    EXPECT_EQ(reader.ReadText(""), "the empty key");
+    EXPECT_EQ(reader.ReadText("long"), std::string(100'000, 'x'));
+    EXPECT_EQ(reader.ReadInt("low"), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(reader.ReadDate("date").seconds, -5);
+    EXPECT_EQ(reader.ReadText("none", "default"), "default");
+    EXPECT_EQ(reader.ReadInt("none", -7), -7);
+    EXPECT_TRUE(reader.ReadBlocks("none").empty() && !reader.Has("none"));
     EXPECT_FALSE(reader.ReadObject("none", [] { FAIL(); }));
     EXPECT_EQ(reader.ReadSeries("none", [](std::size_t) { FAIL(); }), 0u);
+    EXPECT_TRUE(reader.ReadObject("set", [&] { EXPECT_FALSE(reader.Has("low")); }));
     // A body that throws leaves the reader at the object around.
     EXPECT_THROW(reader.ReadObject("set", [] { throw std::runtime_error(""); }),
                  std::runtime_error);
-    EXPECT_EQ(reader.ReadText("k"), "outside");
+    EXPECT_EQ(reader.ReadText(""), "the empty key");
 }
 
 TEST(PropertyBag, BlocksBeginAtMultiplesOfEight) {

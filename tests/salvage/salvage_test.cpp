@@ -15,8 +15,7 @@ using Access = SalvagedFile::Access;
 
 constexpr std::size_t kPeople = 40;
 
-class SalvageTest : public EngineTest {
-  protected:
+struct SalvageTest : EngineTest {
     SalvageTest() {
         engine_.CreateNewPrimaryTable("People", {"ID", "Name", "City"});
         engine_.CreateNewPrimaryTable("Cities", {"City", "Land"});
@@ -50,9 +49,7 @@ class SalvageTest : public EngineTest {
     void Open(CVLDBEngine& engine, SalvagedFile& file,
               const std::optional<SalvagedFile::NewOwner>& owner = {}) const {
         WriteDatabaseFile(folder_ / "new.cdb", file.State(owner).bytes());
-        engine.LogOn("ann", "secret");
-        engine.LoadDB(folder_ / "new.cdb");
-        engine.DBLegalUser(engine.LogedOnUser(), Ownership);
+        tavolin::Open(engine, folder_ / "new.cdb");
     }
     SalvagedFile Damaged(const std::string& contents) const {
         WriteContents(bad_, contents);
@@ -219,9 +216,7 @@ TEST_F(SalvageTest, LostPasswordsLetNobodyIn) {
     EXPECT_EQ(file.AccessOf("ann", ""), Access::kOwnerLost);
     CVLDBEngine engine;
     WriteDatabaseFile(folder_ / "new.cdb", file.State(SalvagedFile::NewOwner{"eve", "e"}).bytes());
-    engine.LogOn("eve", "e");
-    engine.LoadDB(folder_ / "new.cdb");
-    EXPECT_TRUE(engine.DBLegalUser(engine.LogedOnUser(), Ownership));
+    tavolin::Open(engine, folder_ / "new.cdb", "eve", "e");
     EXPECT_EQ(engine.CVLDBUserSet()->Count(), 1);
     EXPECT_FALSE(engine.PasswordCorrect(""));
 
@@ -232,9 +227,7 @@ TEST_F(SalvageTest, LostPasswordsLetNobodyIn) {
     EXPECT_EQ(foreign.AccessOf("bob", "database"), Access::kOwnerLost);
     const auto state = foreign.State(SalvagedFile::NewOwner{"bob", "database"});
     WriteDatabaseFile(folder_ / "bobs.cdb", state.bytes());
-    engine.LogOn("bob", "database");
-    engine.LoadDB(folder_ / "bobs.cdb");
-    EXPECT_TRUE(engine.DBLegalUser(engine.LogedOnUser(), Ownership));
+    tavolin::Open(engine, folder_ / "bobs.cdb", "bob", "database");
 }
 
 TEST_F(SalvageTest, WhatReferredToSomethingLostDoesSoNoMore) {

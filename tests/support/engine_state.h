@@ -1,16 +1,18 @@
 // What the tests of the engine look at besides its members.
 #pragma once
 
+#include <filesystem>
+#include <map>
 #include <string>
 
 #include "tavolin/base/clock.h"
 #include "tavolin/engine/engine.h"
+#include "tavolin/persist/paths.h"
 #include "tests/support/expect_error.h"
 
 namespace tavolin {
 
-// The permission state, by what the sets of the open database let pass. At least one table must be
-// there. Nothing is changed.
+// The permission state, by what a database with at least one table lets pass. Changes nothing.
 inline PermitStateEnum StateOf(const CVLDBEngine& engine) {
     const auto refuses = [](std::int32_t number, auto&& body) {
         return ErrorNumber(body) == number;
@@ -28,6 +30,23 @@ inline PermitStateEnum StateOf(const CVLDBEngine& engine) {
     return Undefined;
 }
 
+// Somebody opens a database of his.
+inline void Open(CVLDBEngine& engine, const std::string& file, const char* owner = "ann",
+                 const char* password = "secret") {
+    engine.LogOn(owner, password);
+    engine.LoadDB(file);
+    EXPECT_TRUE(engine.DBLegalUser(engine.LogedOnUser(), Ownership));
+}
+
+// The source of a method of the engine's; that of another class's member stands for itself.
+inline std::string SourceNamed(const std::string& member) {
+    return member.find(':') == member.npos ? "CVLDBEngine:" + member + " Method" : member;
+}
+
+inline void LogEverything(CVLDBEngine& engine) {
+    engine.LogDBActivities(1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1);
+}
+
 inline std::string Contents(const std::string& path) {
     const auto bytes = FileSystem::Current().ReadFile(path);
     return std::string(bytes.begin(), bytes.end());
@@ -38,6 +57,49 @@ inline void WriteContents(const std::string& path, const std::string& text) {
                                 {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
 }
 
+template <class Set>
+std::string StateText(const Set& set) {
+    const auto state = set.ObjectState();
+    return std::string(state.begin(), state.end());
+}
+
+// All that tables hold and say, for which nobody needs a right.
+inline std::string Everything(const CVLTableSet& tables) {
+    std::string all;
+    for (const auto& each : tables.NewEnum()) {
+        all += each->Key() + std::to_string(each->SpecificType());
+        for (const std::uint8_t part : each->PrimaryKey().Parts()) all += char(part);
+        for (int i = 0; i < kFieldCount; ++i) {
+            all += each->FieldName(i) + "/" + each->FieldLabel(i) + "/" + each->LinkedTable(i) +
+                   "/" + each->ReferencedTable(i) + "\n";
+        }
+        all += StateText(*each->CVLRecordSet());
+    }
+    return all;
+}
+
+// The files of a folder and of those in it, by their names.
+using Folder = std::map<std::string, std::string>;
+inline Folder FilesOf(const TemporaryFolder& folder) {
+    Folder files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+        const auto name = std::filesystem::relative(entry.path(), folder.path()).string();
+        if (entry.is_regular_file()) files[name] = Contents(PortablePath(entry.path()));
+    }
+    return files;
+}
+// The names of those that are not the same in both, a blank behind each.
+inline std::string Difference(const Folder& a, const Folder& b) {
+    std::string names;
+    for (const auto& [name, contents] : a) {
+        if (!b.contains(name) || b.at(name) != contents) names += name + " ";
+    }
+    for (const auto& [name, contents] : b) {
+        if (!a.contains(name)) names += name + " ";
+    }
+    return names;
+}
+
 // The databases listed under an owner in the engine's registry, as "path;path;".
 inline std::string Listed(const CVLDBEngine& engine, const char* owner) {
     std::string paths;
@@ -45,6 +107,13 @@ inline std::string Listed(const CVLDBEngine& engine, const char* owner) {
     for (const auto& database : engine.CVLDBOwnerSet()->Item(owner)->CVLOwnerDBSet()->NewEnum())
         paths += database->Key() + ";";
     return paths;
+}
+
+// What somebody who logs on now finds.
+inline std::string OnDisk(const char* owner) {
+    CVLDBEngine engine;
+    engine.LogOn("eve", "");
+    return Listed(engine, owner);
 }
 
 // It is 1:05 in the morning of 15 November 2026 until the end of the scope.

@@ -1,8 +1,5 @@
 // What tests of the library's surface share: the comparison of an error in all its parts, and an
 // engine with a database in a folder of the test's own.
-//
-//     ExpectError(CVLErrorNum::GetTableNotFoundError(), "CVLTableSet:Item Property Get",
-//                 "Table Not Found!", [&] { tables->Item("none"); });
 #pragma once
 
 #include <gtest/gtest.h>
@@ -20,6 +17,9 @@
 #include "tests/support/failing_file_system.h"
 
 namespace tavolin {
+
+using Num = CVLErrorNum;
+using N = CVLErrorNum;
 
 // The first field alone is the key.
 inline constexpr PrimaryKeyType kFirst{0, 99, 99, 99};
@@ -50,8 +50,15 @@ std::int32_t ErrorNumber(Body&& body) {
     return 0;
 }
 
-// load(state) must refuse the state with any one byte changed, cut off anywhere, or with a byte
-// more. Whether it has changed nothing meanwhile is for the caller to see.
+// The keys of the elements of a set in their order, a blank behind each.
+template <class Set>
+std::string Keys(const Set& set) {
+    std::string keys;
+    for (const auto& element : set.NewEnum()) keys += element->Key() + " ";
+    return keys;
+}
+
+// load(state) must refuse the state with any one byte changed, cut off, or with a byte more.
 template <class Load>
 void ExpectDamageRefused(const std::vector<std::uint8_t>& state, Load&& load) {
     const auto refuses = [&](const std::vector<std::uint8_t>& damaged) {
@@ -83,8 +90,7 @@ inline void ExpectNoEnds(const std::string& set, std::string_view text, std::int
     }
 }
 
-// A temporary folder that is the library's own until the end of the scope, so that no test writes
-// the owner registry of the machine.
+// A temporary folder that is the library's own, so that no test writes the machine's registry.
 class ScopedLibraryFolder {
   public:
     ScopedLibraryFolder() {
@@ -112,8 +118,7 @@ class ScopedLibraryFolder {
 };
 
 // "ann" has created the database "shop.cdb", which is open and not saved yet; she is its owner.
-class EngineTest : public testing::Test {
-  protected:
+struct EngineTest : testing::Test {
     EngineTest() {
         engine_.LogOn("ann", "secret");
         engine_.CreateNewDB("shop", FolderPath());
@@ -122,6 +127,9 @@ class EngineTest : public testing::Test {
 
     // The folder in which the database and the registry are, as the library writes it.
     std::string FolderPath() const { return PortablePath(folder_.path()); }
+
+    std::string File(std::string_view name) const { return folder_ / name; }
+    bool There(std::string_view name) const { return FileSystem::Current().Exists(File(name)); }
 
     // From now on a user who has this right and no higher one acts: `Ownership` is ann, the others
     // are "undefined", "reader", "writer" and "deleter", all of them with the password "word".

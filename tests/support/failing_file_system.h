@@ -1,11 +1,5 @@
-// The machine's file system with a fault in it.
-//
-//     FailingFileSystem files;
-//     ScopedFileSystem scope(files);
-//     files.FailCall(3, ENOSPC);
-//     EXPECT_THROW(engine.SaveDB(), Error);  // whatever its third request to the machine is
-//
-// "Fail the 1st, 2nd, 3rd ... call until it passes" is FailEachCall().
+// The machine's file system with a fault in it: one that fails its nth request, and a body that is
+// run with the 1st, the 2nd, the 3rd ... failing.
 #pragma once
 
 #include <algorithm>
@@ -21,6 +15,8 @@
 #include "tests/support/forwarding_file_system.h"
 
 namespace tavolin {
+
+namespace fs = std::filesystem;
 
 class FailingFileSystem final : public ForwardingFileSystem {
   public:
@@ -70,9 +66,8 @@ class FailingFileSystem final : public ForwardingFileSystem {
     std::size_t write_limit_ = static_cast<std::size_t>(-1);
 };
 
-// Runs body() with the 1st, the 2nd, the 3rd ... call failing, until no failure is met any more.
-// After each run check(call, threw) is asked, with the name of the call that failed. Gives the
-// number of calls that were made to fail.
+// Until no failure is met any more. After each run check(call, threw) is asked, with the name of
+// the call that failed. Gives the number of calls that were made to fail.
 template <class Body, class Check>
 std::size_t FailEachCall(Body&& body, Check&& check, int code = EIO, bool for_good = false) {
     for (std::size_t nth = 1;; ++nth) {

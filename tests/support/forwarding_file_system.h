@@ -48,8 +48,7 @@ class ForwardingFileSystem : public FileSystem {
     }
 
   protected:
-    // Hears of a call before it is passed on, "" where nothing but a look is taken. Without a yes
-    // flushing and linking are left out.
+    // Before a call is passed on; "" is a mere look. Without a yes there is no flushing or linking.
     virtual bool Asked(std::string_view call, std::string_view path,
                        std::string_view other = {}) = 0;
     // write(bytes) passes a writing on.

@@ -11,8 +11,7 @@
 
 namespace tavolin {
 
-// Every record is found at its position and by its key, the key leads back to it; the counts are
-// those of a walk.
+// Every record is found at its position and by its key; the counts are those of a walk.
 inline void CheckRecords(const CVLTable& table, std::string& faults) {
     const auto fault = [&](const std::string& what) { faults += table.Key() + ": " + what + "\n"; };
     const auto set = table.CVLRecordSet();
@@ -41,8 +40,7 @@ inline void CheckRecords(const CVLTable& table, std::string& faults) {
     }
 }
 
-// A field links to a table that is there and that names the field's table among those that refer to
-// it, and the other way round; the set's index of links knows both.
+// A link and its table's mention of who refers to it answer each other; the set's index knows both.
 inline void CheckLinks(const CVLTableSet& tables, const CVLTable& table, std::string& faults) {
     const auto fault = [&](const std::string& what) { faults += table.Key() + ": " + what + "\n"; };
     const auto check = [&](const std::string& name,
@@ -58,6 +56,9 @@ inline void CheckLinks(const CVLTableSet& tables, const CVLTable& table, std::st
             fault("a link with " + name + " that is not in the index");
         }
     };
+    for (const std::uint8_t part : table.PrimaryKey().Parts()) {
+        if (part >= kFieldCount && part != kNoField) fault("a key of no field");
+    }
     for (int i = 0; i < kFieldCount; ++i) {
         if (table.FieldIsForeignKey(i) == table.LinkedTable(i).empty()) fault("half a link");
         check(table.LinkedTable(i), &CVLTable::ReferencedTable);

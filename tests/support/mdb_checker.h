@@ -1,9 +1,5 @@
 // Reads a file of the Jet 4.0 format page by page and finds fault with whatever does not agree.
 // It shares no code with the writer.
-//
-//     const MdbChecker file(Contents(path));
-//     EXPECT_EQ(file.faults(), "");
-//     file.tables().at("People").rows[0];    // {"Ada", "London"}
 #pragma once
 
 #include <cstdint>

@@ -3,25 +3,17 @@ import { execFileSync } from 'node:child_process';
 
 const kMebibyte = 1 << 20;
 
-// The fields of the lines of a CSV text.
-function parseCsv(text) {
-    const lines = [[]];
-    for (const [, quoted, plain, end] of text.matchAll(/(?:"((?:[^"]|"")*)"|([^",\n]*))(,|\n)/g)) {
-        lines.at(-1).push(quoted === undefined ? plain : quoted.replaceAll('""', '"'));
-        if (end === '\n') lines.push([]);
-    }
-    return lines.slice(0, -1);
-}
-
 // The tables: the name, the fields as {label, link}, the records as {key, values, label}, and those
 // by their keys.
 export function readDatabase(host, file) {
-    const run = (...words) =>
-        execFileSync(host, ['--format', 'csv', file, ...words], {
+    const rows = (...words) =>
+        execFileSync(host, ['--format', 'json', file, ...words], {
             encoding: 'utf8',
             maxBuffer: 256 * kMebibyte,
-        });
-    const rows = (...words) => parseCsv(run(...words)).slice(1);
+        })
+            .split('\n')
+            .slice(0, -1)
+            .map((line) => Object.values(JSON.parse(line)));
     return rows('tables').map(([name, , key]) => {
         const fields = rows('table', name).map(([, label, , , link]) => ({ label, link }));
         const labels = fields.map(({ label }) => label);
@@ -31,7 +23,7 @@ export function readDatabase(host, file) {
             const more = values.find((value, i) => value && !keyFields.includes(i));
             return { key: recordKey, values, label: more ? `${recordKey} ${more}` : recordKey };
         });
-        if (records.length !== Number(run('count', name))) throw new Error(`${name}: list, count`);
+        if (records.length !== rows('count', name)[0][0]) throw new Error(`${name}: list, count`);
         const byKey = new Map(records.map((record) => [record.key, record]));
         return { name, fields, records, byKey };
     });

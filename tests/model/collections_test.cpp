@@ -1,10 +1,16 @@
-#include "tavolin/model/order_list.h"
-
+// The collections that everything is kept in.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <random>
+#include <string>
 #include <vector>
+
+#include "tavolin/model/object_collection.h"
+#include "tavolin/model/order_list.h"
+#include "tavolin/model/value_counts.h"
+#include "tests/support/expect_error.h"
 
 namespace tavolin {
 namespace {
@@ -85,9 +91,7 @@ TEST(OrderList, EqualsAVectorUnderRandomEdits) {
     pair.Check();
 }
 
-// Moving elements between chunks is what could grow quadratically: a chunk split or joined for
-// every change would tell hundreds of leaves each time. Nor may whoever inserts at an end leave
-// half-empty chunks behind, or whoever removes most.
+// Neither may moving between chunks grow quadratically, nor half-empty chunks stay behind.
 TEST(OrderList, MovesFewElementsAndStaysSmall) {
     constexpr std::uint32_t kCount = 100'000;
     for (int habit = 0; habit < 4; ++habit) {
@@ -173,6 +177,105 @@ TEST(OrderCursor, OutlivesClearingAndTheList) {
     EXPECT_EQ(copy.Next(), kNoHandle);
     copy.Reset();
     EXPECT_EQ(copy.Next(), kNoHandle);
+}
+
+struct Thing {
+    explicit Thing(std::string text) : name(std::move(text)) {}
+    std::string name;
+};
+using Things = ObjectCollection<Thing>;
+
+std::shared_ptr<Thing> Make(std::string name) { return std::make_shared<Thing>(std::move(name)); }
+
+std::shared_ptr<Things> Fill(std::initializer_list<const char*> names) {
+    auto things = std::make_shared<Things>();
+    for (const char* name : names) things->Add(name, Make(name));
+    return things;
+}
+
+TEST(ObjectCollection, AddsWholeOrNotAtAll) {
+    auto things = Fill({"a"});
+    const auto refused = Make("x");
+    EXPECT_EQ(ErrorNumber([&] { things->Add("A", refused); }), kDuplicateKey);
+    EXPECT_EQ(ErrorNumber([&] { things->Add("x", refused, {.before = 9}); }), kInvalidCall);
+    EXPECT_EQ(ErrorNumber([&] { things->Add("x", nullptr); }), kObjectNotSet);
+    EXPECT_EQ(refused.use_count(), 1);
+    EXPECT_EQ(things->PositionOf(refused.get()), 0);
+    EXPECT_EQ(ErrorNumber([&] { things->KeyOf(refused.get()); }), kInvalidCall);
+    // A placement may look at a key inside the collection, whose home moves meanwhile.
+    for (int i = 0; i < 100; ++i) {
+        const std::string& first = things->KeyOf(things->Item(1).get());
+        things->Add(std::to_string(i), Make("n"), {.before = first});
+        things->Rename(std::to_string(i), "n" + std::to_string(i));
+    }
+    EXPECT_EQ(things->KeyOf(things->Item(1).get()), "n99");
+    EXPECT_EQ(things->Count(), 101);
+}
+
+// An element's end may reach back into its collection.
+TEST(ObjectCollection, IsWholeWhenElementsAreDestroyed) {
+    struct Witness {
+        ObjectCollection<Witness>* home;
+        std::vector<std::int32_t>* counts;
+        Witness(ObjectCollection<Witness>* of, std::vector<std::int32_t>* list)
+            : home(of), counts(list) {}
+        ~Witness() {
+            counts->push_back(home->Count());
+            if (home->Find(1) != nullptr) counts->push_back(home->PositionOf(home->Item(1).get()));
+        }
+    };
+    std::vector<std::int32_t> counts;
+    ObjectCollection<Witness> home;
+    for (const char* key : {"a", "b", "c"}) {
+        home.Add(key, std::make_shared<Witness>(&home, &counts));
+    }
+    home.Remove("a");
+    home.Clear();
+    EXPECT_EQ(counts, (std::vector<std::int32_t>{2, 1, 0, 0}));
+}
+
+TEST(Enumerator, SurvivesChanges) {
+    auto things = Fill({"a", "b", "c", "d"});
+    std::string seen;
+    for (const auto& thing : Enumerator<Thing>(things)) {
+        seen += thing->name;
+        things->Remove(thing->name);
+        if (thing->name == "b") things->Add("e", Make("e"), {.before = "d"});
+    }
+    EXPECT_EQ(seen, "abced");
+    EXPECT_EQ(things->Count(), 0);
+}
+
+// Few and many different values, that come and go: slots move up, tables grow, texts are dropped.
+TEST(ValueCountsTest, AgreesWithAMapUnderRandomChanges) {
+    std::mt19937 random(7);
+    ValueCounts counts;
+    std::map<std::string, std::uint32_t> model;
+    EXPECT_EQ(counts.Of(""), 0u);
+    const auto name = [](std::size_t i) {
+        return i == 0 ? std::string() : "Größe " + std::to_string(i) + std::string(i % 90, '.');
+    };
+    for (const std::size_t different : {3u, 3000u, 200u, 9000u, 1u}) {
+        for (int i = 0; i < 20'000; ++i) {
+            const std::string value = name(random() % different);
+            if (random() % 2 == 0) {
+                counts.Add(value);
+                ++model[value];
+            } else if (const auto found = model.find(value); found != model.end()) {
+                counts.Remove(i % 3 == 0 && !value.empty() ? "GRÖ" + value.substr(4) : value);
+                if (--found->second == 0) model.erase(found);
+            }
+            ASSERT_EQ(counts.Of(value), model.contains(value) ? model[value] : 0u) << value;
+        }
+        for (std::size_t i = 0; i < 9000; ++i) {
+            const auto found = model.find(name(i));
+            ASSERT_EQ(counts.Of(name(i)), found == model.end() ? 0u : found->second) << i;
+        }
+        while (!model.empty() && different == 9000) {
+            counts.Remove(model.begin()->first);
+            if (--model.begin()->second == 0) model.erase(model.begin());
+        }
+    }
 }
 
 }  // namespace

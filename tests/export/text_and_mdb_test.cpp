@@ -1,24 +1,21 @@
+// Exports as a text and as an Access database, asked for as a host does.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "tests/support/engine_state.h"
+#include "tests/support/mdb_checker.h"
 
 namespace tavolin {
 namespace {
 
-namespace fs = std::filesystem;
-
-class TextExportTest : public EngineTest {
-  protected:
+struct TextExportTest : EngineTest {
     TextExportTest() {
         people_ = engine_.CreateNewPrimaryTable("People", {"Name", "Age"});
         engine_.AddRecord("People", 1, {"Ann", "", "hidden"});
         engine_.AddRecord("People", 2, {"B:\r\n\"o\"", "7"});
         engine_.CreateNewPrimaryTable("Empty", {"ID"});
     }
-    std::string File(std::string_view name) const { return folder_ / name; }
-    bool There(std::string_view name) const { return FileSystem::Current().Exists(File(name)); }
     // What the engine writes, without its quotation marks and line break.
     std::string Written() {
         engine_.MakeItText(FolderPath());
@@ -103,7 +100,8 @@ TEST_F(TextExportTest, NeverWritesOntoTheOpenDatabase) {
     EXPECT_EQ(print(File("shop.log")), 0);  // not the log of anything before it is written
     FileSystem::Current().Delete(File("shop.log"));
     engine_.SaveDB();
-    fs::create_hard_link(NativePath(File("shop.cdb")), NativePath(File("hardtxt")));
+    for (const char* name : {"hardtxt", "hardmdb"})
+        fs::create_hard_link(NativePath(File("shop.cdb")), NativePath(File(name)));
     fs::create_directory(NativePath(File("site")));
     const fs::path log_file = NativePath(File("shop.log"));
     std::error_code no_links;
@@ -119,6 +117,7 @@ TEST_F(TextExportTest, NeverWritesOntoTheOpenDatabase) {
         {"CVLRecordSet:printToFile Method", [&] { records->PrintToFile("x", File("shop.cdb")); }},
         {"CVLTable:printToFile Method", [&] { people_->PrintToFile("x", File("shop.cdb")); }},
         {"CVLDBEngine:MakeItText Method", [&] { engine_.MakeItText(folder, "hard"); }},
+        {"CVLDBEngine:MakeItMDB Method", [&] { engine_.MakeItMDB(folder, "hard"); }},
         {"CVLDBEngine:MakeItHTML Method", [&] { engine_.MakeItHTML(folder, "site"); }},
     };
     for (const auto& [source, body] : members)
@@ -132,11 +131,83 @@ TEST_F(TextExportTest, NeverWritesOntoTheOpenDatabase) {
     EXPECT_EQ(Contents(File("shop.cdb")), database);
 }
 
-TEST_F(TextExportTest, TellsWhatTheMachineRefuses) {
-    ExpectError(kPathNotFound, "CVLDBEngine:MakeItText Method", GetErrorMessage(kPathNotFound),
-                [&] { engine_.MakeItText(File("none")); });
-    ExpectError(kPathNotFound, "CVLDBEngine:MakeItHTML Method", GetErrorMessage(kPathNotFound),
-                [&] { engine_.MakeItHTML(File("none")); });
+struct MdbExportTest : EngineTest {
+    MdbExportTest() {
+        engine_.CreateNewPrimaryTable("Customers", {"ID", "Name", "", "City"}, 0);
+        engine_.AddRecord("Customers", 1, {"7", "Ann", "hidden", "Paris"});
+        engine_.AddRecord("Customers", 1, {"3", "Bo"});
+        engine_.CreateNewPrimaryTable("Bare", {}, 0);
+        engine_.AddRecord("Bare", 1, {"x"});
+    }
+    MdbChecker Check(const std::string& name) {
+        MdbChecker file(Contents(folder_ / name));
+        EXPECT_EQ(file.faults(), "");
+        return file;
+    }
+};
+
+TEST_F(MdbExportTest, WritesATableForEachTable) {
+    engine_.MakeItMDB(FolderPath());
+    const MdbChecker file = Check("shop.mdb");
+    ASSERT_EQ(file.tables().size(), 2u);
+    const auto& customers = file.tables().at("Customers");
+    EXPECT_EQ(customers.columns, (MdbChecker::Row{"ID", "Name", "City"}));
+    EXPECT_EQ(customers.rows,
+              (std::vector<MdbChecker::Row>{{"7", "Ann", "Paris"}, {"3", "Bo", "NULL"}}));
+    EXPECT_EQ(file.tables().at("Bare").columns.size(), 0u);
+    EXPECT_EQ(file.tables().at("Bare").rows.size(), 1u);
+}
+
+TEST_F(MdbExportTest, NamesTheFileAfterTheDatabaseOrAsAsked) {
+    const auto tables = engine_.CVLTableSet();
+    const auto table = tables->Item("Customers");
+    engine_.MakeItMDB(FolderPath(), "SHOP.CDB");  // not another name
+    EXPECT_TRUE(There("shop.mdb"));
+    engine_.MakeItMDB(FolderPath() + "\\", "report.");
+    tables->MakeItMDB(FolderPath(), "cdbset.CDB");
+    table->MakeItMDB(FolderPath(), "one");
+    table->CVLRecordSet()->MakeItMDB(FolderPath(), "one", "Again", {"Key"});
+    for (const char* name : {"report.mdb", "set.mdb", "onemdb"}) {
+        EXPECT_EQ(Check(name).tables().size(), 2u) << name;
+    }
+    engine_.DeleteTable("Customers");
+    engine_.DeleteTable("Bare");
+    engine_.MakeItMDB(FolderPath(), "none.");
+    EXPECT_FALSE(There("none.mdb"));
+}
+
+TEST_F(MdbExportTest, WritesAllTablesOrNone) {
+    const auto tables = engine_.CVLTableSet();
+    const auto bare = tables->Item("Bare");
+    engine_.MakeItMDB(FolderPath(), "old.");
+    const std::string before = Contents(folder_ / "old.mdb");
+    const auto refuses = [&](std::int32_t number, const char* description) {
+        ExpectError(number, "CVLDBEngine:MakeItMDB Method", description,
+                    [&] { engine_.MakeItMDB(FolderPath(), "new."); });
+        EXPECT_FALSE(There("new.mdb"));
+    };
+    ExpectError(3010, "CVLTableSet:MakeItMDB Method",
+                "The Table Already Exists!\r\nTable: Customers\r\nFile: " + (folder_ / "old.mdb"),
+                [&] { tables->MakeItMDB(FolderPath(), "old."); });
+    EXPECT_TRUE(Contents(folder_ / "old.mdb") == before);
+    bare->FieldLabel(4, "long");
+    bare->GetRecord(1)->prop(4, std::string(256, 'x'));
+    refuses(3163,
+            "The Field Is Too Small To Accept The Value!\r\nTable: Bare, Record: 1, Column: "
+            "long\r\nCause: The Value Has 256 Characters, 255 Are Allowed");
+    bare->FieldLabel(5, "LONG");
+    refuses(3191, "The Field Is Defined More Than Once!\r\nTable: Bare, Column: LONG");
+    bare->Key("not!");
+    refuses(3125,
+            "The Name Is Not Valid!\r\nTable: not!\r\nCause: The Character U+0021 Is Not "
+            "Allowed");
+    ExpectError(76, "CVLTableSet:MakeItMDB Method",
+                "Unable to find the specified path\r\nRespecify the path", [&] {
+                    bare->Key("Bare");
+                    bare->FieldLabel(5, "");
+                    bare->FieldLabel(4, "");
+                    tables->MakeItMDB(folder_ / "missing", "x.");
+                });
 }
 
 }  // namespace
