@@ -4,10 +4,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 
-say() {
-    step=$*
-    printf '\n== %s\n' "$step"
-}
+say() { printf '\n== %s\n' "$*"; }
 
 # Installs the Debian packages named that are not there. Says what is missing where it cannot.
 need() {

@@ -213,7 +213,7 @@ def check_cpp(documents, work, folder_of, environment_of, *tools):
     for document, found in documents:
         found = [each for each in found if each.kind == "cpp" and each.runs]
         for block in (each for each in found if "int main(" in each.text):
-            if program := build(block.text, work, f"{document.stem}{block.line}", *tools):
+            if program := build(block.text, work, f"{name_of(document)}{block.line}", *tools):
                 done = run_program([program], cwd=folder_of(document), env=environment_of(document))
                 if done.returncode:
                     failures.append(f"{block.place}: ends with {done.returncode}\n{done.stdout}")
