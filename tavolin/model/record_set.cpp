@@ -97,15 +97,17 @@ std::shared_ptr<CVLRecord> CVLRecordSet::AddUntold(const PrimaryKeyType& Key, st
                                                    std::shared_ptr<CVLAttachmentSet> AttachmentSet,
                                                    const Placement& place) {
     static constexpr const char* kSource = "CVLRecordSet:Add Method";
-    AskWrite(session(), kSource);
-    CheckParts(Key, kSource);
-    return WhenRaised(
-        kDuplicateKey,
-        [&] { return records_->Add(nKey, props, Key, std::move(AttachmentSet), place); },
-        [&] {
-            Raise(CVLErrorNum::GetRecordAddError(), kSource,
-                  Message("The Record That Is Being Added Already Exists In DataBase!"));
-        });
+    return Trap(kSource, [&] {
+        AskWrite(session(), kSource);
+        CheckParts(Key, kSource);
+        return WhenRaised(
+            kDuplicateKey,
+            [&] { return records_->Add(nKey, props, Key, std::move(AttachmentSet), place); },
+            [&] {
+                Raise(CVLErrorNum::GetRecordAddError(), kSource,
+                      Message("The Record That Is Being Added Already Exists In DataBase!"));
+            });
+    });
 }
 
 std::shared_ptr<CVLRecord> CVLRecordSet::Update(const PrimaryKeyType& Key,
