@@ -71,8 +71,9 @@ TEST_F(TableLinksTest, FillsAlongChains) {
     const auto record = a_->Add(tables_, 7, {"1", "v"});
     EXPECT_EQ(Records(*b_) + Records(*c_), "v:7 v:7 ");
     ExpectError(N::GetRecordAddError(), "CVLTable:Add Method",
-                "The Record That Is Being Added Already Exists In DataBase!",
-                [&] { a_->Add(tables_, 7, {"1", "v"}); });
+                "The Record That Is Being Added Already Exists In DataBase!", [&] {
+                    a_->Add(tables_, 7, {"1", "v"});
+                });
     EXPECT_EQ(events, "One ID CBA");
     a_->Update(tables_, record, {"1", "w"});  // with the table's type as the number
     EXPECT_EQ(Records(*b_) + Records(*c_), "v:7 w:1 v:7 w:1 ");
