@@ -106,9 +106,9 @@ TEST(UsersAndRightsTest, NothingOpenHasItsOwnText) {
     };
     CVLDBEngine engine;
     engine.LogOn("ann", "secret");
-    for (const auto& [name, call] : members) {
-        ExpectError(Num::GetDBNotSetError(), std::string("CVLDBEngine:") + name + " Method",
-                    "DataBase Is Not Set!", [&] { call(engine); });
+    for (const auto& member : members) {
+        ExpectError(Num::GetDBNotSetError(), SourceNamed(member.first), "DataBase Is Not Set!",
+                    [&] { member.second(engine); });
     }
 }
 

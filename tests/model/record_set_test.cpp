@@ -114,6 +114,7 @@ TEST_F(RecordSetTest, TellsAMissedPositionFromAMissedKey) {
         }
     }
     EXPECT_EQ(ErrorNumber([&] { set_.NextRecord(2); }), N::GetNextRecordError());
+    EXPECT_EQ(ErrorNumber([&] { set_.Remove(std::make_shared<CVLRecord>()); }), kInvalidCall);
     ExpectError(N::GetFieldOutOfRangeError(), "CVLRecord:prop Property Get",
                 "Field Is Out Of Range(0-9)", [&] { set_.Item(1)->prop(10); });
     EXPECT_EQ(ErrorNumber([&] { set_.Item(1)->prop(-1, "x"); }), kOverflow);

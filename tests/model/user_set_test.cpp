@@ -49,7 +49,7 @@ TEST_F(UserSetTest, AnUpdateKeepsWhatItLeavesOut) {
     const CVLDBUserSet empty;
     ExpectNoEnds("CVLDBUserSet", "User Not Found Error ", N::GetFirstUserError(),
                  {[&] { empty.FirstUser(); }, [&] { empty.LastUser(); },
-                  [&] { empty.PreviousUser(1); }, [&] { empty.NextUser(0); }});
+                  [&] { empty.PreviousUser(2); }, [&] { empty.NextUser(0); }});
 }
 
 TEST_F(UserSetTest, RenamesInPlaceAndTheOwnerWithIt) {
