@@ -43,6 +43,14 @@ std::wstring Failure(HRESULT result) {
     return std::wstring(number) + L" " + source.str() + L": " + description.str();
 }
 
+STDMETHODIMP Sink::QueryInterface(REFIID iid, void** result) {
+    *result = nullptr;
+    if (iid != IID_IUnknown && iid != IID_IDispatch) return E_NOINTERFACE;
+    *result = this;
+    AddRef();
+    return S_OK;
+}
+
 STDMETHODIMP Sink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT*,
                           EXCEPINFO*, UINT*) {
     std::wstring line = name_ + L" " + std::to_wstring(id) + L"(";

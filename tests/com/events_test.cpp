@@ -5,7 +5,8 @@ namespace {
 
 using Events = std::vector<std::wstring>;
 
-struct EventTest : ClientTest {
+class EventTest : public ClientTest {
+  protected:
     // What was heard since the last call.
     Events Heard() { return std::exchange(heard_, {}); }
     Events heard_;

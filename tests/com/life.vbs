@@ -24,11 +24,13 @@ End Function
 
 Class Watcher
     Public Count
+    Public Last
     Public Sub Update()
         Count = Count + 1
         If Count = 2 Then Err.Raise vbObjectError + 77, "Watcher", "Enough"
     End Sub
     Public Sub AddAffectedRecords(database, table, recordKey)
+        Last = database & table & recordKey
     End Sub
 End Class
 
@@ -55,6 +57,7 @@ Check "by reference", engine.GetRecord(names, index).prop(CByte(1)), "c2"
 record.prop(4) = 12.5
 Check "number as text", record.prop(4), 12.5
 Check "Is", (record Is engine.GetRecord(1 + 1, 1)), True
+Check "Is Not", (record Is engine.GetRecord("Orders", 2)), False
 Set records = engine.GetRecordSet(orders)
 engine.AddRecord "Orders", 3, "0999", "c1", , , , , , , , , , 1
 Check "Before", Joined(records, "Key"), "0999 1001 1002"
@@ -68,6 +71,7 @@ Check "cascade", customers.CanAdd("c2"), True
 ' The table set's odd members, nothing, collections.
 Check "LastTable", (tables.LastTable Is orders), True
 Check "LastTable late", tables.LastTable.FieldName(1), "Customer"
+Check "NextTable", (tables.NextTable(1) Is tables("orders")), True
 Check "For Each", Joined(tables, "Key"), "Customers Orders"
 For Each found In records
     If found.Key = "0999" Then records.Remove "0999"
@@ -87,8 +91,24 @@ On Error Resume Next
 engine.GetTable "None"
 Check "number", Err.Number, numbers.GetTableNotFoundError
 Check "GetTable", Raised, "8004EA69 CVLDBEngine:GetTable Method: Table None Not Found!"
+engine.GetTable 1.5
+Check "no Double names a table", Hex(Err.Number), "8004EA69"
+Err.Clear
+engine.CreateNewPrimaryTable "orders", "x"
+Check "twice", Raised, "8004EAC3 CVLDBEngine:CreateNewPrimaryTable Method: The Table orders That Is Being Created Already Exists!"
+engine.DBLegalUser engine.CVLDBUserSet("bob"), 1
+Check "two lines", Raised, "8004ED1F CVLDBEngine:DBLegalUser Method: Log In To DataBase Denied!" & vbCrLf & "Cause: User Is Disabled!"
+engine.DBLegalUser engine.LogedOnUser, 6
+customers.FieldLabel(10) = "x"
+Check "range", Raised, "8004EA70 CVLTable:FieldLabel Property Let: Field Is Out Of Range(0-9)"
 customers.CVLRecordSet = Nothing
 Check "nothing", Hex(Err.Number), "5B"
+Err.Clear
+engine.RemoveObserver "nobody"
+Check "run-time error", Err.Number, 5
+Err.Clear
+engine.LogOnAsUser customers
+Check "mismatch", Err.Number, 13
 Err.Clear
 
 ' Observers written in script.
@@ -121,7 +141,9 @@ Set records = CreateObject("Tavolin.CVLRecordSet")
 records.ObjectState = state
 Check "ObjectState", records.Count, 2
 Check "SaveDB", engine.SaveDB(, , , True), True
+Check "log", InStr(engine.LogReport, "DATABASE SAVED! As " & folder & "life.cdb") > 0, True
 Set found = engine.GetDB(folder & "life.cdb")
 Check "GetDB", found.LoadDB(folder & "life.cdb").Count & found.DBOwner, "2ann"
+Check "registry", (found.CVLDBOwnerSet.Count > 0), True
 WScript.Echo checks & " checks, " & failures + 0 & " failed"
 WScript.Quit failures + 0

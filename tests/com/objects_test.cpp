@@ -18,7 +18,8 @@ constexpr bool
         true;
 static_assert(!kLeavesTextsOut<::_CVLDBEngine>);
 
-struct ObjectTest : ClientTest {
+class ObjectTest : public ClientTest {
+  protected:
     template <class A, class B>
     static bool Same(A* a, B* b) {
         return Ref<IUnknown>::Of(a).get() == Ref<IUnknown>::Of(b).get();
@@ -136,12 +137,6 @@ TEST_F(ObjectTest, FailuresCarryNumberSourceAndText) {
     EXPECT_EQ(Failure(engine->putref_CVLTableSet(nullptr)),
               L"800A005B CVLDBEngine:CVLTableSet Property Set: Cannot use object to handle "
               L"requested operation");
-    // What a failed call says is about that call.
-    VARIANT_BOOL done = VARIANT_FALSE;
-    EXPECT_EQ(engine->GetTable(Any(L"None"), table.slot()), static_cast<HRESULT>(0x8004EA69u));
-    EXPECT_EQ(Failure(engine->get_DBName(nullptr)), L"80004003");
-    auto* stranger = reinterpret_cast<::_CVLDBUser*>(customers.get());
-    EXPECT_EQ(Failure(engine->LogOnAsUser(stranger, &done)), L"800A000D Tavolin: Type mismatch");
     auto support = Ref<ISupportErrorInfo>::Of(engine.get());
     EXPECT_EQ(support->InterfaceSupportsErrorInfo(__uuidof(::_CVLDBEngine)), S_OK);
 
@@ -151,6 +146,7 @@ TEST_F(ObjectTest, FailuresCarryNumberSourceAndText) {
     Any in(L"Customers");
     Ref<::_CVLRecord> record;
     Ref<::_CVLRecordSet> records;
+    EXPECT_EQ(engine->get_DBName(nullptr), E_POINTER);
     EXPECT_EQ(engine->GetTable(Any(1), nullptr), E_POINTER);
     EXPECT_EQ(engine->GetRecordSet(nullptr, records.slot()), E_POINTER);
     EXPECT_EQ(engine->UpDateRecord(in.at(), nullptr, 0, none, none, none, none, none, none, none,
@@ -197,8 +193,28 @@ TEST_F(ObjectTest, Enumerators) {
 }
 
 // An observer that counts, and fails when it is told to.
-class Observer : public HostObject<::_IUpdater> {
+class Observer : public ::_IUpdater {
   public:
+    STDMETHODIMP QueryInterface(REFIID iid, void** result) override {
+        *result = nullptr;
+        if (iid != IID_IUnknown && iid != IID_IDispatch && iid != __uuidof(::_IUpdater)) {
+            return E_NOINTERFACE;
+        }
+        *result = this;
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
+    STDMETHODIMP_(ULONG) Release() override { return --references; }
+    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                        UINT*) override {
+        return E_NOTIMPL;
+    }
     STDMETHODIMP Update() override {
         ++updates;
         if (!fails) return S_OK;
@@ -211,6 +227,7 @@ class Observer : public HostObject<::_IUpdater> {
     }
     STDMETHODIMP AddAffectedRecords(BSTR, BSTR, BSTR) override { return S_OK; }
 
+    ULONG references = 1;
     int updates = 0;
     bool fails = false;
 };
@@ -257,6 +274,17 @@ TEST_F(ObjectTest, WhatCannotBeCreated) {
     LONG number = 0;
     ASSERT_EQ(numbers->get_GetUserIsNotDBOwnerError(&number), S_OK);
     EXPECT_EQ(number, -2147160800);
+}
+
+// What a failed call says is about that call.
+TEST_F(ObjectTest, ErrorInformationIsOfTheLastCall) {
+    OpenShop();
+    Ref<::_CVLTable> table;
+    VARIANT_BOOL done = VARIANT_FALSE;
+    EXPECT_EQ(engine->GetTable(Any(L"None"), table.slot()), static_cast<HRESULT>(0x8004EA69u));
+    EXPECT_EQ(Failure(engine->get_DBName(nullptr)), L"80004003");
+    auto* stranger = reinterpret_cast<::_CVLDBUser*>(customers.get());
+    EXPECT_EQ(Failure(engine->LogOnAsUser(stranger, &done)), L"800A000D Tavolin: Type mismatch");
 }
 
 // A bare pointer in another thread is refused; a marshalled one works, errors included.

@@ -1,4 +1,5 @@
-// Writes a database, or reads what tavolin_twin has made of it: cscript twin.js write | read FILE
+// Writes a database, or reads one that was written elsewhere: cscript twin.js write | read FILE
+// tavolin_twin does the same and compares the bytes.
 var engine = new ActiveXObject("Tavolin.CVLDBEngine");
 function letter(number) { return String.fromCharCode(200 + number); }
 function write() {
@@ -18,8 +19,8 @@ function write() {
 function read(file) {
     engine.LoadDB(file);
     engine.DBLegalUser(engine.LogedOnUser, 6);
-    if (engine.GetRecordSet("Customers").Count !== 100) return 1;
-    if (engine.GetRecord("Customers", "native").prop(1) !== "n" + letter(99) + "1") return 2;
+    if (engine.GetRecordSet("Customers").Count !== 99) return 1;
+    if (engine.GetRecord("Customers", "k99").prop(1) !== "n" + letter(99) + "1") return 2;
     return engine.CVLDBUserSet.Item("ann").CVLUserNoteSet.Item(1).Note === "first" ? 0 : 3;
 }
 var failed = 0;
