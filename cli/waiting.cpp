@@ -9,8 +9,8 @@
 
 namespace tavolin::cli {
 
-Waiting::Waiting(std::string what, std::string interrupted)
-    : what_(std::move(what)), interrupted_(std::move(interrupted)) {
+Waiting::Waiting(std::string what, std::string stopping)
+    : what_(std::move(what)), stopping_(std::move(stopping)) {
     if (!ErrorIsTerminal()) return;
     try {
         thread_ = std::thread([this] { ShowUntilOver(); });
@@ -35,7 +35,7 @@ void Waiting::ShowUntilOver() {
          !over_changed_.wait_for(lock, std::chrono::seconds(1), [this] { return over_; });
          ++seconds) {
         line = what_ + ", " + std::to_string(seconds) + " s";
-        if (Interrupted()) line += ", " + interrupted_;
+        if (Interrupted()) line += ", " + stopping_;
         std::cerr << '\r' << line << std::flush;
     }
     if (!line.empty()) std::cerr << '\r' << std::string(line.size(), ' ') << '\r' << std::flush;

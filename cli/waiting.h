@@ -15,8 +15,8 @@ namespace tavolin::cli {
 
 class Waiting {
   public:
-    // `interrupted` is what it says behind that after Ctrl-C.
-    explicit Waiting(std::string what, std::string interrupted = "and will stop");
+    // `stopping` is what it says behind that after Ctrl-C.
+    explicit Waiting(std::string what, std::string stopping = "and will stop");
     ~Waiting();
     Waiting(const Waiting&) = delete;
     Waiting& operator=(const Waiting&) = delete;
@@ -25,7 +25,7 @@ class Waiting {
     void ShowUntilOver();
 
     std::string what_;
-    std::string interrupted_;
+    std::string stopping_;
     std::mutex mutex_;
     std::condition_variable over_changed_;
     bool over_ = false;
