@@ -49,6 +49,11 @@ class TAVOLIN_API ByteBuffer {
     // Makes room for `capacity` bytes in all. Room that is not used costs addresses alone.
     void Reserve(std::size_t capacity);
 
+    // On Linux the room of the last large buffer that went is kept for the next one of its size. It
+    // counts as the process's memory until the system, when it is short of it, takes it back. This
+    // gives it back at once.
+    static void FreeSpare();
+
     void swap(ByteBuffer& other) noexcept {
         std::swap(data_, other.data_);
         std::swap(size_, other.size_);
