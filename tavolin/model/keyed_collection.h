@@ -110,6 +110,7 @@ class KeyedCollection {
     std::uint32_t PositionOf(std::uint32_t handle) const {
         return order_.PositionOf(handle, store_.Leaf(handle));
     }
+    bool Holds(std::uint32_t handle) const { return order_.Holds(handle, store_.Leaf(handle)); }
 
     // The position that a placement means: size() + 1 for none. Raises 5 when it names both places
     // or one that is not there.

@@ -24,7 +24,9 @@ void Shift(std::uint32_t* to, const std::uint32_t* from, std::uint32_t count) {
     if (count > 0) std::memmove(to, from, count * sizeof(std::uint32_t));
 }
 
-// Whether `wanted` is among the sixteen handles from `at` on. A search for the position of an
+constexpr std::uint32_t kBlock = 16;
+
+// Whether `wanted` is among the block of handles from `at` on. A search for the position of an
 // element spends its time here, and compilers do not turn the plain loop into vector code by
 // themselves.
 bool InBlock(const std::uint32_t* at, std::uint32_t wanted) {
@@ -37,17 +39,41 @@ bool InBlock(const std::uint32_t* at, std::uint32_t wanted) {
         _mm_or_si128(_mm_or_si128(equal(0), equal(1)), _mm_or_si128(equal(2), equal(3)));
     return _mm_movemask_epi8(hits) != 0;
 #else
-    return std::find(at, at + 16, wanted) != at + 16;
+    return std::find(at, at + kBlock, wanted) != at + kBlock;
 #endif
 }
 
-// The offset of `wanted`, or the number of handles when it is not among them.
-std::uint32_t Search(std::span<const std::uint32_t> handles, std::uint32_t wanted) {
+// The offset of `wanted`, or the number of handles when it is not among them. The search goes both
+// ways from a block on.
+std::uint32_t Search(std::span<const std::uint32_t> handles, std::uint32_t wanted,
+                     std::uint32_t block) {
     const auto count = static_cast<std::uint32_t>(handles.size());
-    std::uint32_t at = 0;
-    while (at + 16 <= count && !InBlock(handles.data() + at, wanted)) at += 16;
-    while (at < count && handles[at] != wanted) ++at;
-    return at;
+    const auto offset_in = [&](std::uint32_t begin) {
+        return static_cast<std::uint32_t>(
+            std::find(handles.data() + begin, handles.data() + begin + kBlock, wanted) -
+            handles.data());
+    };
+    const std::uint32_t whole = count - count % kBlock;
+    std::uint32_t low = std::min(block * kBlock, whole);
+    std::uint32_t high = low;
+    while (low > 0 || high < whole) {
+        if (high < whole) {
+            if (InBlock(handles.data() + high, wanted)) return offset_in(high);
+            high += kBlock;
+        }
+        if (low > 0) {
+            low -= kBlock;
+            if (InBlock(handles.data() + low, wanted)) return offset_in(low);
+        }
+    }
+    while (high < count && handles[high] != wanted) ++high;
+    return high;
+}
+
+// The first hole from `at` on, or `end`.
+const std::uint32_t* NextHole(const std::uint32_t* at, const std::uint32_t* end) {
+    while (end - at >= kBlock && !InBlock(at, kNoHandle)) at += kBlock;
+    return std::find(at, end, kNoHandle);
 }
 
 }  // namespace
@@ -87,12 +113,13 @@ OrderList::Spot OrderList::Entrance(std::uint32_t index) const {
 }
 
 OrderList::Spot OrderList::SpotOf(std::uint32_t handle, std::uint32_t leaf) const {
-    if (leaf >= (direct_ ? chunks_.size() : index_of_id_.size())) return {kNowhere, 0};
-    const std::uint32_t chunk = direct_ ? leaf : index_of_id_[leaf];
-    if (chunk == kNowhere) return {kNowhere, 0};
-    const std::uint32_t offset = Search(chunks_[chunk].span(), handle);
-    if (offset == chunks_[chunk].count) return {kNowhere, 0};
-    return {chunk, offset};
+    const std::uint32_t at = ChunkOf(leaf);
+    if (at == kNowhere || handle == kNoHandle) return {kNowhere, 0};
+    const Chunk& chunk = chunks_[at];
+    const auto handles = cursors_ != nullptr ? chunk.span() : chunk.with_holes();
+    const std::uint32_t offset = Search(handles, handle, leaf % kLines);
+    if (offset == handles.size()) return {kNowhere, 0};
+    return {at, offset};
 }
 
 std::uint32_t OrderList::IndexOf(Spot spot) const {
@@ -103,6 +130,8 @@ std::uint32_t OrderList::IndexOf(Spot spot) const {
 }
 
 std::uint32_t OrderList::PositionOf(std::uint32_t handle, std::uint32_t leaf) const {
+    const std::uint32_t chunk = ChunkOf(leaf);
+    if (chunk != kNowhere && chunks_[chunk].holes != 0) chunks_[chunk].CloseHoles();
     const Spot spot = SpotOf(handle, leaf);
     return spot.chunk == kNowhere ? 0 : IndexOf(spot) + 1;
 }
@@ -117,15 +146,16 @@ std::uint32_t OrderList::Insert(std::uint32_t index, std::uint32_t handle, Moved
         Widen(chunks_[spot.chunk]);
     }
     Chunk& chunk = chunks_[spot.chunk];
+    if (chunk.holes != 0) chunk.CloseHoles();
     std::uint32_t* place = chunk.handles.get() + spot.offset;
     Shift(place + 1, place, chunk.count - spot.offset);
     *place = handle;
     ++chunk.count;
     ++size_;
     Count(spot.chunk, 1);
-    if (!moved.handles.empty() && moved.leaf == chunk.id) moved.handles = chunk.span();
+    if (!moved.handles.empty() && moved.id == chunk.id) moved.handles = chunk.span();
     if (cursors_ != nullptr) CursorsInserted(index);
-    return chunk.id;
+    return LeafOf(chunk.id, spot.offset);
 }
 
 // At either end a new chunk is begun, because whoever inserts there goes on doing so and would
@@ -152,7 +182,7 @@ OrderList::Moved OrderList::Split(std::uint32_t chunk) {
     left.count -= right.count;
     Shift(right.handles.get(), left.handles.get() + left.count, right.count);
     InsertChunk(chunk + 1, std::move(right));
-    return {chunks_[chunk + 1].span(), chunks_[chunk + 1].id};
+    return {chunks_[chunk + 1].span(), chunks_[chunk + 1].id, 0};
 }
 
 void OrderList::AppendChunk() {
@@ -186,9 +216,7 @@ OrderList::Moved OrderList::Erase(Spot spot) {
     }
     if (cursors_ != nullptr) CursorsRemoved(IndexOf(spot));
     Chunk& chunk = chunks_[spot.chunk];
-    std::uint32_t* place = chunk.handles.get() + spot.offset;
-    Shift(place, place + 1, chunk.count - spot.offset - 1);
-    --chunk.count;
+    chunk.MakeHole(spot.offset);
     --size_;
     Count(spot.chunk, ~0u);
     if (chunk.count >= kSparse) return {};
@@ -202,20 +230,21 @@ OrderList::Moved OrderList::Shrink(std::uint32_t at) {
     }
     if (direct_) return {};
     const std::uint32_t count = chunks_[at].count;
-    const bool has_left = at > 0;
-    const bool has_right = at + 1 < chunks_.size();
-    const std::uint32_t* from = chunks_[at].handles.get();
+    const auto has_room = [&](std::uint32_t other) {
+        return chunks_[other].count + count <= kJoined;
+    };
     Moved moved;
-    if (has_left && chunks_[at - 1].count + count <= kJoined) {
+    if (at > 0 && has_room(at - 1)) {
         Chunk& left = chunks_[at - 1];
-        Shift(left.handles.get() + left.count, from, count);
-        moved = {{left.handles.get() + left.count, count}, left.id};
+        std::uint32_t* const end = left.handles.get() + left.span().size();
+        Shift(end, chunks_[at].span().data(), count);
+        moved = {{end, count}, left.id, left.count};
         left.count += count;
-    } else if (has_right && chunks_[at + 1].count + count <= kJoined) {
+    } else if (at + 1 < chunks_.size() && has_room(at + 1)) {
         Chunk& right = chunks_[at + 1];
-        Shift(right.handles.get() + count, right.handles.get(), right.count);
-        Shift(right.handles.get(), from, count);
-        moved = {{right.handles.get(), count}, right.id};
+        Shift(right.handles.get() + count, right.span().data(), right.count);
+        Shift(right.handles.get(), chunks_[at].span().data(), count);
+        moved = {{right.handles.get(), count}, right.id, 0};
         right.count += count;
     } else {
         return {};
@@ -266,6 +295,26 @@ void OrderList::Replace(std::span<const std::uint32_t> handles) {
     ForgetTables();
     size_ = static_cast<std::uint32_t>(handles.size());
     CursorsReplaced();
+}
+
+void OrderList::Chunk::MakeHole(std::uint32_t offset) {
+    const auto place = static_cast<std::uint16_t>(offset);
+    first_hole = holes == 0 ? place : std::min(first_hole, place);
+    handles[offset] = kNoHandle;
+    --count;
+    ++holes;
+}
+
+void OrderList::Chunk::CloseHoles() const {
+    const std::uint32_t* const end = handles.get() + count + holes;
+    std::uint32_t* to = handles.get() + first_hole;
+    for (const std::uint32_t* from = to + 1; holes > 0; --holes) {
+        const std::uint32_t* const next = holes > 1 ? NextHole(from, end) : end;
+        const auto whole = static_cast<std::uint32_t>(next - from);
+        Shift(to, from, whole);
+        to += whole;
+        from = next + 1;
+    }
 }
 
 std::size_t OrderList::memory() const {

@@ -6,11 +6,12 @@
 //     order.At(2);                                  // handle
 //     order.PositionOf(handle, leaf_of(handle));    // 2
 //
-// An element's chunk has an id, its leaf, which stays while chunks are put before it. The owner
-// keeps the leaf of every element and is told each new one through `set_leaf(handle, leaf)`, which
-// must not throw and must not touch the list. At, PositionOf, InsertAt and RemoveAt cost
-// O(log n); appending and walking cost what a vector costs. While a list has only been appended to,
-// At is one array access and no tables exist beside the chunks.
+// An element's leaf tells its chunk, by an id which stays while chunks are put before it, and about
+// where in the chunk it was put. The owner keeps the leaf of every element and is told each new one
+// through `set_leaf(handle, leaf)`, which must not throw and must not touch the list. At,
+// PositionOf, InsertAt and RemoveAt cost O(log n); appending and walking cost what a vector costs.
+// While a list has only been appended to, At is one array access and no tables exist beside the
+// chunks.
 //
 // Every change happens whole or, when memory runs out, not at all.
 #pragma once
@@ -50,7 +51,7 @@ class OrderList {
     std::uint32_t At(std::uint32_t position) const {
         if (position - 1 >= size_) return kNoHandle;
         const Spot spot = Locate(position - 1);
-        return chunks_[spot.chunk].handles[spot.offset];
+        return chunks_[spot.chunk].span()[spot.offset];
     }
 
     // Has the place of the handle at a position, 1..size(), fetched from memory, for later.
@@ -62,6 +63,10 @@ class OrderList {
     // The 1-based position of an element with its leaf, or 0 when it is not in that leaf. Any
     // number may be given as the leaf.
     std::uint32_t PositionOf(std::uint32_t handle, std::uint32_t leaf) const;
+    // Whether an element is in its leaf.
+    bool Holds(std::uint32_t handle, std::uint32_t leaf) const {
+        return SpotOf(handle, leaf).chunk != kNowhere;
+    }
 
     template <class SetLeaf>
     void Append(std::uint32_t handle, SetLeaf&& set_leaf) {
@@ -81,7 +86,7 @@ class OrderList {
     template <class SetLeaf>
     std::uint32_t RemoveAt(std::uint32_t position, SetLeaf&& set_leaf) {
         const Spot spot = Locate(position - 1);
-        const std::uint32_t handle = chunks_[spot.chunk].handles[spot.offset];
+        const std::uint32_t handle = chunks_[spot.chunk].span()[spot.offset];
         Tell(Erase(spot), set_leaf);
         return handle;
     }
@@ -100,10 +105,12 @@ class OrderList {
     template <class SetLeaf>
     void Assign(std::span<const std::uint32_t> handles, SetLeaf&& set_leaf) {
         Replace(handles);
-        for (const Chunk& chunk : chunks_) Tell({chunk.span(), chunk.id}, set_leaf);
+        for (const Chunk& chunk : chunks_) Tell({chunk.span(), chunk.id, 0}, set_leaf);
     }
     // The leaf that the element at `index`, from 0, is in after Assign.
-    static std::uint32_t LeafOfAssigned(std::uint32_t index) { return index / kChunkSize; }
+    static std::uint32_t LeafOfAssigned(std::uint32_t index) {
+        return LeafOf(index / kChunkSize, index % kChunkSize);
+    }
 
     // Gives all memory back. Cursors stand before whatever is put in next.
     void Clear();
@@ -143,27 +150,50 @@ class OrderList {
 
     static constexpr std::uint32_t kNowhere = 0xFFFFFFFFu;
 
+    // An element that is taken out leaves a hole, kNoHandle, until somebody asks for the others in
+    // order: to close it would touch the whole chunk, which need not be in a cache.
     struct Chunk {
         std::unique_ptr<std::uint32_t[]> handles;
-        std::uint32_t count = 0;
+        std::uint32_t count = 0;  // without the holes
         std::uint32_t capacity = 0;
         std::uint32_t id = 0;
-        std::span<const std::uint32_t> span() const { return {handles.get(), count}; }
+        mutable std::uint16_t holes = 0;
+        std::uint16_t first_hole = 0;  // where there are holes
+
+        std::span<const std::uint32_t> span() const {
+            if (holes != 0) CloseHoles();
+            return {handles.get(), count};
+        }
+        std::span<const std::uint32_t> with_holes() const { return {handles.get(), count + holes}; }
+        void MakeHole(std::uint32_t offset);
+        void CloseHoles() const;
     };
     // A place: which chunk, and where in it.
     struct Spot {
         std::uint32_t chunk;
         std::uint32_t offset;
     };
-    // Elements that a change has brought to another leaf.
+    // Elements that a change has brought to another chunk, there from `offset` on.
     struct Moved {
         std::span<const std::uint32_t> handles = {};
-        std::uint32_t leaf = 0;
+        std::uint32_t id = 0;
+        std::uint32_t offset = 0;
     };
+
+    // A leaf is the chunk's id, and in the last bits which line of memory of it the element was put
+    // into. As others come and go it moves on from there, so that a search begins there.
+    static constexpr std::uint32_t kLine = 16;
+    static constexpr std::uint32_t kLines = kChunkSize / kLine;
+    static std::uint32_t LeafOf(std::uint32_t id, std::uint32_t offset) {
+        return id * kLines + offset / kLine;
+    }
 
     template <class SetLeaf>
     static void Tell(const Moved& moved, SetLeaf& set_leaf) {
-        for (const std::uint32_t handle : moved.handles) set_leaf(handle, moved.leaf);
+        std::uint32_t offset = moved.offset;
+        for (const std::uint32_t handle : moved.handles) {
+            set_leaf(handle, LeafOf(moved.id, offset++));
+        }
     }
 
     Spot Locate(std::uint32_t index) const {
@@ -173,6 +203,12 @@ class OrderList {
     // The place where an element inserted at `index` goes.
     Spot Entrance(std::uint32_t index) const;
     Spot Descend(std::uint32_t index) const;
+    std::uint32_t ChunkOf(std::uint32_t leaf) const {
+        const std::uint32_t id = leaf / kLines;
+        if (direct_) return id < chunks_.size() ? id : kNowhere;
+        return id < index_of_id_.size() ? index_of_id_[id] : kNowhere;
+    }
+    // With the holes counted in the offset. While there are cursors there are none.
     Spot SpotOf(std::uint32_t handle, std::uint32_t leaf) const;
     std::uint32_t IndexOf(Spot spot) const;
 

@@ -77,7 +77,10 @@ class RecordCollection {
     static std::shared_ptr<RecordCollection> Rearranged(
         const std::shared_ptr<RecordCollection>& collection, std::span<const RecordHandle> order);
     // Whether a record of the arena stands in this collection.
-    bool Holds(RecordHandle record) { return PositionOf(record) != 0; }
+    bool Holds(RecordHandle record) {
+        MakePlaces();
+        return records_.Holds(record);
+    }
     // The same for a record of any arena.
     bool Holds(const std::shared_ptr<RecordArena>& arena, RecordHandle record) {
         return arena == arena_ && Holds(record);
