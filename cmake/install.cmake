@@ -28,7 +28,8 @@ install(CODE "
 
 # A program that links a static library has to name what that needs; with a shared one it has not.
 set(private_libraries "")
-foreach(library ${CMAKE_DL_LIBS})
+foreach(library ${TAVOLIN_SYSTEM_LIBRARIES})
+    string(REGEX REPLACE "^-l" "" library ${library})
     string(APPEND private_libraries " -l${library}")
 endforeach()
 set(pc_libraries "")

@@ -9,6 +9,9 @@ endif()
 set(TAVOLIN_GENERATED ${PROJECT_BINARY_DIR}/include)
 configure_file(tavolin/version.h.in ${TAVOLIN_GENERATED}/tavolin/version.h @ONLY)
 
+find_package(Threads REQUIRED)
+set(TAVOLIN_SYSTEM_LIBRARIES ${CMAKE_DL_LIBS} ${CMAKE_THREAD_LIBS_INIT})
+
 file(GLOB_RECURSE TAVOLIN_SOURCES CONFIGURE_DEPENDS tavolin/*.cpp)
 file(GLOB_RECURSE TAVOLIN_HEADERS CONFIGURE_DEPENDS tavolin/*.h)
 
@@ -17,7 +20,7 @@ function(tavolin_describe target)
     target_include_directories(${target} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<BUILD_INTERFACE:${TAVOLIN_GENERATED}>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-    target_link_libraries(${target} PRIVATE ${CMAKE_DL_LIBS})
+    target_link_libraries(${target} PRIVATE ${TAVOLIN_SYSTEM_LIBRARIES})
 endfunction()
 
 set(TAVOLIN_COMPILED tavolin)

@@ -137,7 +137,8 @@ class TAVOLIN_API CVLTable : public std::enable_shared_from_this<CVLTable> {
     // the given field, or in all fields joined without a separator, ignoring case; or, when
     // `ValueIsAKey`, which leaves the field out, the one with that key. The records are shared, not
     // copied; adding to the result or removing from it changes the result only, and it can be
-    // neither linked nor unlinked (5). An empty value matches every record.
+    // neither linked nor unlinked (5). An empty value matches every record. From 65,536 records on
+    // up to four processors share the search, by threads that end with it.
     std::shared_ptr<CVLTable> Find(std::string_view Value, bool ValueIsAKey = false,
                                    int inFldNum0to9 = kNoField) const;
 

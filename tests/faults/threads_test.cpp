@@ -76,5 +76,46 @@ TEST(ThreadsTest, EnginesDoNotDisturbEachOther) {
     EXPECT_EQ(wrong, 0);
 }
 
+// So many records that threads share a search, and that a transaction's state takes the memory of
+// the one before.
+TEST(ThreadsTest, ALargeTableIsSearchedByPartsAndTakenBackWhole) {
+    constexpr int kRecords = 100'000;
+    constexpr int kEvery = 7;
+    ScopedLibraryFolder library;
+    CVLDBEngine engine;
+    engine.LogOn("olga", "secret");
+    engine.CreateNewDB("large", PortablePath(library.folder().path()));
+    engine.CreateNewPrimaryTable("Orders", {"ID", "Buyer", "Remark"});
+    const auto table = [&] { return engine.GetTable("Orders"); };
+    std::vector<std::string> expected;
+    for (int i = 0; i < kRecords; ++i) {
+        const std::string key = std::to_string(i);
+        const bool wanted = i % kEvery == 0;
+        table()->Add(engine.CVLTableSet(), 1,
+                     {key, wanted ? "St\u00C9phanie" : "Stephan", std::string(40, 'x')});
+        if (wanted) expected.push_back(key);
+    }
+    const auto found = [&](int field) {
+        std::vector<std::string> keys;
+        const auto result = table()->Find("\u00E9PH", false, field);
+        for (const auto& record : result->CVLRecordSet()->NewEnum()) keys.push_back(record->Key());
+        return keys;
+    };
+    for (int round = 0; round < 3; ++round) {
+        SCOPED_TRACE(round);
+        EXPECT_EQ(found(1), expected);
+        EXPECT_EQ(found(kNoField), expected);
+        engine.TransactionBegin();
+        for (int i = round; i < kRecords; i += 1000) {
+            engine.DeleteRecord("Orders", std::to_string(i));
+            engine.AddRecord("Orders", 1, {"new" + std::to_string(i), "st\u00E9phane"});
+        }
+        EXPECT_NE(found(1), expected);
+        engine.TansactionAbort();
+        EXPECT_EQ(table()->Count(), kRecords);
+    }
+    EXPECT_EQ(found(1), expected);
+}
+
 }  // namespace
 }  // namespace tavolin
