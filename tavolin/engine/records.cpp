@@ -97,6 +97,15 @@ class CVLDBEngine::RecordDeletion {
     }
 
     void Run(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
+        if (!cascade_) {
+            stop_.Ask();
+            {
+                const Unguarded unguarded(*table);
+                table->Remove(record);
+            }
+            Tell(*table, record);
+            return;
+        }
         OrTakeBack(
             [&] {
                 Enter(table, record);
@@ -120,16 +129,22 @@ class CVLDBEngine::RecordDeletion {
         bool put_back = false;
     };
 
+    struct Unguarded {
+        explicit Unguarded(CVLTable& guarded) : table(guarded) { table.SetCascadeGuard(false); }
+        ~Unguarded() { table.SetCascadeGuard(true); }
+        CVLTable& table;
+    };
+
     void Enter(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
         frames_.push_back({table, record});
-        if (cascade_) in_deletion_.insert(record.get());
+        in_deletion_.insert(record.get());
         table->SetCascadeGuard(false);
     }
 
     Frame Leave() {
         Frame frame = std::move(frames_.back());
         frames_.pop_back();
-        if (cascade_) in_deletion_.erase(frame.record.get());
+        in_deletion_.erase(frame.record.get());
         frame.table->SetCascadeGuard(true);
         return frame;
     }
@@ -142,7 +157,7 @@ class CVLDBEngine::RecordDeletion {
 
     void Step() {
         Frame& frame = frames_.back();
-        const bool follows = cascade_ && !frame.table->IsResult();
+        const bool follows = !frame.table->IsResult();
         if (follows && frame.field < kFieldCount) {
             Follow(frame, frame.field++);
             return;
@@ -154,12 +169,14 @@ class CVLDBEngine::RecordDeletion {
         if (frames_.size() > 1) NoteRemoval(frame);
         frame.table->Remove(frame.record);
         const Frame done = Leave();
-        engine_.OnRecordRemove.Fire(done.record);
+        Tell(*done.table, done.record);
+    }
+
+    // Says that a record is gone.
+    void Tell(const CVLTable& table, const std::shared_ptr<CVLRecord>& record) {
+        engine_.OnRecordRemove.Fire(record);
         engine_.Log(
-            [&] {
-                return Message("Record Deleted. Key: ", done.record->Key(), " From ",
-                               done.table->Key());
-            },
+            [&] { return Message("Record Deleted. Key: ", record->Key(), " From ", table.Key()); },
             tables_, &LogType::logRecordDelete);
     }
 
