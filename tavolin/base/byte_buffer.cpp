@@ -6,17 +6,10 @@
 #include <new>
 
 #include "tavolin/base/large_pages.h"
+#include "tavolin/base/reuse.h"
 
 #if defined(__linux__)
 #include <sys/mman.h>
-#endif
-
-#if defined(__SANITIZE_ADDRESS__)
-#define TAVOLIN_EVERY_BUFFER_FRESH
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define TAVOLIN_EVERY_BUFFER_FRESH  // so that whoever uses one that is gone is caught
-#endif
 #endif
 
 namespace tavolin {
@@ -24,7 +17,7 @@ namespace {
 
 // The room of a large buffer that is gone, for the next one of its size: to have the system clear
 // pages takes longer than to fill them. The system may have these back whenever it is short.
-#if defined(MADV_FREE) && !defined(TAVOLIN_EVERY_BUFFER_FRESH)
+#if defined(MADV_FREE)
 constexpr std::size_t kLeastSpare = std::size_t{4} << 20;
 
 struct Spare {
@@ -60,7 +53,7 @@ std::uint8_t* TakeSpare(std::size_t& capacity) {
 }
 
 bool KeepSpare(std::uint8_t* data, std::size_t capacity) {
-    if (capacity < kLeastSpare) return false;
+    if (!kReusesMemory || capacity < kLeastSpare) return false;
     madvise(data, capacity, MADV_FREE);
     spare.Swap(data, capacity);
     return true;

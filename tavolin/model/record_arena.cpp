@@ -575,7 +575,9 @@ std::shared_ptr<CVLRecord> RecordArena::Object(const std::shared_ptr<RecordArena
     HostedObjects& objects = arena->objects_;
     if (CVLRecord* const object = objects.Find(record)) return object->shared_from_this();
     objects.ReserveOneMore();
-    auto object = std::make_shared<CVLRecord>(arena, record);
+    if (!arena->objects_memory_) arena->objects_memory_ = ObjectPool::Make();
+    auto object = std::allocate_shared<CVLRecord>(PoolAllocator<CVLRecord>(*arena->objects_memory_),
+                                                  arena, record);
     objects.Insert(record, object.get());
     return object;
 }

@@ -27,6 +27,7 @@
 #include "tavolin/base/text.h"
 #include "tavolin/model/field_texts.h"
 #include "tavolin/model/hosted_objects.h"
+#include "tavolin/model/object_pool.h"
 #include "tavolin/model/types.h"
 #include "tavolin/model/value_counts.h"
 #include "tavolin/persist/little_endian.h"
@@ -285,6 +286,7 @@ class RecordArena {
     std::set<std::pair<std::uint32_t, RecordHandle>> own_keys_;
     std::unordered_map<RecordHandle, Extras> extras_;
     HostedObjects objects_;
+    ObjectPool::Pointer objects_memory_;  // from the first object on
     std::array<std::unique_ptr<ValueCounts>, kFieldCount> counts_;
 };
 
