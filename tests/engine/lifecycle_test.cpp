@@ -253,6 +253,13 @@ TEST_F(LifecycleTest, NoRightIsCarriedIntoAnotherDatabase) {
     ActWith(ToDelete);
     engine_.LoadDB(read);  // which does not know the deleter
     EXPECT_EQ(StateOf(engine_), Undefined);
+    engine_.LogOn("bob", "b");
+    engine_.DBLegalUser(engine_.LogedOnUser(), Ownership);
+    engine_.CVLDBOwnerSet()->Remove("bob");
+    engine_.CVLDBOwnerSet()->OnDBOwnerAdd.Connect(
+        [&](const auto&) { engine_.LogedOnUser(engine_.LogedOnUser()); });
+    engine_.LoadDB(read);  // in whose middle he loses what he had
+    EXPECT_EQ(StateOf(engine_), Undefined);
     EXPECT_EQ(StateOf(*engine_.GetDB(file_)), Undefined);
 }
 

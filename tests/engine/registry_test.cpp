@@ -20,6 +20,8 @@ TEST_F(RegistryTest, LoadingMakesNobodyTheOwnerOfAnothersDatabase) {
     engine_.SaveDB();
     MakeBobs("bobs");
     engine_.LogOn("ann", "secret");
+    engine_.LoadDB(FolderPath() + "\\.\\shop.cdb");  // one file has one entry
+    EXPECT_EQ(Listed(engine_, "ann"), shop_);
     engine_.CVLDBOwnerSet()->Remove("bob");
     engine_.LoadDB(File("bobs.cdb"));
     EXPECT_EQ(Listed(engine_, "ann"), shop_);
