@@ -171,6 +171,7 @@ struct AllocationsTest : testing::TestWithParam<int> {
             CheckFailure(operation, *failure);
             const std::string now = shop.State();
             EXPECT_EQ(FaultsOf(shop.engine), "");
+            EXPECT_TRUE(shop.engine.CVLTableSet()->links().All(kLongText).empty());
             // What ends in any case has its transaction behind it.
             const std::size_t from = operation.ends_anyway ? now.find(' ') : 0;
             EXPECT_TRUE(now.substr(from) ==
