@@ -76,9 +76,7 @@ const HeldFile kHeldFiles[] = {
 // "other" and "shop" are ann's and saved, the latter is open; out.mdb and out.txt tell of "other".
 struct HeldFilesTest : EngineTest, testing::WithParamInterface<HeldFile> {
     HeldFilesTest() {
-        CVLDBEngine other;
-        other.LogOn("ann", "secret");
-        other.CreateNewDB("other", FolderPath());
+        NewDatabase other("other", FolderPath());
         other.CreateNewPrimaryTable("U", {"ID"});
         other.SaveDB();
         other.MakeItMDB(FolderPath(), "out.");

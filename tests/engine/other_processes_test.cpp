@@ -145,8 +145,9 @@ TEST_F(OtherEnginesTest, WhatAFailedSaveLeftIsNoChangeOfOthers) {
                  [&](const std::string& call, bool) {
                      engine_.LoadDB(file_);
                      const std::string name = "new" + std::to_string(round);
+                     const bool there = FileExists(folder_ / (name + ".cdb"));
                      EXPECT_EQ(ErrorNumber([&] { engine_.SaveDB({}, name); }),
-                               FileExists(folder_ / (name + ".cdb")) ? N::GetDBOverwriteError() : 0)
+                               there ? N::GetDBOverwriteError() : 0)
                          << call;
                  });
 }

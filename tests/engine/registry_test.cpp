@@ -6,12 +6,7 @@ namespace {
 
 struct RegistryTest : EngineTest {
     // Another user's database, saved.
-    void MakeBobs(const char* name) const {
-        CVLDBEngine engine;
-        engine.LogOn("bob", "b");
-        engine.CreateNewDB(name, FolderPath());
-        engine.SaveDB();
-    }
+    void MakeBobs(const char* name) const { NewDatabase(name, FolderPath(), "bob", "b").SaveDB(); }
     const std::string shop_ = File("shop.cdb") + ";";
 };
 

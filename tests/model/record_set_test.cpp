@@ -153,11 +153,19 @@ TEST_F(RecordSetTest, SharesAndStoresAttachments) {
     const auto b = set_.Add(kFirst, 1, {"b"}, shared);
     set_.AttachToRecord(a, 3, "C:\\map.png", aPicture);
     EXPECT_EQ(b->CVLAttachmentSet()->Item("c:\\MAP.png")->nKey(), 3);
+    shared->Add("b", -2, "", Miscellenius)->Key("c:\\map.PNG");  // which the first one has
     set_.ObjectState(set_.ObjectState());
     for (int i : {1, 2}) {
-        const auto loaded = set_.Item(i)->CVLAttachmentSet()->Item(1);
+        const auto attachments = set_.Item(i)->CVLAttachmentSet();
+        if (i == 2) attachments->ObjectState(attachments->ObjectState());  // by itself
+        const auto loaded = attachments->Item("c:\\map.png");
         EXPECT_EQ(loaded->Key() + loaded->attachmentPathName(), "C:\\map.pngC:\\map.png");
         EXPECT_EQ(loaded->SpecificType(), aPicture);
+        EXPECT_EQ(loaded->nKey() * 10 + attachments->Item(2)->nKey(), 28);
+        EXPECT_TRUE(attachments->Count() == 2 && attachments->CanAdd("b"));
+        const auto state = attachments->ObjectState();
+        ExpectDamageRefused(state, [&](const auto& bytes) { attachments->ObjectState(bytes); });
+        EXPECT_EQ(attachments->Item(1), loaded);
     }
 }
 
