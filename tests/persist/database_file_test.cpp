@@ -30,7 +30,7 @@ struct DatabaseFileTest : testing::Test {
     std::string path_ = folder_ / "x.cdb";
 };
 
-TEST_F(DatabaseFileTest, HoldsADescriptorAndTheBytes) {
+TEST_F(DatabaseFileTest, HoldsADescriptorTheBytesAndTheRestOfALongerFileUnlessCut) {
     WriteDatabaseFile(path_, Bytes{7, 8, 9});
     const Bytes expected = {0x11, 0x20, 1, 0, 3, 0, 0, 0, 0, 0, 0, 0, 7, 8, 9};
     EXPECT_EQ(FileSystem::Current().ReadFile(path_), expected);
@@ -38,9 +38,6 @@ TEST_F(DatabaseFileTest, HoldsADescriptorAndTheBytes) {
     WriteDatabaseFile(path_, {}, true);
     EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), Bytes{});
     EXPECT_EQ(FileSystem::Current().FileSize(path_), 12u);
-}
-
-TEST_F(DatabaseFileTest, KeepsTheRestOfALongerFileUnlessCut) {
     WriteDatabaseFile(path_, Bytes{1, 2, 3, 4, 5});
     WriteDatabaseFile(path_, Bytes{9, 9});
     EXPECT_EQ(Bytes(ReadDatabaseFile(path_)), (Bytes{9, 9}));
