@@ -180,7 +180,8 @@ constexpr Command kTransaction[] = {
      "Everything done from then on is kept by `commit` or taken back by `abort`."},
     {"commit", "[--replace]", "End the transaction and save.", "begin\ncommit", Need::kWrite,
      kSessionOnly, CommitCommand,
-     "The transaction has ended even if saving fails.\n"
+     "The transaction has ended even if saving fails; it goes on where somebody else has changed "
+     "the file.\n"
      "--replace: write over what somebody else saved since it was loaded"},
     {"abort", "", "End the transaction and take everything done in it back.", "begin\nabort",
      Need::kRead, kSessionOnly, AbortCommand},

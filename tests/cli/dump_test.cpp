@@ -111,6 +111,7 @@ class RandomDatabase {
         const auto record = table.GetRecord(1 + Number(table.Count()));
         record->prop(Number(10), Text());
         const auto other = table.GetRecord(1 + Number(table.Count()));
+        for (int i = 0; i < 10 && Number(9); ++i) record->prop(i, other->prop(i));
         if (Number(2) == 0) record->Key(Number(2) == 0 ? other->Key() : Text());
         for (int i = Number(4); i > 0; --i) {
             const auto attachments = record->CVLAttachmentSet();

@@ -66,9 +66,11 @@ TEST_F(HostTest, AFileThatSomebodyElseChangedIsNotWrittenOver) {
         return "{ echo 'begin'; echo 'add People " + key + "'; sleep 0.5; " + Program() +
                " shop add People 1" + key + " >&2; " + then + "; } | ";
     };
-    const Outcome outcome = Run("--keep-going shop", "",
-                                meanwhile("9", "echo commit; echo save; echo 'save --as mine'"));
+    const Outcome outcome =
+        Run("--keep-going shop", "",
+            meanwhile("9", "echo commit; echo save; echo 'save --as mine'; echo abort"));
     EXPECT_EQ(1, outcome.status);
+    EXPECT_EQ(outcome.err.npos, outcome.err.find("Cannot Abort")) << outcome.err;
     EXPECT_NE(outcome.err.npos, outcome.err.find("was changed by somebody else")) << outcome.err;
     EXPECT_EQ("7,Ann Lee,Paris\n8,,Rome\n19,,\n", Csv("People"));
     EXPECT_EQ("3\n", Run("-q mine count People").out);

@@ -59,14 +59,12 @@ TEST(ArgumentsTest, SortsWordsByThePattern) {
 }
 
 TEST(ArgumentsTest, RefusesWhatDoesNotFit) {
-    const Words cases[] = {
-        {"T"},
-        {"T", "v", "--nope"},
-        {"T", "v", "--kind", "c"},
-        {"T", "v", "--kind"},
-        {"T", "v", "--yes=1"},
-        {"T", "v", "--yes", "--yes"},
-    };
+    const Words cases[] = {{"T"},
+                           {"T", "v", "--nope"},
+                           {"T", "v", "--kind", "c"},
+                           {"T", "v", "--kind"},
+                           {"T", "v", "--yes=1"},
+                           {"T", "v", "--yes", "--yes"}};
     for (const Words& words : cases) {
         EXPECT_THROW(Arguments(kPattern, words), UsageError) << words.back();
     }

@@ -116,9 +116,7 @@ TEST(ConfinementTest, NoNameLeadsOutOfTheFolderGiven) {
             fs::create_directory(folder);
             WatchedFileSystem files({folder, fs::canonical(library.folder().path())});
             const ScopedFileSystem scope(files);
-            CVLDBEngine engine;
-            engine.LogOn("ann", "secret");
-            engine.CreateNewDB("shop", PortablePath(folder));
+            NewDatabase engine("shop", PortablePath(folder));
             engine.CreateNewPrimaryTable("T", {"ID", "Name"});
             engine.AddRecord("T", 1, {"1"});
             LogEverything(engine);

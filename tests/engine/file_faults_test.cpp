@@ -76,9 +76,7 @@ constexpr Fault kFaults[] = {{ENOSPC, kDiskFull},
 struct FileFaultsTest : StoppedClock, testing::Test {
     FileFaultsTest() {
         for (const char* name : {"third", "other", "shop"}) {
-            CVLDBEngine engine;
-            engine.LogOn("ann", "secret");
-            engine.CreateNewDB(name, path_);
+            NewDatabase engine(name, path_);
             engine.CreateNewPrimaryTable("T", {"ID", "Text"});
             engine.AddRecord("T", 1, {"1", std::string(name) + std::string(200, '.')});
             engine.LogDBActivities(true, true, true, true, true, true, true, true, true, true, true,

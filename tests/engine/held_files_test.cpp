@@ -42,21 +42,13 @@ void CommitHeld(CVLDBEngine& engine, const std::string&) {
     engine.TransactionBegin();
     engine.TransactionCommit();
 }
-void LoadHeld(CVLDBEngine& engine, const std::string& folder) {
-    engine.LoadDB(folder + "other.cdb");
+void LoadHeld(CVLDBEngine& engine, const std::string& in) { engine.LoadDB(in + "other.cdb"); }
+void DeleteHeld(CVLDBEngine& engine, const std::string& in) { engine.DeleteDB(in + "other.cdb"); }
+void HandOverHeld(CVLDBEngine& engine, const std::string& in) {
+    engine.ChangeOwner("bob", "b", "", "", in + "other.cdb");
 }
-void DeleteHeld(CVLDBEngine& engine, const std::string& folder) {
-    engine.DeleteDB(folder + "other.cdb");
-}
-void HandOverHeld(CVLDBEngine& engine, const std::string& folder) {
-    engine.ChangeOwner("bob", "b", "", "", folder + "other.cdb");
-}
-void MakeMDBHeld(CVLDBEngine& engine, const std::string& folder) {
-    engine.MakeItMDB(folder, "out.");
-}
-void MakeTextHeld(CVLDBEngine& engine, const std::string& folder) {
-    engine.MakeItText(folder, "out.");
-}
+void MakeMDBHeld(CVLDBEngine& engine, const std::string& in) { engine.MakeItMDB(in, "out."); }
+void MakeTextHeld(CVLDBEngine& engine, const std::string& in) { engine.MakeItText(in, "out."); }
 
 constexpr std::int32_t kHeld = kPermissionDenied, kUnread = CVLErrorNum::GetDBNotSetError();
 const HeldFile kHeldFiles[] = {
@@ -76,9 +68,7 @@ const HeldFile kHeldFiles[] = {
 // "other" and "shop" are ann's and saved, the latter is open; out.mdb and out.txt tell of "other".
 struct HeldFilesTest : EngineTest, testing::WithParamInterface<HeldFile> {
     HeldFilesTest() {
-        CVLDBEngine other;
-        other.LogOn("ann", "secret");
-        other.CreateNewDB("other", FolderPath());
+        NewDatabase other("other", FolderPath());
         other.CreateNewPrimaryTable("U", {"ID"});
         other.SaveDB();
         other.MakeItMDB(FolderPath(), "out.");

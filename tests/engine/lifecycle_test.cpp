@@ -24,10 +24,8 @@ struct LifecycleTest : StoppedClock, EngineTest {
     }
     // A database of bob's in which ann has these rights.
     std::string MakeBobs(bool can_write, bool can_delete, bool disabled = false) const {
-        CVLDBEngine engine;
-        engine.LogOn("bob", "b");
-        engine.CreateNewDB("bobs" + std::to_string(can_write * 4 + can_delete * 2 + disabled),
-                           FolderPath());
+        const int rights = can_write * 4 + can_delete * 2 + disabled;
+        NewDatabase engine("bobs" + std::to_string(rights), FolderPath(), "bob", "b");
         engine.CreateNewPrimaryTable("T", {"ID"});
         engine.CreateNewUser("ann", "secret", true, can_write, can_delete, {}, {}, disabled);
         engine.SaveDB();
@@ -252,6 +250,13 @@ TEST_F(LifecycleTest, NoRightIsCarriedIntoAnotherDatabase) {
     engine_.LoadDB(file_);
     ActWith(ToDelete);
     engine_.LoadDB(read);  // which does not know the deleter
+    EXPECT_EQ(StateOf(engine_), Undefined);
+    engine_.LogOn("bob", "b");
+    engine_.DBLegalUser(engine_.LogedOnUser(), Ownership);
+    engine_.CVLDBOwnerSet()->Remove("bob");
+    engine_.CVLDBOwnerSet()->OnDBOwnerAdd.Connect(
+        [&](const auto&) { engine_.LogedOnUser(engine_.LogedOnUser()); });
+    engine_.LoadDB(read);  // in whose middle he loses what he had
     EXPECT_EQ(StateOf(engine_), Undefined);
     EXPECT_EQ(StateOf(*engine_.GetDB(file_)), Undefined);
 }

@@ -204,9 +204,7 @@ TEST_F(LogTest, NeverTouchesADatabaseThatBearsTheNameOfTheLog) {
     const std::string other = folder_ / "xlog.dat";
     engine_.SaveDB({}, "xlog.dat");
     const std::string saved = Contents(other);
-    CVLDBEngine engine;
-    engine.LogOn("ann", "secret");
-    engine.CreateNewDB("xcdb.dat", FolderPath());
+    NewDatabase engine("xcdb.dat", FolderPath());
     engine.SaveDB();
     EXPECT_EQ(Contents(other), saved);
     engine.DeleteDB(folder_ / "xcdb.dat");

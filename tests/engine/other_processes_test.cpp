@@ -140,13 +140,16 @@ TEST_F(OtherEnginesTest, WhatAFailedSaveLeftIsNoChangeOfOthers) {
                                                        folder_.path() / ("way" + name + ".cdb"));
                      EXPECT_NO_THROW(engine_.SaveDB({}, "way" + name)) << call;
                  });
-    engine_.LoadDB(file_);
-    // To whoever has loaded what others saved over it, it is one.
-    const std::string last = Contents(file_);
-    Meanwhile("theirs");
-    engine_.LoadDB(file_);
-    WriteContents(file_, last);
-    EXPECT_TRUE(engine_.FileChangedByOthers());
+    // To another database that is opened then, it is.
+    FailEachCall([&] { engine_.SaveDB({}, "new" + std::to_string(++round)); },
+                 [&](const std::string& call, bool) {
+                     engine_.LoadDB(file_);
+                     const std::string name = "new" + std::to_string(round);
+                     const bool there = FileExists(folder_ / (name + ".cdb"));
+                     EXPECT_EQ(ErrorNumber([&] { engine_.SaveDB({}, name); }),
+                               there ? N::GetDBOverwriteError() : 0)
+                         << call;
+                 });
 }
 
 TEST_F(OtherEnginesTest, TheRegistryKeepsWhatEachOfThemDid) {

@@ -6,12 +6,7 @@ namespace {
 
 struct RegistryTest : EngineTest {
     // Another user's database, saved.
-    void MakeBobs(const char* name) const {
-        CVLDBEngine engine;
-        engine.LogOn("bob", "b");
-        engine.CreateNewDB(name, FolderPath());
-        engine.SaveDB();
-    }
+    void MakeBobs(const char* name) const { NewDatabase(name, FolderPath(), "bob", "b").SaveDB(); }
     const std::string shop_ = File("shop.cdb") + ";";
 };
 
@@ -20,6 +15,8 @@ TEST_F(RegistryTest, LoadingMakesNobodyTheOwnerOfAnothersDatabase) {
     engine_.SaveDB();
     MakeBobs("bobs");
     engine_.LogOn("ann", "secret");
+    engine_.LoadDB(FolderPath() + "\\.\\shop.cdb");  // one file has one entry
+    EXPECT_EQ(Listed(engine_, "ann"), shop_);
     engine_.CVLDBOwnerSet()->Remove("bob");
     engine_.LoadDB(File("bobs.cdb"));
     EXPECT_EQ(Listed(engine_, "ann"), shop_);

@@ -35,11 +35,13 @@ TEST_F(SchemaTest, ALinkedTableIsNamedByItsFieldAndItsParent) {
 TEST_F(SchemaTest, FailuresHaveTheirTextsAndChangeNothing) {
     engine_.CreateNewPrimaryTable("A", {"ID", "Ref"});
     engine_.CreateNewPrimaryTable("RefA", {"ID"});
+    engine_.AddRecord("A", 1, {"1"});
     const auto expect = [&](std::int32_t number, const char* member, const char* text,
                             const auto& call) {
         ExpectError(number, std::string("CVLDBEngine:") + member + " Method", text, call);
     };
-    const auto taken = Num::GetNewTableCreationError(), missing = Num::GetTableNotFoundError();
+    const auto taken = Num::GetNewTableCreationError(), missing = Num::GetTableNotFoundError(),
+               no_record = Num::GetRecordNotFoundError();
     events_.clear();
     const std::string report = engine_.LogReport();
     expect(taken, "CreateNewPrimaryTable", "The Table a That Is Being Created Already Exists!",
@@ -61,8 +63,17 @@ TEST_F(SchemaTest, FailuresHaveTheirTextsAndChangeNothing) {
     EXPECT_EQ(ErrorNumber([&] { engine_.CreateNewPrimaryTable("B", {"ID"}, 10); }),
               Num::GetFieldOutOfRangeError());
     EXPECT_EQ(ErrorNumber([&] { engine_.CreateNewPrimaryTable("B", {"ID"}, 0, 256); }), 6);
+    const char* const none = "Table none Not Found!";
+    expect(no_record, "GetRecordSet", none, [&] { engine_.GetRecordSet("none"); });
+    expect(no_record, "GetRecord", "Table 3 Not Found!", [&] { engine_.GetRecord(3, 1); });
+    expect(no_record, "GetRecord", "Record 2 Not Found!", [&] { engine_.GetRecord("A", 2); });
+    expect(no_record, "RemoveRecord", none, [&] { engine_.DeleteRecord("none", 1); });
+    expect(Num::GetValueNotFoundError(), "Find", "Value: 1 Not Found In DataBase!",
+           [&] { engine_.Find("1", false, nullptr, 1); });
+    EXPECT_EQ(ErrorNumber([&] { engine_.GetRecord("A", "x"); }), Num::GetDBNotSetError());
+    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("A", "x"); }), Num::GetDBNotSetError());
     EXPECT_EQ(engine_.LogReport(), report);
-    EXPECT_EQ(Keys(*engine_.CVLTableSet()), "A RefA ");
+    EXPECT_EQ(Keys(*engine_.CVLTableSet()) + Keys(*engine_.GetRecordSet("A")), "A RefA 1 ");
     EXPECT_EQ(events_, "");
 }
 
@@ -92,25 +103,6 @@ struct RecordsTest : EngineTest {
     std::string Keys(const char* table) { return tavolin::Keys(*engine_.GetRecordSet(table)); }
     std::string removed_;
 };
-
-TEST_F(RecordsTest, FailuresHaveTheirNumbersTextsAndSources) {
-    engine_.CreateNewPrimaryTable("T", {"ID", "Text"});
-    engine_.AddRecord("T", 1, {"1"});
-    const auto expect = [&](const char* member, const char* text, const auto& call) {
-        ExpectError(Num::GetRecordNotFoundError(), std::string("CVLDBEngine:") + member + " Method",
-                    text, call);
-    };
-    const char* const none = "Table none Not Found!";
-    expect("GetRecordSet", none, [&] { engine_.GetRecordSet("none"); });
-    expect("GetRecord", "Table 2 Not Found!", [&] { engine_.GetRecord(2, 1); });
-    expect("GetRecord", "Record 2 Not Found!", [&] { engine_.GetRecord("T", 2); });
-    expect("RemoveRecord", none, [&] { engine_.DeleteRecord("none", 1); });
-    ExpectError(Num::GetValueNotFoundError(), "CVLDBEngine:Find Method",
-                "Value: 1 Not Found In DataBase!", [&] { engine_.Find("1", false, nullptr, 1); });
-    EXPECT_EQ(ErrorNumber([&] { engine_.GetRecord("T", "x"); }), Num::GetDBNotSetError());
-    EXPECT_EQ(ErrorNumber([&] { engine_.DeleteRecord("T", "x"); }), Num::GetDBNotSetError());
-    EXPECT_EQ(Keys("T"), "1 ");
-}
 
 // A ring of tables: the deeper records stand in the tables of the ones further up.
 TEST_F(RecordsTest, ACascadeGoesAsDeepAsTheDataGoes) {

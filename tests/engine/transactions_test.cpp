@@ -14,7 +14,10 @@ struct TransactionsTest : EngineTest {
 };
 
 TEST_F(TransactionsTest, OneAtATime) {
-    for (int round = 0; round < 3; ++round) {
+    const std::function<void()> ends[] = {
+        [&] { engine_.TansactionAbort(); }, [&] { engine_.TransactionCommit(); },
+        [&] { engine_.LoadDB(file_); }, [&] { engine_.CreateNewDB("second", FolderPath()); }};
+    for (const auto& end : ends) {
         EXPECT_FALSE(engine_.TransactionStarted());
         ExpectError(Num::GetNoTransStartedError(), "CVLDBEngine:TransactionCommit Method",
                     "Cannot Commit Because No Transaction Have Been Started!",
@@ -26,9 +29,12 @@ TEST_F(TransactionsTest, OneAtATime) {
         ExpectError(Num::GetTransAlreadyStartedError(), "CVLDBEngine:TransactionBegin Method",
                     "A Transaction Is In Process, Commit To Start A New One!",
                     [&] { engine_.TransactionBegin(); });
+        EXPECT_THROW(engine_.LoadDB(folder_ / "none.cdb"), Error);
+        EXPECT_THROW(engine_.CreateNewDB("shop", FolderPath()), Error);
         EXPECT_TRUE(engine_.TransactionStarted());
-        EXPECT_TRUE(round == 0 ? engine_.TansactionAbort() : engine_.TransactionCommit());
+        end();
     }
+    EXPECT_FALSE(engine_.TransactionStarted());
 }
 
 TEST_F(TransactionsTest, AbortPutsEverythingBack) {
@@ -107,18 +113,6 @@ TEST_F(TransactionsTest, CommitSavesAndEndsEvenWhenSavingFails) {
     EXPECT_EQ(ErrorNumber([&] { engine_.TransactionCommit(); }), Num::GetUserPermissionToRWError());
     EXPECT_FALSE(engine_.TransactionStarted());
     EXPECT_FALSE(engine_.LogReport().ends_with("<Transaction Committed>\r\n"));
-}
-
-TEST_F(TransactionsTest, AnotherDatabaseEndsItAndARefusedOneDoesNot) {
-    engine_.TransactionBegin();
-    EXPECT_THROW(engine_.LoadDB(folder_ / "none.cdb"), Error);
-    EXPECT_THROW(engine_.CreateNewDB("shop", FolderPath()), Error);
-    EXPECT_TRUE(engine_.TransactionStarted());
-    engine_.LoadDB(file_);
-    EXPECT_FALSE(engine_.TransactionStarted());
-    engine_.TransactionBegin();
-    engine_.CreateNewDB("second", FolderPath());
-    EXPECT_FALSE(engine_.TransactionStarted());
 }
 
 }  // namespace

@@ -68,10 +68,12 @@ TEST_F(RecordSortTest, EqualsStraightInsertion) {
         const std::string start(random() % 9, 'x');
         for (unsigned n = round < 8 ? 1200 : random() % 25; n > 0; --n) {
             std::array<std::string, kFieldCount> props;
-            // The key tells the records apart; where it is sorted by, it is the last to decide.
+            // The key tells the records apart, where it is sorted by as the last to decide; half of
+            // them, whose first field changes, by their keys alone.
             props[0] = start + RandomField(random, kind) + "#" + std::to_string(n);
             for (unsigned i = 1; i < fields; ++i) props[i] = start + RandomField(random, kind);
-            Add(set, FieldTexts(props));
+            const auto record = Add(set, FieldTexts(props));
+            if (round % 4 < 2) record->prop(0, start + RandomField(random, kind));
         }
         const int field = round % 2 ? 1 : static_cast<int>(random() % fields);
         const std::string wanted = InsertedKeys(set, field);

@@ -19,9 +19,7 @@ struct SessionTest : EngineTest {
         return number == 0;
     }
     static std::unique_ptr<CVLDBEngine> Reader(const std::string& folder) {
-        auto engine = std::make_unique<CVLDBEngine>();
-        engine->LogOn("rob", "word");
-        engine->CreateNewDB("other", folder);
+        auto engine = std::make_unique<NewDatabase>("other", folder, "rob", "word");
         engine->CreateNewPrimaryTable("T", {"ID"});
         engine->CreateNewUser("r", "word", true, false, false);
         engine->LogOn("r", "word");
@@ -91,10 +89,8 @@ TEST(SessionStartTest, WhatIsMadeBeforeAnyEngineAsksTheCurrentOneWhenItActs) {
         for (const auto& change : changes) {
             EXPECT_EQ(ErrorNumber(change), N::GetUserPermissionToRWError()) << second_engine;
         }
-        CVLDBEngine engine;
-        engine.LogOn("ann", "secret");
-        engine.CreateNewDB("shop" + std::to_string(second_engine),
-                           PortablePath(library.folder().path()));
+        const NewDatabase engine("shop" + std::to_string(second_engine),
+                                 PortablePath(library.folder().path()));
         for (const auto& change : changes) EXPECT_EQ(ErrorNumber(change), 0) << second_engine;
     }
 }
@@ -104,9 +100,7 @@ TEST_F(SessionTest, AResultGivenToATableGetsRecordsOfItsOwn) {
     const auto record = engine_.AddRecord("T", 1, {"1", "one"});
     engine_.AddRecord("T", 2, {"2", "two"});
     {
-        CVLDBEngine other;
-        other.LogOn("eve", "e");
-        other.CreateNewDB("eves", FolderPath());
+        NewDatabase other("eves", FolderPath(), "eve", "e");
         const auto copy =
             other.CVLTableSet()->Add("Copy", isPrimaryTable, table->Find("one")->CVLRecordSet());
         other.DeleteRecord("Copy", "1");

@@ -41,24 +41,6 @@ TEST_F(AttachmentSetTest, AddsUpdatesAndRemoves) {
     EXPECT_EQ(events, "+m.png=n.wav-Map");
 }
 
-TEST_F(AttachmentSetTest, ComesBackFromItsState) {
-    set_.Add("a", -1, "caf\xC3\xA9", aMovie);
-    set_.Add("b", 2, "", Miscellenius)->Key("A");  // collides when it is filed under it
-    const auto state = set_.ObjectState();
-    CVLAttachmentSet loaded;
-    loaded.Add("gone", 1, "", aSound);
-    loaded.ObjectState(state);
-    ASSERT_EQ(loaded.Count(), 2);
-    const auto first = loaded.Item("a");
-    EXPECT_EQ(first->attachmentPathName(), "caf\xC3\xA9");
-    EXPECT_EQ(first->nKey(), -1);
-    EXPECT_EQ(first->SpecificType(), aMovie);
-    EXPECT_EQ(loaded.Item(2)->Key(), "A");
-    EXPECT_TRUE(loaded.CanAdd("b"));
-    ExpectDamageRefused(state, [&](const auto& damaged) { loaded.ObjectState(damaged); });
-    EXPECT_EQ(loaded.Item("a"), first);
-}
-
 struct UserNoteSetTest : EngineTest {
     const std::string first_ = "11/15/2026 1:05:00 AM";
     const Date date_ = MakeDate(2026, 11, 15, 1, 5);

@@ -40,11 +40,8 @@ TEST_F(UserSetTest, KeepsNamesApartAndTellsWhatHappens) {
     EXPECT_EQ(Names(), "ann Bob ");
     users_->Remove("BOB");
     EXPECT_EQ(events, "+Bob2 off Bob on Bob -Bob1");
-}
-
-TEST_F(UserSetTest, AnUpdateKeepsWhatItLeavesOut) {
     users_->Add("x", "", true, true, true);
-    const auto x = users_->Update("x", {}, false);
+    const auto x = users_->Update("x", {}, false);  // what it leaves out stays
     EXPECT_TRUE(x->CanRead() && !x->CanReadWrite() && x->CanDelete());
     const CVLDBUserSet empty;
     ExpectNoEnds("CVLDBUserSet", "User Not Found Error ", N::GetFirstUserError(),

@@ -34,6 +34,8 @@ struct SalvageTest : EngineTest {
         bob->CVLUserNoteSet()->Add(MakeDate(2026, 1, 2), 1, "a note");
         engine_.ChangePassword("", "database");
         engine_.SaveDB();
+        engine_.LoadDB(file_);  // from here on an own key is what its record's hash is of
+        engine_.SaveDB();
         good_ = Contents(file_);
         text_ = Text(engine_);
     }
@@ -102,6 +104,9 @@ TEST_F(SalvageTest, DamageIsNamedAndTheRestComesBack) {
     };
     std::string zeroed = good_;
     std::memset(zeroed.data() + image, 0, 512);
+    std::string miscounted = good_;
+    std::memset(miscounted.data() + ImageOf("Name of 38"), 0, 20);
+    miscounted[good_.find(std::string("\4(\0\0\0", 5)) + 1] = 9;  // instead of 40 records
     const std::size_t keys = good_.find("\x01n\x01p\x01o") - 1;
     const std::size_t people = good_.find("People");
     struct Case {
@@ -123,6 +128,7 @@ TEST_F(SalvageTest, DamageIsNamedAndTheRestComesBack) {
         {"no descriptor", good_.substr(12), "descriptor: missing", 0},
         {"no key table", good_.substr(0, keys), "the keys are guessed", 0},
         {"zeroed stretch", zeroed, " lost: ", 8},
+        {"gap and count", miscounted, "the records that stood here are lost", 1},
         {"magic", changed(12, 1), "the magic number is damaged", 0},
         {"length", changed(12 + 24, 1), "says that there are", 0},
         {"key table", changed(12 + 32, 1), "the keys are guessed", 0},
@@ -231,10 +237,14 @@ TEST_F(SalvageTest, LostPasswordsLetNobodyIn) {
 }
 
 TEST_F(SalvageTest, WhatReferredToSomethingLostDoesSoNoMore) {
-    SalvagedFile cut = Damaged(good_.substr(0, good_.rfind("Cities") - 20));
+    engine_.LinkTables("Cities", 1, "People");
+    engine_.SaveDB();
+    const std::string linked = Contents(file_);
+    SalvagedFile cut = Damaged(linked.substr(0, linked.rfind("Cities") - 20));
     CVLDBEngine engine;
     Open(engine, cut, SalvagedFile::NewOwner{"ann", "secret"});
     EXPECT_EQ(engine.GetTable("People")->LinkedTable(2), "");
+    EXPECT_EQ(engine.GetTable("People")->ReferencedTable(0), "");
     EXPECT_FALSE(engine.GetTable("People")->FieldIsForeignKey(2));
     EXPECT_NE(Said(cut).find("its link is gone"), std::string::npos) << Said(cut);
 

@@ -117,7 +117,16 @@ class ScopedLibraryFolder {
     std::string previous_;
 };
 
-// "ann" has created the database "shop.cdb", which is open and not saved yet; she is its owner.
+// The engine of somebody who has created a database, which is open and not saved yet.
+struct NewDatabase : CVLDBEngine {
+    NewDatabase(std::string_view name, std::string_view folder, const char* owner = "ann",
+                const char* password = "secret") {
+        LogOn(owner, password);
+        CreateNewDB(name, folder);
+    }
+};
+
+// "ann" has created the database "shop.cdb"; she is its owner.
 struct EngineTest : testing::Test {
     EngineTest() {
         engine_.LogOn("ann", "secret");

@@ -21,11 +21,15 @@ class ForwardingFileSystem : public FileSystem {
     }
     std::unique_ptr<File> Open(std::string_view path, FileMode mode) override {
         Asked("open", path);
-        return std::make_unique<ForwardingFile>(*this, path, real_.Open(path, mode));
+        auto file = std::make_unique<ForwardingFile>(*this, path);
+        file->real = real_.Open(path, mode);
+        return file;
     }
     std::unique_ptr<File> Create(std::string_view path, std::string_view like) override {
         Asked("create", path);
-        return std::make_unique<ForwardingFile>(*this, path, real_.Create(path, like));
+        auto file = std::make_unique<ForwardingFile>(*this, path);
+        file->real = real_.Create(path, like);
+        return file;
     }
     std::string FollowLink(std::string_view path) override {
         return Asked("follow link", path), real_.FollowLink(path);
@@ -60,29 +64,29 @@ class ForwardingFileSystem : public FileSystem {
   private:
     class ForwardingFile final : public File {
       public:
-        ForwardingFile(ForwardingFileSystem& files, std::string_view path,
-                       std::unique_ptr<File> real)
-            : files_(files), path_(path), real_(std::move(real)) {}
-        std::uint64_t Size() override { return files_.Asked("size", path_), real_->Size(); }
+        ForwardingFile(ForwardingFileSystem& files, std::string_view path)
+            : files_(files), path_(path) {}
+        std::uint64_t Size() override { return files_.Asked("size", path_), real->Size(); }
         std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> target) override {
-            return files_.Asked("read", path_), real_->ReadAt(offset, target);
+            return files_.Asked("read", path_), real->ReadAt(offset, target);
         }
         std::size_t Write(ByteView bytes) override {
-            return files_.Writing(path_, bytes, [&](ByteView part) { return real_->Write(part); });
+            return files_.Writing(path_, bytes, [&](ByteView part) { return real->Write(part); });
         }
         std::size_t WriteAt(std::uint64_t offset, ByteView bytes) override {
             return files_.Writing(path_, bytes,
-                                  [&](ByteView part) { return real_->WriteAt(offset, part); });
+                                  [&](ByteView part) { return real->WriteAt(offset, part); });
         }
         void Flush() override {
-            if (files_.Asked("flush", path_)) real_->Flush();
+            if (files_.Asked("flush", path_)) real->Flush();
         }
-        void Close() override { files_.Asked("close", path_), real_->Close(); }
+        void Close() override { files_.Asked("close", path_), real->Close(); }
+
+        std::unique_ptr<File> real;  // given last, when no memory is needed any more
 
       private:
         ForwardingFileSystem& files_;
         std::string path_;
-        std::unique_ptr<File> real_;
     };
 
     FileSystem& real_;
