@@ -4,6 +4,7 @@
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "tavolin/base/large_pages.h"
 #include "tavolin/base/reuse.h"
@@ -20,23 +21,38 @@ namespace {
 #if defined(MADV_FREE)
 constexpr std::size_t kLeastSpare = std::size_t{4} << 20;
 
-struct Spare {
-    std::mutex mutex;
+struct Room {
     std::uint8_t* data = nullptr;
     std::size_t capacity = 0;
+};
 
+class Spare {
+  public:
     constexpr Spare() = default;
-    ~Spare() { Swap(nullptr, 0); }
+    ~Spare() { Replace({}); }
 
-    // Frees what was kept.
-    void Swap(std::uint8_t* next, std::size_t next_capacity) {
-        {
-            const std::lock_guard lock(mutex);
-            std::swap(data, next);
-            std::swap(capacity, next_capacity);
-        }
-        if (next != nullptr) FreeLarge(next, next_capacity + ByteBuffer::kPadding);
+    // Puts another in the place of what was kept, or nothing.
+    void Replace(Room next) { Free(Swap(next)); }
+    // What was kept if it is of that capacity. Else it is freed: whoever needs more has first call
+    // on the memory.
+    std::uint8_t* Take(std::size_t capacity) {
+        const Room last = Swap({});
+        if (last.capacity == capacity) return last.data;
+        Free(last);
+        return nullptr;
     }
+
+  private:
+    static void Free(Room room) {
+        if (room.data != nullptr) FreeLarge(room.data, room.capacity + ByteBuffer::kPadding);
+    }
+    Room Swap(Room next) {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(room_, next);
+    }
+
+    std::mutex mutex_;
+    Room room_;
 };
 constinit Spare spare;
 
@@ -46,20 +62,17 @@ std::uint8_t* TakeSpare(std::size_t& capacity) {
     const std::size_t step = std::bit_floor(capacity) / 8;
     if (capacity > SIZE_MAX - ByteBuffer::kPadding - step) return nullptr;
     capacity = (capacity + step - 1) / step * step;
-    const std::lock_guard lock(spare.mutex);
-    if (spare.capacity != capacity) return nullptr;
-    spare.capacity = 0;
-    return std::exchange(spare.data, nullptr);
+    return spare.Take(capacity);
 }
 
 bool KeepSpare(std::uint8_t* data, std::size_t capacity) {
     if (!kReusesMemory || capacity < kLeastSpare) return false;
     madvise(data, capacity, MADV_FREE);
-    spare.Swap(data, capacity);
+    spare.Replace({data, capacity});
     return true;
 }
 
-void FreeSpare() { spare.Swap(nullptr, 0); }
+void FreeSpare() { spare.Replace({}); }
 #else
 std::uint8_t* TakeSpare(std::size_t&) { return nullptr; }
 bool KeepSpare(std::uint8_t*, std::size_t) { return false; }
