@@ -72,7 +72,7 @@ std::uint32_t Search(std::span<const std::uint32_t> handles, std::uint32_t wante
 
 // The first hole from `at` on, or `end`.
 const std::uint32_t* NextHole(const std::uint32_t* at, const std::uint32_t* end) {
-    while (end - at >= kBlock && !InBlock(at, kNoHandle)) at += kBlock;
+    while (at + kBlock <= end && !InBlock(at, kNoHandle)) at += kBlock;
     return std::find(at, end, kNoHandle);
 }
 
