@@ -29,8 +29,8 @@ install(CODE "
 # A program that links a static library has to name what that needs; with a shared one it has not.
 set(private_libraries "")
 foreach(library ${TAVOLIN_SYSTEM_LIBRARIES})
-    string(REGEX REPLACE "^-l" "" library ${library})
-    string(APPEND private_libraries " -l${library}")
+    string(REGEX REPLACE "^([^-])" "-l\\1" library ${library})
+    string(APPEND private_libraries " ${library}")
 endforeach()
 set(pc_libraries "")
 set(pc_private_libraries "")

@@ -1,5 +1,6 @@
 // A growing array of bytes for large amounts: new bytes are not filled with anything, and large
-// ones lie in large pages where the machine has them.
+// ones lie in large pages where the machine has them. The memory of the last one of 4 MiB or more
+// is kept for the next one of its size; see large_pages.h.
 #pragma once
 
 #include <algorithm>
@@ -48,11 +49,6 @@ class TAVOLIN_API ByteBuffer {
     }
     // Makes room for `capacity` bytes in all. Room that is not used costs addresses alone.
     void Reserve(std::size_t capacity);
-
-    // On Linux the room of the last large buffer that went is kept for the next one of its size. It
-    // counts as the process's memory until the system, when it is short of it, takes it back. This
-    // gives it back at once.
-    static void FreeSpare();
 
     void swap(ByteBuffer& other) noexcept {
         std::swap(data_, other.data_);

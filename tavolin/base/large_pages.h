@@ -15,6 +15,15 @@ TAVOLIN_API void* AllocateLarge(std::size_t bytes);
 // With the number of bytes that was asked for.
 TAVOLIN_API void FreeLarge(void* memory, std::size_t bytes) noexcept;
 
+// The same for amounts that come again soon. On Linux the last one that was given back so is kept
+// for the next: to have the system clear pages takes longer than to fill them. It counts as the
+// process's until the system, when it is short, takes it, or another amount is asked for so, or
+// there is no memory for any large amount.
+TAVOLIN_API void* AllocateAgain(std::size_t bytes);
+TAVOLIN_API void KeepLarge(void* memory, std::size_t bytes) noexcept;
+// Gives back what is kept.
+TAVOLIN_API void FreeKept() noexcept;
+
 // An allocator for the containers of the language.
 template <class T>
 struct LargePages {

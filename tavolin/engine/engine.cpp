@@ -21,10 +21,6 @@ CVLDBEngine::~CVLDBEngine() {
     database_->session->Retire();
     // Objects that outlive the engine find nobody logged on and no tables.
     *authority_ = Authority();
-    // Nothing of what was kept for the next state stays behind.
-    snapshot_.reset();
-    database_.reset();
-    ByteBuffer::FreeSpare();
 }
 
 void CVLDBEngine::ReportError(Error error, const char* context, OnFailure on_failure) {

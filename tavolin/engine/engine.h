@@ -502,6 +502,11 @@ class TAVOLIN_API CVLDBEngine {
 
     std::shared_ptr<Authority> authority_;
     std::shared_ptr<Session> session_;  // that of the objects which the host makes
+    // The last to go: nothing of what was kept for the next state stays behind.
+    struct NothingKept {
+        ~NothingKept() { FreeKept(); }
+    };
+    NothingKept nothing_kept_;
     std::unique_ptr<Database> database_;
     std::string file_;  // the open database's file from the root on; empty when it has none
     // What this engine knows to be in that file: what it read or wrote last, nothing when it has

@@ -131,6 +131,8 @@ class CVLDBEngine::RecordDeletion {
 
     struct Unguarded {
         explicit Unguarded(CVLTable& guarded) : table(guarded) { table.SetCascadeGuard(false); }
+        Unguarded(const Unguarded&) = delete;
+        Unguarded& operator=(const Unguarded&) = delete;
         ~Unguarded() { table.SetCascadeGuard(true); }
         CVLTable& table;
     };

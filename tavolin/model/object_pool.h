@@ -8,6 +8,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -29,6 +30,8 @@ class ObjectPool {
     ObjectPool& operator=(const ObjectPool&) = delete;
 
     void* Take(std::size_t bytes) {
+        assert(bytes_ == 0 || bytes_ == bytes);
+        bytes_ = bytes;
         void* const block = kept_ > 0 ? blocks_[--kept_] : ::operator new(bytes);
         ++given_;
         return block;
@@ -55,6 +58,7 @@ class ObjectPool {
     }
 
     std::array<void*, 64> blocks_;
+    std::size_t bytes_ = 0;  // of a block
     std::size_t kept_ = 0;
     std::size_t given_ = 0;
     bool closed_ = false;

@@ -48,26 +48,29 @@ bool InBlock(const std::uint32_t* at, std::uint32_t wanted) {
 std::uint32_t Search(std::span<const std::uint32_t> handles, std::uint32_t wanted,
                      std::uint32_t block) {
     const auto count = static_cast<std::uint32_t>(handles.size());
-    const auto offset_in = [&](std::uint32_t begin) {
-        return static_cast<std::uint32_t>(
-            std::find(handles.data() + begin, handles.data() + begin + kBlock, wanted) -
-            handles.data());
+    const auto find_in = [&](std::uint32_t begin, std::uint32_t end) {
+        const std::uint32_t* const at =
+            std::find(handles.data() + begin, handles.data() + end, wanted);
+        return at == handles.data() + end ? count : static_cast<std::uint32_t>(at - handles.data());
     };
     const std::uint32_t whole = count - count % kBlock;
     std::uint32_t low = std::min(block * kBlock, whole);
     std::uint32_t high = low;
+    if (low == whole) {  // in what is left behind the last block
+        const std::uint32_t offset = find_in(whole, count);
+        if (offset != count) return offset;
+    }
     while (low > 0 || high < whole) {
         if (high < whole) {
-            if (InBlock(handles.data() + high, wanted)) return offset_in(high);
+            if (InBlock(handles.data() + high, wanted)) return find_in(high, high + kBlock);
             high += kBlock;
         }
         if (low > 0) {
             low -= kBlock;
-            if (InBlock(handles.data() + low, wanted)) return offset_in(low);
+            if (InBlock(handles.data() + low, wanted)) return find_in(low, low + kBlock);
         }
     }
-    while (high < count && handles[high] != wanted) ++high;
-    return high;
+    return find_in(whole, count);
 }
 
 // The first hole from `at` on, or `end`.
@@ -308,13 +311,19 @@ void OrderList::Chunk::MakeHole(std::uint32_t offset) {
 void OrderList::Chunk::CloseHoles() const {
     const std::uint32_t* const end = handles.get() + count + holes;
     std::uint32_t* to = handles.get() + first_hole;
-    for (const std::uint32_t* from = to + 1; holes > 0; --holes) {
-        const std::uint32_t* const next = holes > 1 ? NextHole(from, end) : end;
-        const auto whole = static_cast<std::uint32_t>(next - from);
+    const std::uint32_t* from = to + 1;
+    const auto move_up_to = [&](const std::uint32_t* place) {
+        const auto whole = static_cast<std::uint32_t>(place - from);
         Shift(to, from, whole);
         to += whole;
+    };
+    for (; holes > 1; --holes) {
+        const std::uint32_t* const next = NextHole(from, end);
+        move_up_to(next);
         from = next + 1;
     }
+    move_up_to(end);
+    holes = 0;
 }
 
 std::size_t OrderList::memory() const {

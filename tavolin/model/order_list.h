@@ -1,4 +1,4 @@
-// The order of a collection: a sequence of 32-bit handles in chunks of up to 1024.
+// The order of a collection: a sequence of 32-bit handles in chunks of up to 512.
 //
 //     OrderList order;
 //     order.Append(handle, set_leaf);
@@ -208,7 +208,7 @@ class OrderList {
         if (direct_) return id < chunks_.size() ? id : kNowhere;
         return id < index_of_id_.size() ? index_of_id_[id] : kNowhere;
     }
-    // With the holes counted in the offset. While there are cursors there are none.
+    // With the holes counted in the offset. While there are cursors the chunk has none.
     Spot SpotOf(std::uint32_t handle, std::uint32_t leaf) const;
     std::uint32_t IndexOf(Spot spot) const;
 

@@ -5,6 +5,7 @@
 #include <bit>
 #include <future>
 #include <span>
+#include <system_error>
 #include <thread>
 
 #include "tavolin/base/text_search.h"
@@ -65,7 +66,13 @@ std::vector<RecordHandle> SearchRuns(const Runs& runs, std::size_t processors,
         return matches;
     };
     std::vector<std::future<std::vector<RecordHandle>>> others;
-    for (std::size_t i = 1; i < processors; ++i) others.push_back(std::async(search_part, i));
+    for (std::size_t i = 1; i < processors; ++i) {
+        try {
+            others.push_back(std::async(std::launch::async, search_part, i));
+        } catch (const std::system_error&) {
+            others.push_back(std::async(std::launch::deferred, search_part, i));
+        }
+    }
     auto matches = search_part(0);
     for (auto& other : others) {
         const auto more = other.get();

@@ -218,7 +218,10 @@ class TAVOLIN_API CVLRecordSet {
     void ReplaceCollection(std::shared_ptr<RecordCollection> records);
     const std::shared_ptr<RecordCollection>& Collection() const { return records_; }
     // About how many bytes the stored form takes.
-    std::size_t StateSize() const { return records_->arena().memory(); }
+    std::size_t StateSize() const {
+        return records_->arena().memory() +
+               static_cast<std::size_t>(Count()) * sizeof(RecordHandle);
+    }
     void WriteProperties(PropertyBagWriter& bag) const;
     void ReadProperties(PropertyBagReader& bag);
     void JoinSession(std::shared_ptr<Session> session);

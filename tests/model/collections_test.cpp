@@ -133,7 +133,8 @@ TEST(OrderCursor, WalksThroughChanges) {
     for (std::uint32_t size : {1u, 5u, OrderList::kChunkSize, 4000u}) {
         Pair pair;
         std::uint32_t next = 0;
-        while (next < size) pair.Insert(random() % (pair.model.size() + 1), next++);
+        while (next < size + 3) pair.Insert(random() % (pair.model.size() + 1), next++);
+        while (pair.model.size() > size) pair.Remove(random() % pair.model.size(), true);
         OrderCursor cursor(pair.list);
         std::vector<std::uint32_t> marked = pair.model;
         marked.insert(marked.begin(), kMarker);
