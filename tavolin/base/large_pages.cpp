@@ -49,7 +49,9 @@ bool LeaveToSystem([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t b
 void* AllocateLarge(std::size_t bytes) {
     void* memory = ::operator new(bytes, AlignmentFor(bytes), std::nothrow);
     if (memory == nullptr) {
-        FreeKept();
+        const Kept last = Exchange({});
+        if (last.memory == nullptr) throw std::bad_alloc();
+        Free(last);
         memory = ::operator new(bytes, AlignmentFor(bytes));
     }
 #if defined(__linux__)
