@@ -35,10 +35,12 @@ void Free(Kept last) noexcept {
     if (last.memory != nullptr) FreeLarge(last.memory, last.bytes);
 }
 
-// Whether the system may have the pages from now on, until they are written to.
+// Whether the system may have the pages from now on, until they are written to. Not the last one,
+// in which something else may begin.
 bool LeaveToSystem([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) {
 #if defined(MADV_FREE)
-    return kReusesMemory && bytes >= kLargePage && madvise(memory, bytes, MADV_FREE) == 0;
+    const std::size_t whole = bytes / kLargePage * kLargePage;
+    return kReusesMemory && whole != 0 && madvise(memory, whole, MADV_FREE) == 0;
 #else
     return false;
 #endif
