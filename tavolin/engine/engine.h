@@ -302,7 +302,7 @@ class TAVOLIN_API CVLDBEngine {
                       bool CascadeDelete = true);
 
     // The first table with a match, as CVLTable::Find gives it, under that table's Key; none raises
-    // GetValueNotFoundError.
+    // GetValueNotFoundError. Large tables are searched by several processors, as there.
     std::shared_ptr<CVLTable> Find(std::string_view Value, bool ValueIsAKey = false,
                                    const std::shared_ptr<CVLTable>& inTable = nullptr,
                                    int inFldNumber = kNoField);
