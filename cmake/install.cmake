@@ -29,7 +29,9 @@ install(CODE "
 # A program that links a static library has to name what that needs; with a shared one it has not.
 set(private_libraries "")
 foreach(library ${TAVOLIN_SYSTEM_LIBRARIES})
-    string(REGEX REPLACE "^([^-])" "-l\\1" library ${library})
+    if(NOT library MATCHES "^-")
+        set(library "-l${library}")
+    endif()
     string(APPEND private_libraries " ${library}")
 endforeach()
 set(pc_libraries "")

@@ -23,7 +23,7 @@ struct Kept {
     std::size_t bytes = 0;
 };
 // For the whole process, whose end frees it.
-constinit std::mutex mutex;
+std::mutex mutex;
 constinit Kept kept;
 
 Kept Exchange(Kept next) {
