@@ -68,6 +68,9 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
 void* operator new[](std::size_t size, std::align_val_t alignment) {
     return TakeOrThrow(size, static_cast<std::size_t>(alignment));
 }
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return Take(size, static_cast<std::size_t>(alignment));
+}
 void operator delete(void* memory) noexcept { Give(memory); }
 void operator delete[](void* memory) noexcept { Give(memory); }
 void operator delete(void* memory, std::size_t) noexcept { Give(memory); }
