@@ -1,116 +1,107 @@
 // The objects that hosts hold of an arena's records, found by the record.
 //
 //     objects.ReserveOneMore();
-//     objects.Insert(record, &object);
-//     objects.Find(record);     // &object
-//     objects.Erase(record);
+//     objects.Insert(object);      // a HostedObject, with its record
+//     objects.Find(record);        // object
+//     objects.Erase(object);
 //
-// Every record that is handed out passes through here twice, and mostly it is the only one at its
-// time: that has a slot to itself. The others are in an open table that is half empty at least.
+// Every record that is handed out passes through here twice. The objects carry the links of the
+// table themselves, so that one comes and goes in a few instructions however many there are.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
-#include "tavolin/model/order_list.h"
-
 namespace tavolin {
 
-class CVLRecord;
+// An object's part of the table.
+class HostedObject {
+  public:
+    HostedObject(const HostedObject&) = delete;
+    HostedObject& operator=(const HostedObject&) = delete;
+
+  protected:
+    explicit HostedObject(std::uint32_t record) : record_(record) {}
+    ~HostedObject() = default;
+
+    const std::uint32_t record_;
+
+  private:
+    friend class HostedObjects;
+
+    bool last_ = false;
+    HostedObject* next_ = nullptr;
+};
 
 class HostedObjects {
   public:
     // The record's object, or nullptr.
-    CVLRecord* Find(std::uint32_t record) const {
-        if (single_.record == record) return single_.object;
+    HostedObject* Find(std::uint32_t record) const {
         if (size_ == 0) return nullptr;
-        const Slot& slot = slots_[Place(record)];
-        return slot.record == record ? slot.object : nullptr;
+        HostedObject* object = heads_[Home(record)];
+        while (object != nullptr && object->record_ != record) object = object->next_;
+        return object;
     }
 
     // After it, one Insert cannot fail. A failure to get memory changes nothing.
     void ReserveOneMore() {
-        if (single_.record != kNoHandle && 2 * (size_ + 1) > slots_.size()) Grow();
+        if (2 * size_ >= heads_.size()) Grow();
     }
 
     // Of a record that has none yet.
-    void Insert(std::uint32_t record, CVLRecord* object) noexcept {
-        if (single_.record == kNoHandle) {
-            single_ = {object, record, false};
-            return;
-        }
-        slots_[Place(record)] = {object, record, false};
+    void Insert(HostedObject& object) noexcept {
+        Link(object);
         ++size_;
     }
 
     // Notes that perhaps nothing but the object holds the record; false when there is no object.
     bool MarkLast(std::uint32_t record) noexcept {
-        if (single_.record == record) return single_.last = true;
-        if (size_ == 0) return false;
-        Slot& slot = slots_[Place(record)];
-        if (slot.record != record) return false;
-        slot.last = true;
-        return true;
+        HostedObject* const object = Find(record);
+        return object != nullptr && (object->last_ = true);
     }
 
-    // Whether there was an object with that mark.
-    bool Erase(std::uint32_t record) noexcept {
-        if (single_.record == record) return std::exchange(single_, Slot()).last;
+    // Whether the object had that mark. One that was not inserted is passed over.
+    bool Erase(HostedObject& object) noexcept {
         if (size_ == 0) return false;
-        const std::size_t at = Place(record);
-        if (slots_[at].record != record) return false;
-        const bool last = slots_[at].last;
-        Close(at);
+        HostedObject** at = &heads_[Home(object.record_)];
+        while (*at != &object) {
+            if (*at == nullptr) return false;
+            at = &(*at)->next_;
+        }
+        *at = object.next_;
         // What many objects needed is not kept for few.
-        if (--size_ == 0 && slots_.size() > kKept) std::vector<Slot>().swap(slots_);
-        return last;
+        if (--size_ == 0 && heads_.size() > kKept) std::vector<HostedObject*>().swap(heads_);
+        return object.last_;
     }
 
   private:
-    struct Slot {
-        CVLRecord* object = nullptr;
-        std::uint32_t record = kNoHandle;
-        bool last = false;
-    };
     static constexpr std::size_t kSmallest = 8;
     static constexpr std::size_t kKept = 1024;
 
     std::size_t Home(std::uint32_t record) const {
-        return (record * 0x9E3779B97F4A7C15u >> 32) & (slots_.size() - 1);
+        return record * std::uint64_t{0x9E3779B97F4A7C15} >> shift_;
     }
-    std::size_t After(std::size_t at) const { return (at + 1) & (slots_.size() - 1); }
-    // The record's slot, or the empty one that it would get.
-    std::size_t Place(std::uint32_t record) const {
-        std::size_t at = Home(record);
-        while (slots_[at].record != record && slots_[at].record != kNoHandle) at = After(at);
-        return at;
+
+    void Link(HostedObject& object) noexcept {
+        HostedObject*& head = heads_[Home(object.record_)];
+        object.next_ = std::exchange(head, &object);
     }
 
     void Grow() {
-        std::vector<Slot> old(slots_.empty() ? kSmallest : 2 * slots_.size());
-        old.swap(slots_);
-        for (const Slot& slot : old) {
-            if (slot.record != kNoHandle) slots_[Place(slot.record)] = slot;
+        std::vector<HostedObject*> old(heads_.empty() ? kSmallest : 2 * heads_.size());
+        old.swap(heads_);
+        shift_ = 64 - std::countr_zero(heads_.size());
+        for (HostedObject* first : old) {
+            while (first != nullptr) Link(*std::exchange(first, first->next_));
         }
     }
 
-    // Pulls entries back over a hole until none behind it could be searched for in vain.
-    void Close(std::size_t hole) {
-        for (std::size_t at = After(hole); slots_[at].record != kNoHandle; at = After(at)) {
-            const std::size_t mask = slots_.size() - 1;
-            const std::size_t from_home = (at - Home(slots_[at].record)) & mask;
-            if (from_home < ((at - hole) & mask)) continue;
-            slots_[hole] = slots_[at];
-            hole = at;
-        }
-        slots_[hole] = Slot();
-    }
-
-    Slot single_;
-    std::vector<Slot> slots_;  // none, or a power of two of them
-    std::size_t size_ = 0;     // of them in use
+    std::vector<HostedObject*> heads_;  // none, or a power of two of them
+    int shift_ = 0;                     // what brings a product of 64 bits down to their number
+    std::size_t size_ = 0;
 };
 
 }  // namespace tavolin

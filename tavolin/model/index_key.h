@@ -24,31 +24,37 @@ class IndexKey {
     template <std::integral Number>
     requires(!std::same_as<Number, bool> && !std::same_as<Number, char>)
         IndexKey(Number position)  // NOLINT: conversions are its purpose
-        : is_position_(true), position_(Clamp(position)) {}
-    IndexKey(std::string_view key) : key_(key) {}    // NOLINT
-    IndexKey(const std::string& key) : key_(key) {}  // NOLINT
-    IndexKey(const char* key) : key_(key) {}         // NOLINT
+        : IndexKey(nullptr, kPosition, static_cast<std::uint32_t>(Clamp(position))) {}
+    IndexKey(std::string_view key) : IndexKey(key.data(), kText, key.size()) {}  // NOLINT
+    IndexKey(const std::string& key) : IndexKey(std::string_view(key)) {}        // NOLINT
+    IndexKey(const char* key) : IndexKey(std::string_view(key)) {}               // NOLINT
     // What names no element whatever is in the set, as a date where a key belongs. The member that
     // it is passed to raises `error` where it would look for the element.
     static IndexKey Unusable(RunTimeError error) {
-        IndexKey key{std::string_view()};
-        key.error_ = error;
-        return key;
+        return IndexKey(nullptr, kUnusable, static_cast<std::uint32_t>(error));
     }
 
-    bool usable() const { return error_ == 0; }
+    bool usable() const { return kind() != kUnusable; }
     bool is_position() const {
-        if (error_ != 0) RaiseRunTime(static_cast<RunTimeError>(error_));
-        return is_position_;
+        if (!usable()) RaiseRunTime(static_cast<RunTimeError>(number_));
+        return kind() == kPosition;
     }
-    std::int32_t position() const { return position_; }
-    std::string_view key() const { return key_; }
+    std::int32_t position() const { return static_cast<std::int32_t>(number_); }
+    std::string_view key() const {
+        return kind() == kText ? std::string_view(text_, number_) : std::string_view();
+    }
     // As it stands in messages: the key, or the position in decimal.
     std::string Text() const {
-        return is_position_ ? std::to_string(position_) : std::string(key_);
+        return kind() == kPosition ? std::to_string(position()) : std::string(key());
     }
 
   private:
+    enum Kind : std::uint64_t { kText, kPosition, kUnusable };
+    static constexpr unsigned kKindShift = 62;
+
+    IndexKey(const char* text, Kind kind, std::uint64_t number)
+        : text_(text), number_(number | kind << kKindShift) {}
+
     template <class Number>
     static std::int32_t Clamp(Number position) {
         using Limits = std::numeric_limits<std::int32_t>;
@@ -57,10 +63,12 @@ class IndexKey {
         return static_cast<std::int32_t>(position);
     }
 
-    bool is_position_ = false;
-    std::int32_t error_ = 0;
-    std::int32_t position_ = 0;
-    std::string_view key_;
+    Kind kind() const { return static_cast<Kind>(number_ >> kKindShift); }
+
+    // Two words, so that it is passed in registers: a copy in memory would have to wait for its
+    // parts to be written, and whatever waits for memory before that with it.
+    const char* text_;
+    std::uint64_t number_;  // the text's size, the position or the error; the kind in the last bits
 };
 
 // An element's place among the others: before one, after one, or, with neither, at the end. Both,

@@ -37,6 +37,9 @@
 
 namespace tavolin {
 
+inline constexpr std::size_t kHandleBatch = 16;
+using HandleBatch = std::array<std::uint32_t, kHandleBatch>;
+
 template <class Store>
 class KeyedCollection {
   public:
@@ -81,29 +84,43 @@ class KeyedCollection {
         return which.is_position() ? At(which.position()) : FindKey(which.key());
     }
 
-    // For up to kBatch that Find will be asked for next: has the memory fetched that Find would
-    // wait for, of all of them at once; fetch(handle) does so for what an element is compared by.
-    static constexpr std::size_t kBatch = 16;
+    // Find for each of up to kHandleBatch, kNoHandle for what is not usable. They are found at
+    // once, which takes less time where they lie far apart; fetch(handle) has what an element is
+    // compared by fetched from memory, for later.
     template <class Fetch>
-    void FetchAhead(std::span<const IndexKey> which, Fetch&& fetch) const {
-        std::array<std::uint32_t, kBatch> hashes{};
+    HandleBatch FindBatch(std::span<const IndexKey> which, Fetch&& fetch) const {
+        HandleBatch found, hashes;
+        std::array<OrderList::Spot, kHandleBatch> spots;
         for (std::size_t i = 0; i < which.size(); ++i) {
+            found[i] = kNoHandle;
             if (!which[i].usable()) continue;
             if (!which[i].is_position()) {
                 IndexKeys();
                 hashes[i] = HashFold(which[i].key());
                 index_.Prefetch(hashes[i]);
             } else if (Stands(which[i].position())) {
-                order_.Prefetch(static_cast<std::uint32_t>(which[i].position()));
+                spots[i] = order_.SpotAt(static_cast<std::uint32_t>(which[i].position()));
             }
         }
         const auto any = [](std::uint32_t) { return true; };
+        bool keys = false;
         for (std::size_t i = 0; i < which.size(); ++i) {
             if (!which[i].usable()) continue;
-            const std::uint32_t handle =
-                which[i].is_position() ? At(which[i].position()) : index_.Find(hashes[i], any);
-            if (handle != kNoHandle) fetch(handle);
+            if (!which[i].is_position()) {
+                keys = true;
+                found[i] = index_.Find(hashes[i], any);
+            } else if (Stands(which[i].position())) {
+                found[i] = order_.At(spots[i]);
+            }
+            if (found[i] != kNoHandle) fetch(found[i]);
         }
+        for (std::size_t i = 0; keys && i < which.size(); ++i) {
+            if (found[i] == kNoHandle || which[i].is_position()) continue;
+            found[i] = index_.Find(hashes[i], [&](std::uint32_t handle) {
+                return store_.KeyEquals(handle, which[i].key());
+            });
+        }
+        return found;
     }
 
     // The 1-based position, or 0 when the handle is not in the leaf that the Store tells.

@@ -50,15 +50,22 @@ class OrderList {
     // The handle at a 1-based position, or kNoHandle outside 1..size().
     std::uint32_t At(std::uint32_t position) const {
         if (position - 1 >= size_) return kNoHandle;
-        const Spot spot = Locate(position - 1);
-        return chunks_[spot.chunk].span()[spot.offset];
+        return At(Locate(position - 1));
     }
 
-    // Has the place of the handle at a position, 1..size(), fetched from memory, for later.
-    void Prefetch(std::uint32_t position) const {
+    // A place: which chunk, and where in it. Good until the list changes.
+    struct Spot {
+        std::uint32_t chunk;
+        std::uint32_t offset;
+    };
+    // At in two steps: where the handle at a position, 1..size(), is, which is fetched from memory
+    // for later, and then the handle.
+    Spot SpotAt(std::uint32_t position) const {
         const Spot spot = Locate(position - 1);
         PrefetchLine(&chunks_[spot.chunk].handles[spot.offset]);
+        return spot;
     }
+    std::uint32_t At(Spot spot) const { return chunks_[spot.chunk].span()[spot.offset]; }
 
     // The 1-based position of an element with its leaf, or 0 when it is not in that leaf. Any
     // number may be given as the leaf.
@@ -167,11 +174,6 @@ class OrderList {
         std::span<const std::uint32_t> with_holes() const { return {handles.get(), count + holes}; }
         void MakeHole(std::uint32_t offset);
         void CloseHoles() const;
-    };
-    // A place: which chunk, and where in it.
-    struct Spot {
-        std::uint32_t chunk;
-        std::uint32_t offset;
     };
     // Elements that a change has brought to another chunk, there from `offset` on.
     struct Moved {

@@ -7,17 +7,15 @@
 
 namespace tavolin {
 
-CVLRecord::CVLRecord()
-    : arena_(std::make_shared<RecordArena>(Session::Current())),
-      record_(arena_->Create(0, {}, {})) {
+CVLRecord::CVLRecord() : CVLRecord(std::make_shared<RecordArena>(Session::Current())) {}
+
+// A free-standing record goes with its arena.
+CVLRecord::CVLRecord(std::shared_ptr<RecordArena> arena)
+    : HostedObject(arena->Create(0, {}, {})), arena_(std::move(arena)) {
     arena_->AddReference(record_);
 }
 
-CVLRecord::CVLRecord(std::shared_ptr<RecordArena> arena, RecordHandle record)
-    : arena_(std::move(arena)), record_(record) {}
-
-// A free-standing record goes with its arena.
-CVLRecord::~CVLRecord() { arena_->Forget(record_); }
+CVLRecord::~CVLRecord() { arena_->Forget(record_, *this); }
 
 EventConnection CVLRecord::PropertyChange::Connect(PropertyChangeEvent::Handler handler) {
     return Trap("CVLRecord:OnPropertyChange Method", [&] {

@@ -21,7 +21,7 @@
 
 namespace tavolin {
 
-class TAVOLIN_API CVLRecord : public std::enable_shared_from_this<CVLRecord> {
+class TAVOLIN_API CVLRecord : public std::enable_shared_from_this<CVLRecord>, private HostedObject {
   public:
     // A free-standing record, empty.
     CVLRecord();
@@ -68,13 +68,17 @@ class TAVOLIN_API CVLRecord : public std::enable_shared_from_this<CVLRecord> {
     void Attach(std::int32_t nKey, std::string_view attachFilePathName, attachmentEnum aType);
 
     // Library-internal: the object of a record in an arena.
-    CVLRecord(std::shared_ptr<RecordArena> arena, RecordHandle record);
+    CVLRecord(const std::shared_ptr<RecordArena>& arena, RecordHandle record)
+        : HostedObject(record), arena_(arena) {}
     const std::shared_ptr<RecordArena>& arena() const { return arena_; }
     RecordHandle handle() const { return record_; }
 
   private:
+    friend class RecordArena;
+
+    explicit CVLRecord(std::shared_ptr<RecordArena> arena);
+
     std::shared_ptr<RecordArena> arena_;
-    RecordHandle record_;
 };
 
 }  // namespace tavolin

@@ -573,18 +573,15 @@ void RecordArena::CountOut(RecordHandle record) noexcept {
 std::shared_ptr<CVLRecord> RecordArena::Object(const std::shared_ptr<RecordArena>& arena,
                                                RecordHandle record) {
     HostedObjects& objects = arena->objects_;
-    if (CVLRecord* const object = objects.Find(record)) return object->shared_from_this();
+    if (HostedObject* const object = objects.Find(record)) {
+        return static_cast<CVLRecord*>(object)->shared_from_this();
+    }
     objects.ReserveOneMore();
     if (!arena->objects_memory_) arena->objects_memory_ = ObjectPool::Make();
     auto object = std::allocate_shared<CVLRecord>(PoolAllocator<CVLRecord>(*arena->objects_memory_),
                                                   arena, record);
-    objects.Insert(record, object.get());
+    objects.Insert(*object);
     return object;
-}
-
-void RecordArena::Forget(RecordHandle record) noexcept {
-    // The record itself is not looked at unless it must be: it may be far away.
-    if (objects_.Erase(record) && At(record)->references == 0) Destroy(record);
 }
 
 std::shared_ptr<CVLAttachmentSet> RecordArena::Attachments(RecordHandle record, bool make) {

@@ -149,7 +149,10 @@ class RecordArena {
     TAVOLIN_API static std::shared_ptr<CVLRecord> Object(const std::shared_ptr<RecordArena>& arena,
                                                          RecordHandle record);
     // The object is going.
-    void Forget(RecordHandle record) noexcept;
+    void Forget(RecordHandle record, HostedObject& object) noexcept {
+        // The record itself is not looked at unless it must be: it may be far away.
+        if (objects_.Erase(object) && At(record)->references == 0) Destroy(record);
+    }
 
     // Nothing until one was given; Attachments(record, true) makes one.
     std::shared_ptr<CVLAttachmentSet> Attachments(RecordHandle record, bool make);

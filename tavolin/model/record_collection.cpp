@@ -38,8 +38,8 @@ RecordCollection::~RecordCollection() {
 
 RecordHandle RecordCollection::FindKey(std::string_view key) const { return records_.FindKey(key); }
 
-void RecordCollection::FetchAhead(std::span<const IndexKey> which) const {
-    records_.FetchAhead(which, [this](RecordHandle record) { arena_->Prefetch(record); });
+HandleBatch RecordCollection::FindBatch(std::span<const IndexKey> which) const {
+    return records_.FindBatch(which, [this](RecordHandle record) { arena_->Prefetch(record); });
 }
 
 std::shared_ptr<CVLRecord> RecordCollection::Add(std::int32_t n_key, const FieldTexts& fields,

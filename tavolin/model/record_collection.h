@@ -38,9 +38,9 @@ class RecordCollection {
         return which.is_position() ? records_.At(which.position()) : FindKey(which.key());
     }
     RecordHandle FindKey(std::string_view key) const;
-    // Before Find is asked for up to kBatch of them: they are found sooner then.
-    static constexpr std::size_t kBatch = 16;
-    void FetchAhead(std::span<const IndexKey> which) const;
+    // Find for each of up to kHandleBatch, kNoHandle for what is not usable: sooner than one by
+    // one.
+    HandleBatch FindBatch(std::span<const IndexKey> which) const;
     std::shared_ptr<CVLRecord> Object(RecordHandle record) const {
         return RecordArena::Object(arena_, record);
     }

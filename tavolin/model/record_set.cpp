@@ -132,9 +132,7 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Update(const PrimaryKeyType& Key,
     });
 }
 
-RecordHandle CVLRecordSet::Existing(const IndexKey& which, const char* source) const {
-    const RecordHandle record = records_->Find(which);
-    if (record != kNoHandle) return record;
+void CVLRecordSet::RaiseMissing(const IndexKey& which, const char* source) {
     if (which.is_position()) {
         Raise(CVLErrorNum::GetRecordNotFoundError(), source,
               Message("No Record Is Found On This Range!"));
@@ -158,10 +156,11 @@ std::vector<std::shared_ptr<CVLRecord>> CVLRecordSet::Items(std::span<const Inde
         std::vector<std::shared_ptr<CVLRecord>> found;
         found.reserve(which.size());
         while (!which.empty()) {
-            const auto batch = which.first(std::min(which.size(), RecordCollection::kBatch));
-            records_->FetchAhead(batch);
-            for (const IndexKey& one : batch) {
-                found.push_back(records_->Object(Existing(one, kSource)));
+            const auto batch = which.first(std::min(which.size(), kHandleBatch));
+            const auto records = records_->FindBatch(batch);
+            for (std::size_t i = 0; i < batch.size(); ++i) {
+                if (records[i] == kNoHandle) RaiseMissing(batch[i], kSource);
+                found.push_back(records_->Object(records[i]));
             }
             which = which.subspan(batch.size());
         }

@@ -233,7 +233,12 @@ class TAVOLIN_API CVLRecordSet {
     int holders() const { return holders_; }
 
   private:
-    RecordHandle Existing(const IndexKey& which, const char* source) const;
+    RecordHandle Existing(const IndexKey& which, const char* source) const {
+        const RecordHandle record = records_->Find(which);
+        if (record == kNoHandle) RaiseMissing(which, source);
+        return record;
+    }
+    [[noreturn]] static void RaiseMissing(const IndexKey& which, const char* source);
 
     // Whose rights count: those of the tree that the records stand in, which a search's result
     // shares.

@@ -101,6 +101,8 @@ TEST_F(RecordArenaTest, UsesFreedMemoryAgain) {
         for (std::size_t size : {10u, 300u, 70000u, 600000u, 20u, 300000u}) {
             Set(record, 1, std::string(size, 'x'));
         }
+        // Held by a host for longer than by the set.
+        const auto object = RecordArena::Object(arena_, record);
         arena_->Release(record);
     };
     for (int i = 0; i < 3; ++i) round();

@@ -82,6 +82,20 @@ TEST_F(RecordSetTest, GivesManyRecordsAtOnce) {
     EXPECT_EQ(ErrorNumber([&] { set_.Items({}); }), N::GetUserPermissionToRdError());
 }
 
+TEST_F(RecordSetTest, TellsKeysOfOneHashApart) {
+    const std::string one = "k73377", other = "k73861";
+    ASSERT_EQ(HashFold(one), HashFold(other));
+    set_.Add(kFirst, 1, {one});
+    EXPECT_TRUE(set_.CanAdd(other));
+    const std::vector<IndexKey> which = {other, one};
+    EXPECT_EQ(ErrorNumber([&] { set_.Items(which); }), N::GetDBNotSetError());
+    set_.Add(kFirst, 1, {other});
+    EXPECT_EQ(set_.Items(which)[0]->prop(0), other);
+    set_.Remove(one);
+    EXPECT_EQ(set_.Item(other)->prop(0), other);
+    EXPECT_EQ(ErrorNumber([&] { set_.Items(which); }), N::GetDBNotSetError());
+}
+
 TEST_F(RecordSetTest, TellsAMissedPositionFromAMissedKey) {
     ExpectNoEnds("CVLRecordSet", "Record Not Found Error ", N::GetFirstRecordError(),
                  {[&] { set_.FirstRecord(); }, [&] { set_.LastRecord(); },
