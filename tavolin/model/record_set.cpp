@@ -145,6 +145,7 @@ std::shared_ptr<CVLRecord> CVLRecordSet::Item(IndexKey vntIndexKey) const {
         static constexpr const char* kSource = "CVLRecordSet:Item Property Get";
         AskRead(session(), kSource);
         const RecordHandle record = Existing(vntIndexKey, kSource);
+        records_->arena().Prefetch(record);  // it comes while the object is made
         return records_->Object(record);
     });
 }
