@@ -467,6 +467,8 @@ class TAVOLIN_API CVLDBEngine {
     bool ChangeLinks(const TableArgument& Table1, const TableArgument& Table2, const char* source,
                      std::string_view text, Body&& body);
     class RecordDeletion;
+    void DeleteAlone(const std::shared_ptr<CVLTable>& table,
+                     const std::shared_ptr<CVLRecord>& record);
 
     // catalog
     template <class Body>
@@ -479,6 +481,12 @@ class TAVOLIN_API CVLDBEngine {
     template <class Make>
     void Log(Make&& message, const std::shared_ptr<tavolin::CVLTableSet>& tables,
              bool LogType::*activity) noexcept;
+    template <std::size_t N, std::size_t M>
+    void LogRecord(const char (&event)[N], const CVLRecord& record, const char (&preposition)[M],
+                   const CVLTable& table, const std::shared_ptr<tavolin::CVLTableSet>& tables,
+                   bool LogType::*activity) noexcept;
+    void LogDeleted(const CVLRecord& record, const CVLTable& table,
+                    const std::shared_ptr<tavolin::CVLTableSet>& tables) noexcept;
     void LogAdded(const CVLRecord& record, const CVLTable& table,
                   const std::shared_ptr<tavolin::CVLTableSet>& tables) noexcept;
     template <class Make>

@@ -64,48 +64,59 @@ std::shared_ptr<CVLRecord> CVLDBEngine::AddRecord(
         });
 }
 
+// Mostly for the report alone, into which it is written without detours.
+template <std::size_t N, std::size_t M>
+void CVLDBEngine::LogRecord(const char (&event)[N], const CVLRecord& record,
+                            const char (&preposition)[M], const CVLTable& table,
+                            const std::shared_ptr<tavolin::CVLTableSet>& tables,
+                            bool LogType::*activity) noexcept {
+    if (database_->tables == tables && database_->switches.*activity) {
+        Log([&] { return Message(event, record.Key(), preposition, table.Key()); }, true);
+        return;
+    }
+    const std::size_t size = log_report_.size();
+    try {
+        log_report_.append(event, N - 1).append(record.Key()).append(preposition, M - 1);
+        log_report_.append(table.Key()).append(kLineBreak);
+    } catch (...) {
+        log_report_.resize(size);
+    }
+}
+
 void CVLDBEngine::LogAdded(const CVLRecord& record, const CVLTable& table,
                            const std::shared_ptr<tavolin::CVLTableSet>& tables) noexcept {
-    Log([&] { return Message("New Record Added. Key: ", record.Key(), " To ", table.Key()); },
-        tables, &LogType::logRecordAdd);
+    LogRecord("New Record Added. Key: ", record, " To ", table, tables, &LogType::logRecordAdd);
+}
+
+void CVLDBEngine::LogDeleted(const CVLRecord& record, const CVLTable& table,
+                             const std::shared_ptr<tavolin::CVLTableSet>& tables) noexcept {
+    LogRecord("Record Deleted. Key: ", record, " From ", table, tables, &LogType::logRecordDelete);
 }
 
 std::shared_ptr<CVLRecord> CVLDBEngine::UpDateRecord(
     const TableArgument& inTable, const std::shared_ptr<CVLRecord>& record, std::int32_t,
     const FieldTexts& props, std::shared_ptr<CVLAttachmentSet> AttachmentsTable, const Placement&) {
-    return WithRecordsOf(
-        inTable, "CVLDBEngine:UpDateRecord Method", [&](const std::shared_ptr<CVLTable>& table) {
-            const auto tables = database_->tables;
-            table->Update(tables, record, props, std::move(AttachmentsTable));
-            OnRecordUpDate.Fire(record);
-            Log(
-                [&] {
-                    return Message("Record Updated. Key: ", record->Key(), " In ", table->Key());
-                },
-                tables, &LogType::logRecordUpDate);
-            return record;
-        });
+    return WithRecordsOf(inTable, "CVLDBEngine:UpDateRecord Method",
+                         [&](const std::shared_ptr<CVLTable>& table) {
+                             const auto tables = database_->tables;
+                             table->Update(tables, record, props, std::move(AttachmentsTable));
+                             OnRecordUpDate.Fire(record);
+                             LogRecord("Record Updated. Key: ", *record, " In ", *table, tables,
+                                       &LogType::logRecordUpDate);
+                             return record;
+                         });
 }
 
-// A deletion and everything that it takes along, depth first, without a call within a call for
+// A deletion with everything that it takes along, depth first, without a call within a call for
 // every record on the way down. What is in deletion is not entered again.
 class CVLDBEngine::RecordDeletion {
   public:
-    RecordDeletion(CVLDBEngine& engine, bool cascade) : engine_(engine), cascade_(cascade) {}
+    explicit RecordDeletion(CVLDBEngine& engine) : engine_(engine) {}
     ~RecordDeletion() {
         while (!frames_.empty()) Leave();
     }
 
     void Run(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
-        if (!cascade_) {
-            stop_.Ask();
-            {
-                const Unguarded unguarded(*table);
-                table->Remove(record);
-            }
-            Tell(*table, record);
-            return;
-        }
         OrTakeBack(
             [&] {
                 Enter(table, record);
@@ -127,14 +138,6 @@ class CVLDBEngine::RecordDeletion {
         Frame frame;
         std::uint32_t position;
         bool put_back = false;
-    };
-
-    struct Unguarded {
-        explicit Unguarded(CVLTable& guarded) : table(guarded) { table.SetCascadeGuard(false); }
-        Unguarded(const Unguarded&) = delete;
-        Unguarded& operator=(const Unguarded&) = delete;
-        ~Unguarded() { table.SetCascadeGuard(true); }
-        CVLTable& table;
     };
 
     void Enter(const std::shared_ptr<CVLTable>& table, const std::shared_ptr<CVLRecord>& record) {
@@ -171,15 +174,8 @@ class CVLDBEngine::RecordDeletion {
         if (frames_.size() > 1) NoteRemoval(frame);
         frame.table->Remove(frame.record);
         const Frame done = Leave();
-        Tell(*done.table, done.record);
-    }
-
-    // Says that a record is gone.
-    void Tell(const CVLTable& table, const std::shared_ptr<CVLRecord>& record) {
-        engine_.OnRecordRemove.Fire(record);
-        engine_.Log(
-            [&] { return Message("Record Deleted. Key: ", record->Key(), " From ", table.Key()); },
-            tables_, &LogType::logRecordDelete);
+        engine_.OnRecordRemove.Fire(done.record);
+        engine_.LogDeleted(*done.record, *done.table, tables_);
     }
 
     // For a record that goes before the one that it goes with: memory may run out in between.
@@ -250,7 +246,6 @@ class CVLDBEngine::RecordDeletion {
     CVLDBEngine& engine_;
     // A handler may open another database.
     const std::shared_ptr<tavolin::CVLTableSet> tables_ = engine_.database_->tables;
-    bool cascade_;
     std::vector<Frame> frames_;
     std::vector<Removal> removals_;
     std::unordered_set<const CVLRecord*> in_deletion_;
@@ -261,8 +256,28 @@ void CVLDBEngine::DeleteRecord(const TableArgument& fromTable, const IndexKey& R
     WithRecordsOf(fromTable, "CVLDBEngine:RemoveRecord Method",
                   [&](const std::shared_ptr<CVLTable>& table) {
                       const auto record = table->CVLRecordSet()->Item(RecordNumOrKey);
-                      RecordDeletion(*this, CascadeDelete).Run(table, record);
+                      if (CascadeDelete) {
+                          RecordDeletion(*this).Run(table, record);
+                      } else {
+                          DeleteAlone(table, record);
+                      }
                   });
+}
+
+void CVLDBEngine::DeleteAlone(const std::shared_ptr<CVLTable>& table,
+                              const std::shared_ptr<CVLRecord>& record) {
+    StopCheck().Ask();
+    const auto tables = database_->tables;
+    {
+        const struct Unguarded {
+            explicit Unguarded(CVLTable& guarded) : table(guarded) { table.SetCascadeGuard(false); }
+            ~Unguarded() { table.SetCascadeGuard(true); }
+            CVLTable& table;
+        } unguarded(*table);
+        table->Remove(record);
+    }
+    OnRecordRemove.Fire(record);
+    LogDeleted(*record, *table, tables);
 }
 
 std::shared_ptr<CVLTable> CVLDBEngine::Find(std::string_view Value, bool ValueIsAKey,

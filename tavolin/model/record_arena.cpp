@@ -446,8 +446,9 @@ void RecordArena::DropFields(KeptFields& kept) noexcept {
 
 std::string RecordArena::ComposeKey(RecordHandle record) const {
     const Payload payload = PayloadOf(record);
-    const JoinedParts key(At(record)->parts, [&](int field) { return payload.Field(field); });
-    return std::string(key.text());
+    std::string key;
+    ForEachPart(At(record)->parts, [&](int field) { key.append(payload.Field(field)); });
+    return key;
 }
 
 std::string RecordArena::Key(RecordHandle record) const {
