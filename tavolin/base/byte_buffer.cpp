@@ -17,7 +17,7 @@ std::size_t Rounded(std::size_t capacity) {
     if (capacity < kLeastKept) return capacity;
     const std::size_t step = std::bit_floor(capacity) / 8;
     if (capacity > SIZE_MAX - ByteBuffer::kPadding - step) return capacity;
-    return (capacity + step - 1) / step * step;
+    return (capacity + step - 1) & ~(step - 1);
 }
 
 }  // namespace

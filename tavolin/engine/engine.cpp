@@ -25,7 +25,7 @@ CVLDBEngine::~CVLDBEngine() {
 
 void CVLDBEngine::ReportError(Error error, const char* context, OnFailure on_failure) {
     if (on_failure == OnFailure::kLog) LogFailure(error);
-    RaiseError(std::move(error), context);
+    RaiseError(error, context);
 }
 
 void CVLDBEngine::AskOpen(const char* source) const {

@@ -300,9 +300,9 @@ std::shared_ptr<CVLTable> CVLDBEngine::Find(std::string_view Value, bool ValueIs
     });
     if (result) return result;
     // Not a failure that the log tells of.
-    Error nothing(CVLErrorNum::GetValueNotFoundError(), kSource,
-                  Message("Value: ", Value, " Not Found In DataBase!"));
-    ReportError(std::move(nothing), kSource, OnFailure::kLogNothing);
+    const Error nothing(CVLErrorNum::GetValueNotFoundError(), kSource,
+                        Message("Value: ", Value, " Not Found In DataBase!"));
+    ReportError(nothing, kSource, OnFailure::kLogNothing);
 }
 
 }  // namespace tavolin

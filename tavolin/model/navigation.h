@@ -64,7 +64,7 @@ class Navigation {
             size += part.copy(source.data() + size, source.size() - size);
         }
         error.Settle();
-        RaiseError(std::move(error), {source.data(), size});
+        RaiseError(error, {source.data(), size});
     }
 
     Set& set_;

@@ -63,7 +63,8 @@ struct HostTest : testing::Test {
     // permissions mean nothing.
     static bool ProgramIsForeign() { return std::getenv("TAVOLIN_HOST") != nullptr; }
     static std::string Program() {
-        return ProgramIsForeign() ? std::getenv("TAVOLIN_HOST") : "'" TAVOLIN_HOST "'";
+        const char* const foreign = std::getenv("TAVOLIN_HOST");
+        return foreign != nullptr ? foreign : "'" TAVOLIN_HOST "'";
     }
 
     // The program run by somebody whom permissions stop, which they do not do with root.
